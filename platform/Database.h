@@ -1,0 +1,44 @@
+// Databases in the shape of DAO. The back end looks at the file: SQLite files are read and written, Jet files (Jet 3,
+// Jet 4, .accdb of 2007) are read only. Any failure raises a RuntimeError of 3000 or above. Paths are Windows-form.
+// All values read are text: NULL is empty, numbers are plain decimal, currency and decimals without trailing zeros,
+// yes/no is "True"/"False", dates are D-M-YYYY,H:M:S. Column and table names match without regard to case.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace korlan {
+
+class Recordset {
+public:
+    virtual ~Recordset() = default;
+    virtual bool Eof() const = 0;
+    virtual std::string Text(const std::string& column) const = 0; // of the current row
+    virtual void MoveNext() = 0;
+    // A new row, or changes of the current one, kept aside until Update writes them. Reading is of the stored row.
+    virtual void AddNew() = 0;
+    virtual void Edit() = 0;
+    virtual void SetText(const std::string& column, const std::string& value) = 0;
+    virtual void SetNumber(const std::string& column, std::int32_t value) = 0; // 16- and 32-bit values alike
+    virtual void Update() = 0;
+    virtual void Close() = 0;
+};
+
+class Database {
+public:
+    virtual ~Database() = default; // closes
+    // A table's name or a SELECT statement; rows in the table's own order. "SELECT * FROM Files" on every kind of
+    // file; WHERE clauses on SQLite files only.
+    virtual std::unique_ptr<Recordset> OpenRecordset(const std::string& tableOrSql) = 0;
+    virtual void Execute(const std::string& sql) = 0;
+    virtual void BeginTrans() = 0;
+    virtual void CommitTrans() = 0;
+    virtual void Rollback() = 0;
+};
+
+// connect: "" or ";pwd=" and the password. Never creates a file.
+std::unique_ptr<Database> OpenDatabase(const std::string& path, bool exclusive, bool readOnly,
+                                       const std::string& connect);
+
+} // namespace korlan

@@ -1,0 +1,63 @@
+// Files and folders by Windows-form paths ("C:\KORLAN\SYS"). Names match without regard to case, exact spelling first; a
+// new file keeps the spelling it was given. "Attributes normal" means that the owner may write. Failures raise a
+// RuntimeError (53 no file, 76 no folder, 70 access refused, 75 wrong kind, 61 disk full) unless said otherwise.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korlan {
+
+bool FileOpensForReading(const std::string& path); // opened and closed again; false on any failure
+// Name (real spelling, without folder) of the first normal file that matches; "" when there is none or the folder is
+// missing. Hidden files (leading dot) and folders are not normal; read-only files are. "*" and "?" match in the last
+// component.
+std::string FindNormalFile(const std::string& pattern);
+std::vector<std::string> ListNormalFiles(const std::string& folder); // names, sorted without regard to case
+void SetAttributesNormal(const std::string& path);
+bool EraseFile(const std::string& path); // false when it is missing, read-only, a folder or in a folder that refuses
+void RenameFile(const std::string& from, const std::string& to);
+std::int64_t FileLength(const std::string& path); // bytes
+
+bool FolderExists(const std::string& path);
+void CreateOneFolder(const std::string& path); // its parent must be there
+std::string CurrentFolder();
+void ChangeCurrentFolder(const std::string& path);
+
+// The four calls that read a file's time stamp, shaped like the Windows ones whose oddities the program keeps.
+std::int32_t OpenForStamp(const std::string& path);                      // -1 on failure, else a handle
+bool ReadWriteTime(std::int32_t handle, std::int64_t& ticks);            // 100 ns since 1601-01-01 UTC; false on a bad handle
+void CloseStamp(std::int32_t handle);
+struct CalendarTime {
+    std::int32_t year, month, day, hour, minute, second; // UTC
+};
+std::int32_t TicksToCalendar(std::int64_t ticks, CalendarTime& time); // 1 on success, 0 on a value out of range
+
+// A file open for writing in binary. Destroying it closes it. Buffered: Close raises what a last write raises.
+class OutputFile {
+public:
+    enum class Mode { Create, Append }; // Create empties an existing file; Append makes a missing one
+    OutputFile(const std::string& path, Mode mode);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+    void Write(std::string_view bytes); // in Append mode one call is one write at the end of the file
+    void Close();
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+std::string ReadWholeFile(const std::string& path); // bytes as they stand
+// At most `count` bytes from byte `offset` on.
+std::string ReadFilePart(const std::string& path, std::uint64_t offset, std::size_t count);
+
+// Writes out to the disk what the file system that holds `path` still keeps in memory.
+void SyncFileSystem(const std::string& path);
+
+} // namespace korlan

@@ -1,0 +1,29 @@
+// The toolkit's side of the window: it mirrors the control records and runs the message loop.
+// What a handler throws is carried over the toolkit and thrown again by the DoEvents or RunMessageLoop under way.
+#pragma once
+
+#include "platform/Controls.h"
+
+namespace korlan {
+
+// Makes the (still hidden) window for the form and all its controls. The form must outlive the host.
+void OpenFormHost(Form& form);
+void CloseFormHost();
+
+// A control record has changed. Cheap; does nothing for a control no host shows. `row` counts from 1, 0 = none.
+void ControlChanged(const Control& control, Aspect aspect, std::int32_t row);
+
+// Handles what is waiting (gestures, paints) and returns; never waits.
+void DoEvents();
+
+// Handles events until the window has gone.
+void RunMessageLoop();
+
+// Size of the screen's usable area in twips.
+float ScreenWidth();
+float ScreenHeight();
+
+enum class MousePointer : std::int32_t { Default = 0, Hourglass = 11 };
+void SetMousePointer(MousePointer pointer);
+
+} // namespace korlan
