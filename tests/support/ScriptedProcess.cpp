@@ -4,43 +4,48 @@
 
 #include <algorithm>
 
-namespace korlan {
-namespace {
+namespace korlan::test {
 
-ProcessScript script;
-
-} // namespace
-
-ProcessScript& TheProcess() {
+ScriptedProcess& Process() {
+    static ScriptedProcess script;
     return script;
 }
-void ResetProcessScript() {
-    script = ProcessScript{};
+
+void ResetProcess() {
+    Process() = ScriptedProcess{};
 }
 
+} // namespace korlan::test
+
+namespace korlan {
+
+using test::Process;
+
 void EndProcess() {
-    throw ProcessEnded{};
+    throw test::ProcessEnded{};
 }
 
 void SetProgramArguments(int argc, char** argv) {
-    script.commandLine.clear();
-    for (int i = 1; i < argc; ++i) script.commandLine += (i > 1 ? " " : "") + std::string(argv[i]);
+    Process().commandLine.clear();
+    for (int i = 1; i < argc; ++i) Process().commandLine += (i > 1 ? " " : "") + std::string(argv[i]);
 }
 
 std::string ProgramCommandLine() {
-    return script.commandLine;
+    return Process().commandLine;
 }
+
 std::string ProgramPath() {
-    return script.programPath;
+    return Process().programPath;
 }
+
 bool AnotherInstanceRunning() {
-    return script.anotherInstance;
+    return Process().anotherInstance;
 }
 
 void StartProgram(const std::string& commandLine, WindowStyle style) {
-    if (std::ranges::find(script.missing, commandLine) != script.missing.end())
+    if (std::ranges::find(Process().missing, commandLine) != Process().missing.end())
         throw RuntimeError(kErrFileNotFound, commandLine);
-    script.started.push_back({commandLine, style});
+    Process().started.push_back({commandLine, style});
 }
 
 } // namespace korlan

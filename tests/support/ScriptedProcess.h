@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace korlan {
+namespace korlan::test {
 
 // What EndProcess throws here. No RuntimeError and no std::exception, so no trap of the program catches it.
 struct ProcessEnded {};
@@ -19,7 +19,7 @@ struct StartedProgram {
     bool operator==(const StartedProgram&) const = default;
 };
 
-struct ProcessScript {
+struct ScriptedProcess {
     std::string commandLine;                             // ProgramCommandLine answers this
     std::string programPath = "C:\\Korlan\\KlnUpdt.exe"; // ProgramPath answers this
     bool anotherInstance = false;                        // AnotherInstanceRunning answers this
@@ -27,7 +27,10 @@ struct ProcessScript {
     std::vector<StartedProgram> started;                 // what was started, in order; a missing one is not among them
 };
 
-ProcessScript& TheProcess();
-void ResetProcessScript();
+// The one process of the test program.
+ScriptedProcess& Process();
 
-} // namespace korlan
+// Back to an empty script; called by a fixture before every test.
+void ResetProcess();
+
+} // namespace korlan::test
