@@ -5,6 +5,7 @@
 #include "platform/linux/desktop/Gestures.h"
 #include "platform/linux/desktop/ListMirror.h"
 #include "platform/linux/desktop/Pictures.h"
+#include "platform/linux/desktop/Theme.h"
 
 #include <QBoxLayout>
 #include <QPainter>
@@ -63,6 +64,7 @@ QWidget* FormView::MakeButton(Button& button) {
 QWidget* FormView::MakeOption(OptionButton& option) {
     auto* widget = new QRadioButton(this);
     widget->installEventFilter(this);
+    OutlineIndicators(*widget);
     connect(widget, &QRadioButton::clicked, this, [&option] { RunGesture([&option] { option.UserClick(); }); });
     reminderControls_.push_back(&option);
     return widget;

@@ -3,10 +3,12 @@
 #include "platform/linux/desktop/Application.h"
 #include "platform/linux/desktop/Gestures.h"
 #include "platform/linux/desktop/Pictures.h"
+#include "platform/linux/desktop/Theme.h"
 
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QKeyEvent>
+#include <QStyledItemDelegate>
 #include <QToolTip>
 #include <array>
 
@@ -16,6 +18,15 @@ namespace {
 
 constexpr int kTwipsPerPixel = 15;
 constexpr std::int32_t kDesignWidth = ListColumn{}.width; // a column nobody has sized
+constexpr int kRowAir = 5; // pixels added to the height of a row
+
+class RowDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+        return QStyledItemDelegate::sizeHint(option, index) + QSize(0, kRowAir);
+    }
+};
 
 } // namespace
 
@@ -94,6 +105,8 @@ void ListModel::Reset() {
 
 ListMirror::ListMirror(ListView& list, QWidget* parent) : QTreeView(parent), list_(list), model_(list) {
     setModel(&model_);
+    setItemDelegate(new RowDelegate(this));
+    OutlineIndicators(*this);
     setRootIsDecorated(false);
     setUniformRowHeights(true);
     setAllColumnsShowFocus(true);
