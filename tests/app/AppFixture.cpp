@@ -8,9 +8,9 @@ std::vector<CalendarDate> clockReadings;
 
 AppTest::AppTest() {
     ResetDesktop();
-    ResetProcessScript();
+    ResetProcess();
     ResetProgram();
-    TheProcess().programPath = "C:\\Korlan\\KlnUpdt.EXE";
+    Process().programPath = "C:\\Korlan\\KlnUpdt.EXE";
     clockReadings = {{2026, 1, 10}};
     drive.Write("Korlan\\KlnUpdt.EXE", "the program");
     drive.MakeFolders("Korlan\\SYS");

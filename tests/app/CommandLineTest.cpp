@@ -42,7 +42,7 @@ TEST_F(CommandLine, FolderAndFileArguments) {
     };
     for (const auto& row : rows) {
         Desktop().boxes.clear();
-        TheProcess().commandLine = row.line;
+        Process().commandLine = row.line;
         const std::string before = CurrentFolder();
         ParseCommandLine();
         EXPECT_EQ(Suite.SysPath, row.sysPath) << row.line;

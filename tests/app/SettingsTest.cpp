@@ -91,9 +91,9 @@ TEST_F(Settings, BareNamesHoldNoFolder) {
 
 TEST_F(Settings, ProgramFolderAndTemporaryFolder) {
     EXPECT_EQ(GetAppFolder(), "C:\\Korlan");
-    TheProcess().programPath = "C:\\KlnUpdt.EXE";
+    Process().programPath = "C:\\KlnUpdt.EXE";
     EXPECT_EQ(GetAppFolder(), "C:");
-    TheProcess().programPath = "C:\\Missing Place\\KlnUpdt.EXE";
+    Process().programPath = "C:\\Missing Place\\KlnUpdt.EXE";
     const std::string before = CurrentFolder();
     SetTempFolder();
     EXPECT_EQ(Suite.TempFolder, "C:\\Missing Place\\Temp");
