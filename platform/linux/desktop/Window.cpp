@@ -1,6 +1,7 @@
 // Window on X11: handles are X window ids. What X11 has no equivalent of is said at the method.
 #include "platform/Window.h"
 
+#include "platform/TextEncoding.h"
 #include "platform/linux/desktop/X11Display.h"
 
 #include <unistd.h>
@@ -18,22 +19,9 @@ using namespace x11;
 constexpr std::uint32_t kLongestText = 254;  // characters: a buffer of 255 with its terminator
 constexpr std::size_t kLongestTitle = 16384; // the longest a request of the oldest servers surely holds
 
-void AppendCharacter(std::string& text, std::uint32_t code) {
-    if (code < 0x80) {
-        text += static_cast<char>(code);
-    } else if (code < 0x800) {
-        text += static_cast<char>(0xC0 | (code >> 6));
-        text += static_cast<char>(0x80 | (code & 0x3F));
-    } else {
-        text += static_cast<char>(0xE0 | (code >> 12));
-        text += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-        text += static_cast<char>(0x80 | (code & 0x3F));
-    }
-}
-
 std::string FromLatin1(std::string_view bytes) {
     std::string text;
-    for (const char byte : bytes) AppendCharacter(text, static_cast<unsigned char>(byte));
+    for (const char byte : bytes) AppendUtf8(text, static_cast<unsigned char>(byte));
     return text;
 }
 
@@ -57,7 +45,7 @@ std::string FromCompoundText(std::string_view bytes) {
             i = end;
         } else {
             const bool known = byte <= 0x20 || (byte < 0x80 ? asciiBelow : latinAbove);
-            AppendCharacter(text, known ? byte : 0xFFFDu);
+            AppendUtf8(text, known ? byte : U'\uFFFD');
         }
     }
     return text;

@@ -97,7 +97,7 @@ public:
     xcb_window_t TopAncestor(xcb_window_t window) const;
     xcb_window_t Parent(xcb_window_t window) const;
     std::vector<xcb_window_t> Children(xcb_window_t parent) const; // top of the z-order first
-    xcb_window_t At(std::int32_t x, std::int32_t y) const; // innermost window at a point of the screen
+    xcb_window_t At(std::int32_t x, std::int32_t y) const;         // innermost window at a point of the screen
 
     xcb_window_t FirstTopLevel();            // takes the top-level windows anew, top of the z-order first
     xcb_window_t After(xcb_window_t window); // the next of them; of any other window, the sibling below it
