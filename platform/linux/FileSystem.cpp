@@ -1,0 +1,332 @@
+#include "platform/FileSystem.h"
+
+#include "platform/RuntimeError.h"
+#include "platform/linux/CaseFold.h"
+#include "platform/linux/FileHandle.h"
+#include "platform/linux/HostError.h"
+#include "platform/linux/HostPath.h"
+
+#include <dirent.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <optional>
+#include <set>
+
+namespace korlan {
+namespace {
+
+struct stat StatusOf(const std::string& hostPath) {
+    struct stat status {};
+    if (stat(hostPath.c_str(), &status) != 0) RaiseHostError(errno, hostPath);
+    return status;
+}
+
+// Reading never waits for the other end of a pipe, and only regular files are read.
+FileHandle OpenRegularFile(const std::string& hostPath) {
+    FileHandle file(hostPath, O_RDONLY | O_NONBLOCK);
+    if (!file) RaiseHostError(errno, hostPath);
+    struct stat status {};
+    if (fstat(file.Descriptor(), &status) != 0) RaiseHostError(errno, hostPath);
+    if (!S_ISREG(status.st_mode)) RaiseFileError(kErrPathAccess);
+    return file;
+}
+
+// --- Lists of names --------------------------------------------------------------------------------------------------
+
+// A normal file by the rules of Windows: no folder, not hidden. A name with a backslash cannot be said in a path.
+bool IsNormalFile(int folder, const char* name) {
+    if (name[0] == '.' || std::string_view(name).find('\\') != std::string_view::npos) return false;
+    struct stat status {};
+    return fstatat(folder, name, &status, 0) == 0 && S_ISREG(status.st_mode);
+}
+
+// "*" is any run of characters, "?" any one. Both texts are in upper case. Steps back to the last "*" only, so the work
+// is bounded by the product of the lengths.
+bool MatchesPattern(std::string_view name, std::string_view pattern) {
+    std::size_t at = 0, inPattern = 0, star = std::string_view::npos, afterStar = 0;
+    const auto isTail = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
+    while (at < name.size()) {
+        if (inPattern < pattern.size() && pattern[inPattern] == '*') {
+            star = inPattern++;
+            afterStar = at;
+        } else if (inPattern < pattern.size() && pattern[inPattern] == '?') {
+            ++inPattern;
+            do ++at;
+            while (at < name.size() && isTail(name[at]));
+        } else if (inPattern < pattern.size() && pattern[inPattern] == name[at]) {
+            ++inPattern, ++at;
+        } else if (star != std::string_view::npos) {
+            inPattern = star + 1;
+            at = ++afterStar;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of('*', inPattern) == std::string_view::npos;
+}
+
+// The normal files of a folder that match, sorted without regard to case. An errno value when it cannot be read.
+int ListMatching(const std::string& hostFolder, std::string_view foldedPattern, std::vector<std::string>& names) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(hostFolder.c_str()), closedir);
+    if (!folder) return errno;
+    std::vector<std::pair<std::string, std::string>> sorted; // upper case, spelling
+    while (const dirent* entry = readdir(folder.get())) {
+        std::string folded = FoldCase(entry->d_name);
+        if (MatchesPattern(folded, foldedPattern) && IsNormalFile(dirfd(folder.get()), entry->d_name))
+            sorted.emplace_back(std::move(folded), entry->d_name);
+    }
+    std::sort(sorted.begin(), sorted.end());
+    for (auto& [folded, spelling] : sorted) names.push_back(std::move(spelling));
+    return 0;
+}
+
+} // namespace
+
+bool FileOpensForReading(const std::string& path) {
+    try {
+        OpenRegularFile(HostPath(path));
+        return true;
+    } catch (const RuntimeError&) {
+        return false;
+    }
+}
+
+std::string FindNormalFile(const std::string& pattern) {
+    const std::size_t start = pattern.find_last_of("\\/:") + 1; // npos + 1 is 0
+    std::string name = FoldCase(std::string_view(pattern).substr(start));
+    if (name == "*.*") name = "*";
+    if (name.empty() || name.find('\0') != std::string::npos) return {};
+    const std::string folder = pattern.substr(0, start);
+    try {
+        const std::string hostFolder = HostPath(folder.empty() ? "." : folder);
+        if (name.find_first_of("*?") == std::string::npos) {
+            const auto spelling = SpellingInFolder(hostFolder, std::string_view(pattern).substr(start));
+            const FileHandle opened(hostFolder, O_RDONLY | O_DIRECTORY);
+            return spelling && opened && IsNormalFile(opened.Descriptor(), spelling->c_str()) ? *spelling
+                                                                                              : std::string();
+        }
+        std::vector<std::string> names;
+        return ListMatching(hostFolder, name, names) == 0 && !names.empty() ? names.front() : std::string();
+    } catch (const RuntimeError&) {
+        return {};
+    }
+}
+
+std::vector<std::string> ListNormalFiles(const std::string& folder) {
+    std::vector<std::string> names;
+    const std::string hostFolder = HostPath(folder);
+    const int error = ListMatching(hostFolder, "*", names);
+    if (error == EACCES) RaiseHostError(error, hostFolder);
+    if (error != 0) RaiseFileError(kErrPathNotFound);
+    return names;
+}
+
+void SetAttributesNormal(const std::string& path) {
+    const std::string hostPath = HostPath(path);
+    const struct stat status = StatusOf(hostPath);
+    if ((status.st_mode & S_IWUSR) != 0) return;
+    if (chmod(hostPath.c_str(), (status.st_mode & 07777) | S_IWUSR) != 0) RaiseHostError(errno, hostPath);
+}
+
+bool EraseFile(const std::string& path) {
+    try {
+        const std::string hostPath = HostPath(path);
+        struct stat status {};
+        if (lstat(hostPath.c_str(), &status) != 0 || IsReadOnly(status)) return false;
+        return unlink(hostPath.c_str()) == 0; // refuses folders
+    } catch (const RuntimeError&) {
+        return false;
+    }
+}
+
+void RenameFile(const std::string& from, const std::string& to) {
+    const std::string hostFrom = HostPath(from), hostTo = HostPath(to), spelledTo = HostPathAsSpelled(to);
+    // A name that differs from the old one in case only is the file itself under another spelling.
+    const bool sameFile = hostTo == hostFrom;
+    if (sameFile && spelledTo == hostFrom) {
+        StatusOf(hostFrom);
+        return;
+    }
+    struct stat status {};
+    if (!sameFile && lstat(hostTo.c_str(), &status) == 0) RaiseFileError(kErrFileExists);
+    if (renameat2(AT_FDCWD, hostFrom.c_str(), AT_FDCWD, spelledTo.c_str(), RENAME_NOREPLACE) == 0) return;
+    int error = errno;
+    if (error == EINVAL) error = rename(hostFrom.c_str(), spelledTo.c_str()) == 0 ? 0 : errno; // no such flag here
+    if (error == ENOENT) StatusOf(hostFrom); // tells a missing file from a missing folder of the new name
+    if (error != 0) RaiseHostError(error, spelledTo);
+}
+
+std::int64_t FileLength(const std::string& path) {
+    const struct stat status = StatusOf(HostPath(path));
+    if (S_ISDIR(status.st_mode)) RaiseFileError(kErrPathAccess);
+    return status.st_size;
+}
+
+// --- Folders ---------------------------------------------------------------------------------------------------------
+
+bool FolderExists(const std::string& path) {
+    try {
+        struct stat status {};
+        return !path.empty() && stat(HostPath(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    } catch (const RuntimeError&) {
+        return false;
+    }
+}
+
+void CreateOneFolder(const std::string& path) {
+    const std::string hostPath = HostPath(path);
+    if (mkdir(hostPath.c_str(), 0777) == 0) return;
+    if (errno == EEXIST) RaiseFileError(kErrPathAccess);
+    if (errno == ENOENT) RaiseFileError(kErrPathNotFound);
+    RaiseHostError(errno, hostPath);
+}
+
+std::string CurrentFolder() {
+    const std::unique_ptr<char, void (*)(void*)> folder(getcwd(nullptr, 0), std::free);
+    if (!folder) RaiseFileError(kErrPathNotFound);
+    return WindowsPath(folder.get());
+}
+
+void ChangeCurrentFolder(const std::string& path) {
+    const std::string hostPath = HostPath(path);
+    if (chdir(hostPath.c_str()) == 0) return;
+    if (errno == ENOENT) RaiseFileError(kErrPathNotFound);
+    RaiseHostError(errno, hostPath);
+}
+
+// --- Time stamps -----------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr std::int64_t kTicksPerSecond = 10'000'000;    // of 100 ns
+constexpr std::int64_t kSecondsTo1970 = 11'644'473'600; // from 1601
+
+std::set<std::int32_t>& OpenStamps() {
+    static std::set<std::int32_t> handles;
+    return handles;
+}
+
+} // namespace
+
+std::int32_t OpenForStamp(const std::string& path) {
+    constexpr std::size_t kLongestPath = 127; // kept: the call this stands for takes no more
+    const auto isTail = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
+    const auto tails = static_cast<std::size_t>(std::count_if(path.begin(), path.end(), isTail));
+    if (path.empty() || path.size() - tails > kLongestPath) return -1;
+    try {
+        FileHandle file = OpenRegularFile(HostPath(path));
+        return *OpenStamps().insert(file.Release()).first;
+    } catch (const RuntimeError&) {
+        return -1;
+    }
+}
+
+bool ReadWriteTime(std::int32_t handle, std::int64_t& ticks) {
+    struct stat status {};
+    if (!OpenStamps().contains(handle) || fstat(handle, &status) != 0) return false;
+    ticks = (status.st_mtim.tv_sec + kSecondsTo1970) * kTicksPerSecond + status.st_mtim.tv_nsec / 100;
+    return true;
+}
+
+void CloseStamp(std::int32_t handle) {
+    if (OpenStamps().erase(handle) > 0) close(handle);
+}
+
+std::int32_t TicksToCalendar(std::int64_t ticks, CalendarTime& time) {
+    if (ticks < 0) return 0;
+    using namespace std::chrono;
+    const sys_seconds moment{seconds{ticks / kTicksPerSecond - kSecondsTo1970}};
+    const auto day = floor<days>(moment);
+    const year_month_day date{day};
+    const hh_mm_ss clock{moment - day};
+    time.year = static_cast<int>(date.year());
+    time.month = static_cast<std::int32_t>(static_cast<unsigned>(date.month()));
+    time.day = static_cast<std::int32_t>(static_cast<unsigned>(date.day()));
+    time.hour = static_cast<std::int32_t>(clock.hours().count());
+    time.minute = static_cast<std::int32_t>(clock.minutes().count());
+    time.second = static_cast<std::int32_t>(clock.seconds().count());
+    return 1;
+}
+
+// --- Contents --------------------------------------------------------------------------------------------------------
+
+struct OutputFile::Impl {
+    std::string hostPath;
+    FileHandle file;
+    Mode mode = Mode::Create;
+    std::string buffer;
+
+    void Flush() {
+        const int error = WriteAll(file.Descriptor(), buffer.data(), buffer.size());
+        buffer.clear();
+        if (error != 0) RaiseHostError(error, hostPath);
+    }
+};
+
+OutputFile::OutputFile(const std::string& path, Mode mode) : impl_(std::make_unique<Impl>()) {
+    impl_->hostPath = HostPath(path);
+    impl_->mode = mode;
+    struct stat status {};
+    if (stat(impl_->hostPath.c_str(), &status) == 0 && IsReadOnly(status)) RaiseFileError(kErrPathAccess);
+    impl_->file =
+        FileHandle(impl_->hostPath, O_WRONLY | O_CREAT | O_NONBLOCK | (mode == Mode::Append ? O_APPEND : O_TRUNC));
+    if (!impl_->file) RaiseHostError(errno, impl_->hostPath);
+}
+
+OutputFile::~OutputFile() {
+    try {
+        Close();
+    } catch (const RuntimeError&) { // a destructor has nobody to tell; who wants to know calls Close
+    }
+}
+
+void OutputFile::Write(std::string_view bytes) {
+    constexpr std::size_t kBufferSize = 64 * 1024;
+    if (!impl_->file) RaiseFileError(kErrDeviceIo);
+    impl_->buffer += bytes;
+    if (impl_->mode == Mode::Append || impl_->buffer.size() >= kBufferSize) impl_->Flush();
+}
+
+void OutputFile::Close() {
+    if (!impl_->file) return;
+    const int writeError = WriteAll(impl_->file.Descriptor(), impl_->buffer.data(), impl_->buffer.size());
+    impl_->buffer.clear();
+    const int closeError = impl_->file.Close();
+    if (const int error = writeError != 0 ? writeError : closeError; error != 0) RaiseHostError(error, impl_->hostPath);
+}
+
+std::string ReadFilePart(const std::string& path, std::uint64_t offset, std::size_t count) {
+    const std::string hostPath = HostPath(path);
+    const FileHandle file = OpenRegularFile(hostPath);
+    struct stat status {};
+    if (fstat(file.Descriptor(), &status) != 0) RaiseHostError(errno, hostPath);
+    const auto length = static_cast<std::uint64_t>(status.st_size);
+    std::string bytes(static_cast<std::size_t>(std::min<std::uint64_t>(count, length > offset ? length - offset : 0)),
+                      '\0');
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t got =
+            pread(file.Descriptor(), &bytes[done], bytes.size() - done, static_cast<off_t>(offset + done));
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) RaiseHostError(errno, hostPath);
+        if (got == 0) break; // it has become shorter
+        done += static_cast<std::size_t>(got);
+    }
+    bytes.resize(done);
+    return bytes;
+}
+
+std::string ReadWholeFile(const std::string& path) {
+    return ReadFilePart(path, 0, std::string::npos);
+}
+
+void SyncFileSystem(const std::string& path) {
+    const std::string hostPath = HostPath(path);
+    const FileHandle file(hostPath, O_RDONLY | O_NONBLOCK);
+    if (!file || syncfs(file.Descriptor()) != 0) RaiseHostError(errno, hostPath);
+}
+
+} // namespace korlan

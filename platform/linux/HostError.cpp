@@ -1,0 +1,65 @@
+#include "platform/linux/HostError.h"
+
+#include "platform/RuntimeError.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+
+namespace korlan {
+namespace {
+
+bool FolderOfIsThere(const std::string& hostPath) {
+    const std::size_t slash = hostPath.find_last_not_of('/') == std::string::npos
+                                  ? std::string::npos
+                                  : hostPath.rfind('/', hostPath.find_last_not_of('/'));
+    if (slash == std::string::npos) return true;
+    struct stat status {};
+    return stat(hostPath.substr(0, slash + 1).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::int32_t ErrorNumberOf(int error, const std::string& hostPath) {
+    switch (error) {
+    case ENOENT: return FolderOfIsThere(hostPath) ? kErrFileNotFound : kErrPathNotFound;
+    case ENOTDIR:
+    case ENAMETOOLONG:
+    case ELOOP: return kErrPathNotFound;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+    case EBUSY:
+    case ETXTBSY: return kErrPermissionDenied;
+    case EISDIR:
+    case ENXIO:
+    case ENOTEMPTY: return kErrPathAccess;
+    case EEXIST: return kErrFileExists;
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG: return kErrDiskFull;
+    default: return kErrDeviceIo;
+    }
+}
+
+const char* DescriptionOf(std::int32_t number) {
+    switch (number) {
+    case kErrFileNotFound: return "File not found";
+    case kErrPathNotFound: return "Path not found";
+    case kErrPermissionDenied: return "Permission denied";
+    case kErrPathAccess: return "Path/File access error";
+    case kErrFileExists: return "File already exists";
+    case kErrDiskFull: return "Disk full";
+    default: return "Device I/O error";
+    }
+}
+
+} // namespace
+
+void RaiseFileError(std::int32_t number) {
+    throw RuntimeError(number, DescriptionOf(number));
+}
+
+void RaiseHostError(int error, const std::string& hostPath) {
+    RaiseFileError(ErrorNumberOf(error, hostPath));
+}
+
+} // namespace korlan

@@ -1,0 +1,16 @@
+// Errors of the host as errors of the program, for every procedure of this back end.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace korlan {
+
+// Raises the RuntimeError that `error` (an errno value) stands for. `hostPath` is the file it came from: a missing file
+// is told from a missing folder by looking whether its folder is there.
+[[noreturn]] void RaiseHostError(int error, const std::string& hostPath);
+
+// A RuntimeError of that number with the runtime's own description.
+[[noreturn]] void RaiseFileError(std::int32_t number);
+
+} // namespace korlan

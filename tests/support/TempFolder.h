@@ -1,0 +1,144 @@
+// A drive C: in a temporary folder, for tests that need real files. While it lives, $KLN_DRIVES names a folder of links
+// with "c:" in it, and the user's settings and cache folders ($XDG_CONFIG_HOME, $XDG_CACHE_HOME) lie in the same
+// temporary folder. At its end the variables and the current folder are as before and everything is gone.
+#pragma once
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace korlan::test {
+
+// Sets an environment variable (nullopt: takes it away) for as long as it lives.
+class ScopedVariable {
+public:
+    ScopedVariable(std::string name, const std::optional<std::string>& value) : name_(std::move(name)) {
+        if (const char* before = std::getenv(name_.c_str())) before_ = before;
+        Set(value);
+    }
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
+    ~ScopedVariable() { Set(before_); }
+
+private:
+    void Set(const std::optional<std::string>& value) {
+        if (value)
+            setenv(name_.c_str(), value->c_str(), 1);
+        else
+            unsetenv(name_.c_str());
+    }
+    std::string name_;
+    std::optional<std::string> before_;
+};
+
+class TempDrive {
+public:
+    TempDrive()
+        : top_(MakeFolder()), before_(std::filesystem::current_path()),
+          drives_("KLN_DRIVES", (top_ / "drives").string()), config_("XDG_CONFIG_HOME", (top_ / "config").string()),
+          cache_("XDG_CACHE_HOME", (top_ / "cache").string()) {
+        for (const char* folder : {"c", "drives", "config", "cache"}) std::filesystem::create_directory(top_ / folder);
+        std::filesystem::create_directory_symlink(top_ / "c", top_ / "drives" / "c:");
+    }
+    TempDrive(const TempDrive&) = delete;
+    TempDrive& operator=(const TempDrive&) = delete;
+    ~TempDrive() {
+        std::error_code ignored;
+        std::filesystem::current_path(before_, ignored);
+        std::filesystem::remove_all(top_, ignored);
+    }
+
+    // "SYS\\X.INI" or "SYS/X.INI" -> "C:\\SYS\\X.INI"; "" is "C:\\".
+    static std::string Path(std::string_view relative = {}) {
+        std::string path = "C:\\" + std::string(relative);
+        std::replace(path.begin(), path.end(), '/', '\\');
+        return path;
+    }
+
+    // The host's path of the same file, in exactly this spelling; a leading "C:\\" is allowed.
+    std::string HostPathOf(std::string_view relative = {}) const {
+        if (relative.starts_with("C:")) relative.remove_prefix(2);
+        std::string path(relative.substr(std::min(relative.find_first_not_of("\\/"), relative.size())));
+        std::replace(path.begin(), path.end(), '\\', '/');
+        return (top_ / "c" / path).string();
+    }
+
+    // Makes the file's folders too.
+    void Write(std::string_view path, std::string_view bytes) const {
+        const std::filesystem::path host = HostPathOf(path);
+        std::filesystem::create_directories(host.parent_path());
+        std::ofstream file(host, std::ios::binary | std::ios::trunc);
+        file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        if (!file.flush()) throw std::runtime_error("cannot write " + host.string());
+    }
+
+    // The file's bytes; a file that is not there throws.
+    std::string Read(std::string_view path) const {
+        std::ifstream file(HostPathOf(path), std::ios::binary);
+        if (!file) throw std::runtime_error("cannot read " + HostPathOf(path));
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    bool Exists(std::string_view path) const {
+        return std::filesystem::exists(std::filesystem::symlink_status(HostPathOf(path)));
+    }
+
+    void MakeFolders(std::string_view path) const { std::filesystem::create_directories(HostPathOf(path)); }
+
+    // The names in a folder, sorted.
+    std::vector<std::string> Names(std::string_view folder = {}) const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(HostPathOf(folder)))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    void SetMode(std::string_view path, mode_t mode) const {
+        if (chmod(HostPathOf(path).c_str(), mode) != 0) throw std::runtime_error("cannot chmod " + HostPathOf(path));
+    }
+
+    // Sets the last-write time (UTC).
+    void Touch(std::string_view path, int year, int month, int day, int hour, int minute, int second) const {
+        std::tm time{};
+        time.tm_year = year - 1900, time.tm_mon = month - 1, time.tm_mday = day;
+        time.tm_hour = hour, time.tm_min = minute, time.tm_sec = second;
+        const timespec stamps[2] = {{timegm(&time), 0}, {timegm(&time), 0}};
+        if (utimensat(AT_FDCWD, HostPathOf(path).c_str(), stamps, 0) != 0)
+            throw std::runtime_error("cannot touch " + HostPathOf(path));
+    }
+
+    // A further drive; `target` is a host folder.
+    void AddDrive(char letter, const std::string& target) const {
+        std::filesystem::create_directory_symlink(target, top_ / "drives" / (std::string(1, letter) + ":"));
+    }
+
+    const std::filesystem::path& Top() const { return top_; } // holds "c", "drives", "config" and "cache"
+
+private:
+    static std::filesystem::path MakeFolder() {
+        std::string name =
+            (std::filesystem::canonical(std::filesystem::temp_directory_path()) / "kln-test-XXXXXX").string();
+        if (!mkdtemp(name.data())) throw std::runtime_error("cannot make " + name);
+        return name;
+    }
+
+    std::filesystem::path top_;
+    std::filesystem::path before_;
+    ScopedVariable drives_, config_, cache_;
+};
+
+} // namespace korlan::test
