@@ -12,7 +12,7 @@ TEST_F(CommandLine, FolderAndFileArguments) {
     drive.MakeFolders("Suite One\\Sys");
     drive.MakeFolders("Other");
     drive.Write("Jobs\\Board.txt", "x");
-    const std::string ownFolder = "C:\\Korlan\\sys";
+    const std::string ownFolder = "C:\\KORLAN\\sys";
     const struct {
         const char* line;
         std::string sysPath, file;

@@ -16,8 +16,8 @@ namespace korlan::test {
 class ProgramTest : public ::testing::Test {
 protected:
     ProgramTest() {
+        ResetDesktop(); // before the form, which tells the desktop of itself
         ResetProgram();
-        ResetDesktop();
         ResetProcess();
         Process().programPath = "C:\\KORLAN\\KlnUpdt.EXE";
         for (const char* folder : {"KORLAN/Temp", "KORLAN/SYS", "KORLAN/LIB", "KORLAN/KDS_CML"}) drive.MakeFolders(folder);
