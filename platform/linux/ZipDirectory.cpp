@@ -169,6 +169,7 @@ void AddMember(int file, std::string_view entry, const DirectoryPlace& place, Zi
     const std::string localExtra = ReadAt(file, header + kLocalSize + localNameSize, localExtraSize);
 
     member.name = NameAsText(name, Number16(entry, 4), extra);
+    member.method = Number16(entry, 10);
     member.encrypted = (Number16(entry, 8) & 1) != 0;
     auto modified = ExtendedTime(localExtra);
     if (!modified) modified = ExtendedTime(extra);
