@@ -4,8 +4,8 @@
 
 namespace korlan {
 
-// Reads both lists into Tables.AppliedSPList and AppliedSPCList (a missing key is an empty entry; at most 32767 entries,
-// whatever "Number" says), then the suite's version. Called at the start of every search.
+// Reads both lists into Tables.AppliedSPList and AppliedSPCList (a missing key is an empty entry; at most 32767
+// entries, whatever "Number" says), then the suite's version. Called at the start of every search.
 void IniWebR();
 
 // After a run without failed files: records every pack all of whose marked members the run installed, and flags it.

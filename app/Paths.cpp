@@ -41,7 +41,8 @@ void RequireInsideFolder(std::string_view relativePath) {
     const std::string path = Replace(relativePath, "/", "\\");
     const std::vector<std::string> components = Split(path, "\\");
     if (path.find_first_of(std::string_view(":\0", 2)) != std::string::npos ||
-        std::any_of(components.begin(), components.end(), LeadsUpwards)) throw RuntimeError(kErrPathNotFound, "Path not found: " + path);
+        std::any_of(components.begin(), components.end(), LeadsUpwards))
+        throw RuntimeError(kErrPathNotFound, "Path not found: " + path);
 }
 
 void RequireBareName(std::string_view name) {

@@ -6,7 +6,7 @@
 
 namespace korlan {
 
-void AddBackslash(std::string& path); // trims it, then appends "\" unless it ends with one
+void AddBackslash(std::string& path);     // trims it, then appends "\" unless it ends with one
 bool FileExists(const std::string& path); // it can be opened for reading
 
 // The folder of the program's own executable, without a trailing backslash.

@@ -30,8 +30,8 @@ void StoreBookkeeping(const char* noUpdates) {
 
 CalendarDate DateBefore(const CalendarDate& date, std::int32_t days) {
     using namespace std::chrono;
-    const sys_days day = year{date.year} / month{static_cast<unsigned>(date.month)} /
-                         std::chrono::day{static_cast<unsigned>(date.day)};
+    const sys_days day =
+        year{date.year} / month{static_cast<unsigned>(date.month)} / std::chrono::day{static_cast<unsigned>(date.day)};
     const year_month_day earlier{day - std::chrono::days{days}};
     return {static_cast<int>(earlier.year()), static_cast<std::int32_t>(static_cast<unsigned>(earlier.month())),
             static_cast<std::int32_t>(static_cast<unsigned>(earlier.day()))};

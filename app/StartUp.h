@@ -1,5 +1,5 @@
-// The spine of the program: the form's load, query-unload and unload handlers, and the only place that connects handlers
-// to controls.
+// The spine of the program: the form's load, query-unload and unload handlers, and the only place that connects
+// handlers to controls.
 #pragma once
 
 #include <cstdint>
