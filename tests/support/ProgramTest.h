@@ -26,7 +26,7 @@ protected:
         Suite.LibDir = "C:\\KORLAN\\LIB";
         Suite.SysDir = "C:\\KORLAN\\SYS";
         Suite.KDScml = "C:\\KORLAN\\KDS_CML";
-        Run.StatusSpinner = "|";
+        korlan::Run.StatusSpinner = "|";
         frmUpdate.lvwFilesList.SetVisible(false);
         for (const char* title : {"File Name", "File Path", "File Size", "Status", "Invisible"})
             frmUpdate.lvwFilesList.AddColumn(title, 1440);
