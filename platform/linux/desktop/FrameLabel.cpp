@@ -98,7 +98,8 @@ void FrameLabel::DrawLines(QPainter& painter) {
 bool FrameLabel::event(QEvent* event) {
     if (event->type() != QEvent::ToolTip) return QLabel::event(event);
     if (cut_)
-        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), "<qt>" + text_.toHtmlEscaped() + "</qt>", this);
+        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), "<qt>" + text_.toHtmlEscaped() + "</qt>",
+                           this);
     else
         QToolTip::hideText();
     return true;

@@ -10,14 +10,12 @@
 #include <QKeyEvent>
 #include <QStyledItemDelegate>
 #include <QToolTip>
-#include <array>
+#include <numeric>
 
 namespace korlan {
 
 namespace {
 
-constexpr int kTwipsPerPixel = 15;
-constexpr std::int32_t kDesignWidth = ListColumn{}.width; // a column nobody has sized
 constexpr int kRowAir = 5; // pixels added to the height of a row
 
 class RowDelegate : public QStyledItemDelegate {
@@ -145,26 +143,16 @@ void ListMirror::ColumnsChanged() {
 }
 
 void ListMirror::ShareWidth() {
-    if (sizedByUser_ || model_.columnCount() == 0) return;
-    // Shares of name, path, size and status; a name or path is read more often than a size.
-    constexpr std::array<int, 4> shares{32, 42, 15, 22};
-    const auto shareOf = [&](int column) { return shares[static_cast<std::size_t>(qMin(column, 3))]; };
-    int all = 0;
-    int room = viewport()->width();
-    const auto widthOf = [&](int column) { return list_.Columns()[static_cast<std::size_t>(column)].width; };
-    for (int column = 0; column < model_.columnCount(); ++column) {
-        if (widthOf(column) == kDesignWidth)
-            all += shareOf(column);
-        else
-            room -= widthOf(column) / kTwipsPerPixel;
-    }
+    if (sizedByUser_) return;
+    const std::vector<ListColumn>& columns = list_.Columns();
+    const std::int64_t all = std::accumulate(columns.begin(), columns.end(), std::int64_t{0},
+                                             [](std::int64_t sum, const ListColumn& c) { return sum + c.width; });
     sharing_ = true;
     for (int column = 0; column < model_.columnCount(); ++column) {
-        const int width = widthOf(column);
+        const std::int32_t width = columns[static_cast<std::size_t>(column)].width;
         if (width == 0) continue;
-        const int share = all > 0 ? room * shareOf(column) / all : 0;
-        header()->resizeSection(column, width == kDesignWidth ? qMax(share, header()->sectionSizeHint(column))
-                                                              : width / kTwipsPerPixel);
+        const auto share = static_cast<int>(viewport()->width() * std::int64_t{width} / all);
+        header()->resizeSection(column, qMax(share, header()->sectionSizeHint(column)));
     }
     sharing_ = false;
 }

@@ -44,7 +44,7 @@ protected:
 
 private:
     void ColumnsChanged();
-    void ShareWidth(); // until the user sizes a column himself, the columns share the list's width
+    void ShareWidth(); // the columns fill the list in the proportions of the record until the user sizes one
 
     ListView& list_;
     ListModel model_;

@@ -10,8 +10,8 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QVBoxLayout>
-#include <array>
 #include <optional>
+#include <vector>
 
 namespace korlan {
 
@@ -119,7 +119,11 @@ std::int32_t ShowMsgBox(const std::string& text, std::int32_t style, const std::
     box.setIcon(IconOf(style));
     box.setWindowModality(Qt::ApplicationModal);
     const std::vector<BoxButton> buttons = ButtonsOf(style);
-    for (const BoxButton& button : buttons) box.addButton(button.button)->setObjectName(button.name);
+    for (const BoxButton& button : buttons) {
+        QPushButton* widget = box.addButton(button.button);
+        widget->setObjectName(button.name);
+        widget->setIcon({}); // as the wizard's own buttons
+    }
     const auto chosen = static_cast<std::size_t>((style >> 8) & 15);
     box.setDefaultButton(buttons[chosen < buttons.size() ? chosen : 0].button);
     for (const BoxButton& closing : {kAbort, kOk, kNo, kCancel}) // the last one the box has
