@@ -1,0 +1,143 @@
+#include "platform/linux/HostPath.h"
+
+#include "platform/FileSystem.h"
+#include "tests/support/Failing.h"
+#include "tests/support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+namespace korlan {
+namespace {
+
+using test::ErrorOf;
+using test::ScopedVariable;
+using test::TempDrive;
+
+// Paths against a tree with SYS\MiXed.Txt, Größe\Éa.txt, both\a.txt, both\A.TXT; "<C>" is the drive's host folder.
+TEST(HostPath, FindsFilesWhateverTheCaseOfTheirLetters) {
+    const TempDrive drive;
+    for (const char* file : {"SYS/MiXed.Txt", "Größe/Éa.txt", "both/a.txt", "both/A.TXT"}) drive.Write(file, "x");
+    std::filesystem::create_symlink("nowhere", drive.HostPathOf("SYS/Dangling"));
+    ChangeCurrentFolder("C:\\both");
+
+    const struct {
+        std::string path, expected;
+    } rows[] = {
+        {"C:\\SYS\\MiXed.Txt", "<C>/SYS/MiXed.Txt"},
+        {"c:\\sys\\mixed.txt", "<C>/SYS/MiXed.Txt"},
+        {"C:/sys/MIXED.TXT", "<C>/SYS/MiXed.Txt"},
+        {"C:\\sys/\\mixed.txt\\", "<C>/SYS/MiXed.Txt"},
+        {"C:\\GRÖSSE\\éA.TXT", "<C>/GRÖSSE/éA.TXT"}, // the sharp s has no capital of its own
+        {"C:\\GRÖßE\\éA.TXT", "<C>/Größe/Éa.txt"},
+        {"C:\\both\\a.txt", "<C>/both/a.txt"},
+        {"C:\\both\\A.TXT", "<C>/both/A.TXT"},
+        {"C:\\both\\A.txt", "<C>/both/A.TXT"}, // neither is exact: first in byte order
+        {"C:\\sys\\DANGLING", "<C>/SYS/Dangling"},
+        {"C:\\sys\\New File.txt", "<C>/SYS/New File.txt"},
+        {"C:\\sys\\Missing\\mixed.txt", "<C>/SYS/Missing/mixed.txt"},
+        {"C:\\sys\\mixed.txt\\below", "<C>/SYS/MiXed.Txt/below"},
+        {"C:\\sys\\.\\..\\sys\\mixed.txt", "<C>/SYS/MiXed.Txt"},
+        {"C:\\no\\..\\sys", "<C>/SYS"}, // in the text: the folder need not be there
+        {"C:\\..\\..\\sys", "<C>/SYS"},
+        {"C:\\sys\\mixed.txt . ", "<C>/SYS/MiXed.Txt"},
+        {"C:\\", "<C>"},
+        {"C:", "<C>/both"},
+        {"C:A.TXT", "<C>/both/A.TXT"},
+        {"A.TXT", "<C>/both/A.TXT"},
+        {"..\\sys\\MIXED.txt", "<C>/SYS/MiXed.Txt"},
+        {".", "<C>/both"},
+        {"", "<C>/both"},
+        {"\\sys", "<C>/SYS"},
+        {"Z:\\TMP", "/tmp"},
+        {"z:\\", "/"},
+    };
+    for (const auto& row : rows) {
+        std::string expected = row.expected;
+        if (expected.starts_with("<C>")) expected.replace(0, 3, (drive.Top() / "c").string());
+        EXPECT_EQ(HostPath(row.path), expected) << row.path;
+    }
+}
+
+TEST(HostPath, RefusesWhatNamesNoFile) {
+    const TempDrive drive;
+    std::filesystem::create_symlink("/nowhere/at/all", drive.Top() / "drives" / "e:");
+    const std::string nul("C:\\a\0b", 6);
+    for (const std::string& path :
+         {nul, std::string("D:\\x"), std::string("E:\\x"), std::string("\\\\server\\share\\x")})
+        EXPECT_EQ(ErrorOf([&] { HostPath(path); }), kErrPathNotFound) << path;
+    EXPECT_FALSE(DriveIsThere("D:\\x"));
+    EXPECT_FALSE(DriveIsThere("E:\\x"));
+    EXPECT_TRUE(DriveIsThere("c:\\x") && DriveIsThere("x") && DriveIsThere("Z:"));
+}
+
+// Each round makes and takes names as fast as the machine can, so that many changes share one tick of the clock.
+TEST(HostPath, AnOldListingNeverHidesAFile) {
+    const TempDrive drive;
+    drive.MakeFolders("d");
+    for (int round = 0; round < 300; ++round) {
+        const std::string name = "File" + std::to_string(round);
+        const std::string asked = "C:\\D\\FILE" + std::to_string(round);
+        ASSERT_EQ(HostPath(asked), drive.HostPathOf("d/FILE" + std::to_string(round)));
+        drive.Write("d/" + name, "");
+        ASSERT_EQ(HostPath(asked), drive.HostPathOf("d/" + name));
+        if (round % 3 == 0) std::filesystem::remove(drive.HostPathOf("d/" + name));
+    }
+    // And across a listing that was kept: the folder rests until its stamp has settled, is asked, then changes.
+    std::this_thread::sleep_for(std::chrono::milliseconds(80));
+    HostPath("C:\\d\\OTHER");
+    ASSERT_EQ(HostPath("C:\\d\\OTHER"), drive.HostPathOf("d/OTHER"));
+    drive.Write("d/Other", "");
+    EXPECT_EQ(HostPath("C:\\d\\OTHER"), drive.HostPathOf("d/Other"));
+}
+
+TEST(HostPath, DrivesComeFromTheFirstFolderNamed) {
+    const TempDrive drive;
+    const std::string prefix = (drive.Top() / "prefix").string(), home = (drive.Top() / "home").string();
+    for (const std::string& folder : {prefix + "/dosdevices", home + "/.wine/dosdevices"})
+        std::filesystem::create_directories(folder);
+    std::filesystem::create_directories(prefix + "/drive_c");
+    std::filesystem::create_directory_symlink("../drive_c", prefix + "/dosdevices/c:"); // relative, as Wine makes it
+    std::filesystem::create_directory_symlink(home, home + "/.wine/dosdevices/D:");
+    std::filesystem::create_directory_symlink(home, home + "/.wine/dosdevices/z:");
+
+    const ScopedVariable noDrives("KLN_DRIVES", std::nullopt), wine("WINEPREFIX", prefix), user("HOME", home);
+    EXPECT_EQ(HostPath("C:\\x"), prefix + "/drive_c/x");
+    EXPECT_EQ(HostPath("Z:\\tmp"), "/tmp");
+    const ScopedVariable noPrefix("WINEPREFIX", std::nullopt);
+    EXPECT_EQ(HostPath("d:\\x"), home + "/x");
+    EXPECT_EQ(HostPath("z:\\x"), home + "/x");
+    EXPECT_EQ(ErrorOf([] { HostPath("C:\\x"); }), kErrPathNotFound);
+}
+
+TEST(WindowsPath, TakesTheDriveThatSaysMost) {
+    const TempDrive drive;
+    const std::string c = (drive.Top() / "c").string();
+    drive.MakeFolders("KORLAN/SYS");
+    drive.AddDrive('k', c + "/KORLAN");
+    std::filesystem::create_directory_symlink(c, drive.Top() / "way");
+    const struct {
+        std::string host, expected;
+    } rows[] = {
+        {c, "C:\\"},
+        {c + "/", "C:\\"},
+        {c + "/a b.txt", "C:\\a b.txt"},
+        {c + "/KORLAN", "K:\\"},
+        {c + "/KORLAN/SYS/x", "K:\\SYS\\x"},
+        {c + "/KORLANX", "C:\\KORLANX"},
+        {c + "/KORLAN/./SYS/../..//y", "C:\\y"},
+        {(drive.Top() / "way/z.txt").string(), "C:\\z.txt"},
+        {"/", "Z:\\"},
+        {"/usr/bin", "Z:\\usr\\bin"},
+    };
+    for (const auto& row : rows) EXPECT_EQ(WindowsPath(row.host), row.expected) << row.host;
+    ChangeCurrentFolder("C:\\KORLAN\\SYS");
+    EXPECT_EQ(WindowsPath("x"), "K:\\SYS\\x");
+    EXPECT_EQ(CurrentFolder(), "K:\\SYS");
+}
+
+} // namespace
+} // namespace korlan
