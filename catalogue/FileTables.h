@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace korlan {
@@ -64,10 +65,31 @@ struct NewFolderRecord {
     std::string FolderZipName;
 };
 
+// Where a key stands first in a table that only grows at its end. It catches up with the table at every look-up.
+template <typename Element, std::string Element::* key>
+class FirstPlace {
+public:
+    std::int32_t Find(const Table<Element>& table, const std::string& wanted) { // 0 = nowhere
+        for (; indexed_ < table.UpperBound(); ++indexed_) places_.try_emplace(table[indexed_ + 1].*key, indexed_ + 1);
+        const auto found = places_.find(wanted);
+        return found == places_.end() ? 0 : found->second;
+    }
+    void Clear() { // to be called when the table is emptied
+        indexed_ = 0;
+        places_.clear();
+    }
+
+private:
+    std::int32_t indexed_ = 0;
+    std::unordered_map<std::string, std::int32_t> places_;
+};
+
 struct FileTables {
     Table<FileRecord> FileArray;
     Table<SPRecord> FileArraySP;
     Table<NewFolderRecord> NewFolderArray;
+    FirstPlace<FileRecord, &FileRecord::FileZipName> FileIndex;
+    FirstPlace<NewFolderRecord, &NewFolderRecord::FolderZipName> FolderIndex;
     Table<std::string> AppliedSPList;  // names of the service packs recorded as applied
     Table<std::string> AppliedSPCList; // archive names of the simulation-model files installed
     Table<std::string> UpdatedFiles;   // archive names installed by the run, in install order
