@@ -16,8 +16,10 @@ void Store(const char* key, const std::string& value) {
 
 // Day first, whatever the user's regional settings are. Kept: each part comes from a reading of the clock of its own.
 std::string DateTextBeforeToday(std::int32_t days) {
-    return DecimalText(DateBefore(Today(), days).day) + "/" + DecimalText(DateBefore(Today(), days).month) + "/" +
-           DecimalText(DateBefore(Today(), days).year);
+    std::string text = DecimalText(DateBefore(Today(), days).day);
+    text += "/" + DecimalText(DateBefore(Today(), days).month);
+    text += "/" + DecimalText(DateBefore(Today(), days).year);
+    return text;
 }
 
 void StoreBookkeeping(const char* noUpdates) {

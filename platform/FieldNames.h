@@ -2,7 +2,7 @@
 // columns by name. Shared by every kind of database.
 #pragma once
 
-#include "platform/RuntimeError.h"
+#include "platform/DatabaseError.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -12,19 +12,6 @@
 #include <vector>
 
 namespace korlan {
-
-enum DatabaseError : std::int32_t { // numbers of the database engine
-    kErrUpdateWithoutEdit = 3020,
-    kErrNoCurrentRecord = 3021,
-    kErrDatabaseMissing = 3024,
-    kErrReadOnlyDatabase = 3027,
-    kErrBadPassword = 3031,
-    kErrCannotOpenDatabase = 3051,
-    kErrSqlSyntax = 3075,
-    kErrNoSuchTable = 3078,
-    kErrNotSupported = 3251,
-    kErrNoSuchColumn = 3265,
-};
 
 inline bool SameName(std::string_view a, std::string_view b) {
     const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
@@ -45,8 +32,8 @@ public:
             if (++last_ >= asked_.size()) last_ = 0;
             if (asked_[last_].first == name) return asked_[last_].second;
         }
-        const auto found = std::find_if(names_.begin(), names_.end(),
-                                        [&](const std::string& known) { return SameName(known, name); });
+        const auto found =
+            std::find_if(names_.begin(), names_.end(), [&](const std::string& known) { return SameName(known, name); });
         if (found == names_.end()) throw RuntimeError(kErrNoSuchColumn, "Item not found in this collection: " + name);
         asked_.emplace_back(name, static_cast<std::size_t>(found - names_.begin()));
         last_ = asked_.size() - 1;

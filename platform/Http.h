@@ -26,8 +26,9 @@ void SetHttpTimeLimit(std::chrono::milliseconds limit);
 HttpHandle OpenHttpSession(const std::string& agent, WaitSlice wait);
 
 // Sends a GET and waits for the headers of the final answer. 0 when the address is malformed, nobody answers, the status
-// is 400 or above or the wait is abandoned. The address goes out as it stands but for blanks (%20; trailing ones go) and
-// backslashes before the query (/). Of a body that nobody reads a few hundred KB are fetched, not more.
+// is 400 or above or the wait is abandoned. The address goes out as it stands but for blanks (%20; trailing ones go),
+// backslashes before the query (/) and bytes above 127 (percent form). Of a body that nobody reads a few hundred KB are
+// fetched, not more.
 HttpHandle OpenHttpUrl(HttpHandle session, const std::string& url);
 
 // Waits until `block` is full or the body ends. read = 0 with true is the end of the body, which a broken connection

@@ -3,7 +3,7 @@
 // Checks subtract and never add, so they hold for every value of an offset or a count.
 #pragma once
 
-#include "platform/RuntimeError.h"
+#include "platform/DatabaseError.h"
 
 #include <bit>
 #include <cstddef>
@@ -11,8 +11,6 @@
 #include <string_view>
 
 namespace korlan::jet {
-
-constexpr std::int32_t kErrUnrecognizedFormat = 3343;
 
 // The one error of a damaged file; `what` names the fact that does not hold, for the log of whoever has the file.
 [[noreturn]] inline void Damaged(const char* what) {

@@ -1,5 +1,5 @@
-// Texts of a database file as UTF-8. Jet 3 stores bytes of the file's code page, Jet 4 and .accdb store UTF-16, whole or
-// squeezed. Nothing here fails: what stands for no character becomes U+FFFD, and the text goes on behind it.
+// Texts of a database file as UTF-8. Jet 3 stores bytes of the file's code page, Jet 4 and .accdb store UTF-16, whole
+// or squeezed. Nothing here fails: what stands for no character becomes U+FFFD, and the text goes on behind it.
 #pragma once
 
 #include <string>

@@ -1,6 +1,7 @@
 #include "platform/jet/JetDatabase.h"
 
 #include "platform/FieldNames.h"
+#include "platform/SqlText.h"
 #include "platform/jet/ValueText.h"
 
 namespace korlan::jet {
@@ -114,8 +115,8 @@ public:
     explicit JetDatabase(std::shared_ptr<const JetFile> file) : file_(std::move(file)) {}
 
     std::unique_ptr<Recordset> OpenRecordset(const std::string& tableOrSql) override {
-        const std::optional<std::string> table = TableOfStatement(tableOrSql);
-        if (!table) throw RuntimeError(kErrNotSupported, "Operation is not supported: " + tableOrSql);
+        const std::optional<std::string> table = WholeTableOf(tableOrSql);
+        if (!table) throw RuntimeError(kErrOperationNotSupported, "Operation is not supported: " + tableOrSql);
         return std::make_unique<JetRecordset>(OpenJetTable(file_, *table));
     }
     void Execute(const std::string&) override { RefuseWriting(); }

@@ -137,7 +137,8 @@ void JetFile::DecodePages(std::uint32_t key) {
 
 ByteView JetFile::Page(std::uint64_t number, PageType type) const {
     Require(number != 0 && number < PageCount(), "a page outside the file");
-    const ByteView page = ByteView(bytes_).Part(static_cast<std::size_t>(number) * layout_->pageSize, layout_->pageSize);
+    const ByteView page =
+        ByteView(bytes_).Part(static_cast<std::size_t>(number) * layout_->pageSize, layout_->pageSize);
     Require(page.U8(0) == static_cast<std::uint8_t>(type), "a page of another type");
     return page;
 }

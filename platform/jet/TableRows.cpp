@@ -61,8 +61,7 @@ struct RowFrame {
     std::size_t columnCount; // highest column number + 1 when the row was written
     std::size_t maskAt;
 
-    RowFrame(const Layout& form, ByteView row)
-        : columnCount(form.numberSize == 1 ? row.U8(0) : row.U16(0)), maskAt(0) {
+    RowFrame(const Layout& form, ByteView row) : columnCount(form.numberSize == 1 ? row.U8(0) : row.U16(0)), maskAt(0) {
         const std::size_t maskSize = (columnCount + 7) / 8;
         Require(maskSize <= row.Size() - form.numberSize, "a row without room for its mask");
         maskAt = row.Size() - maskSize;
@@ -90,8 +89,8 @@ private:
     std::size_t countAt_ = 0, count_ = 0;
 };
 
-// Narrow: single bytes, and between them and the count a jump table for rows longer than 256 bytes. Entry k, from 1 next
-// to the count, is the index of the first offset of 256 k or more; entries past the last such multiple are filler.
+// Narrow: single bytes, and between them and the count a jump table for rows longer than 256 bytes. Entry k, from 1
+// next to the count, is the index of the first offset of 256 k or more; entries past the last such multiple are filler.
 class NarrowOffsets {
 public:
     NarrowOffsets(ByteView row, std::size_t maskAt) : row_(row) {
@@ -144,7 +143,8 @@ std::vector<ByteView> ReadTableRows(const JetFile& file, const TableDefinition& 
             if ((row.flags & kRowDeleted) != 0) continue;
             rows.push_back((row.flags & kRowMoved) != 0 ? MovedRow(file, table, row.bytes) : row.bytes);
             budget.Spend(rows.back().Size() + kRowCost);
-            Require(RowFrame(file.Form(), rows.back()).columnCount <= table.highestColumn, "a row with too many columns");
+            Require(RowFrame(file.Form(), rows.back()).columnCount <= table.highestColumn,
+                    "a row with too many columns");
         }
     }
     return rows;

@@ -1,6 +1,6 @@
-// The rows of a table and the fields of a row. Which pages belong to a table is told by its usage map: pages that a table
-// gave back keep their old mark of ownership, so a search for that mark would list dead rows. Deleted rows are left
-// out; a row that grew and moved stands in its old place.
+// The rows of a table and the fields of a row. Which pages belong to a table is told by its usage map: pages that a
+// table gave back keep their old mark of ownership, so a search for that mark would list dead rows. Deleted rows are
+// left out; a row that grew and moved stands in its old place.
 #pragma once
 
 #include "platform/jet/TableDefinition.h"

@@ -11,8 +11,6 @@ namespace korlan::jet {
 
 namespace {
 
-constexpr std::int32_t kErrInvalidFieldType = 3259;
-
 template <class Number>
 void AppendNumber(std::string& out, Number value) {
     std::array<char, 400> text; // a double in plain decimal needs up to some 330 characters
@@ -73,7 +71,7 @@ void AppendDate(std::string& out, double stored) {
     constexpr double kFirstDay = -657434, kLastDay = 2958465; // 0100-01-01 and 9999-12-31
     constexpr std::int32_t kDaySeconds = 86400;
     Require(stored > kFirstDay - 1 && stored < kLastDay + 1, "a date out of range"); // false for a NaN, too
-    auto day = static_cast<std::int32_t>(stored); // cuts towards zero
+    auto day = static_cast<std::int32_t>(stored);                                    // cuts towards zero
     auto second = static_cast<std::int32_t>(std::lround(std::abs(stored - day) * kDaySeconds));
     if (second == kDaySeconds) {
         second = 0;
@@ -111,11 +109,17 @@ void AppendGuid(std::string& out, ByteView field) {
 
 } // namespace
 
-std::string_view YesNoText(bool value) { return value ? "True" : "False"; }
+std::string_view YesNoText(bool value) {
+    return value ? "True" : "False";
+}
 
-void AppendRealText(std::string& out, double value) { AppendReal(out, value); }
+void AppendRealText(std::string& out, double value) {
+    AppendReal(out, value);
+}
 
-void AppendHexText(std::string& out, std::string_view bytes) { AppendHexDigits(out, bytes, "0123456789abcdef"); }
+void AppendHexText(std::string& out, std::string_view bytes) {
+    AppendHexDigits(out, bytes, "0123456789abcdef");
+}
 
 void AppendValue(std::string& out, const JetFile& file, const Column& column, ByteView field, WorkBudget& budget) {
     std::string storage;

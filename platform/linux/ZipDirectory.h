@@ -15,7 +15,9 @@ struct ZipMember {
     std::uint64_t size = 0;    // bytes, as the archive says; not to be trusted
     std::uint64_t packed = 0;  // likewise
     std::int64_t modified = 0; // seconds since 1970, UTC
+    std::uint32_t method = 0;  // of packing, as the format numbers it
     bool encrypted = false;
+    bool special = false; // a link, a device, a pipe
 };
 
 // Members by the offset of their packed data in the file.

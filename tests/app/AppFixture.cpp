@@ -7,16 +7,17 @@ namespace korlan::test {
 std::vector<CalendarDate> clockReadings;
 
 AppTest::AppTest() {
-    ResetDesktop();
-    ResetProcess();
-    ResetProgram();
-    Process().programPath = "C:\\Korlan\\KlnUpdt.EXE";
     clockReadings = {{2026, 1, 10}};
-    drive.Write("Korlan\\KlnUpdt.EXE", "the program");
-    drive.MakeFolders("Korlan\\SYS");
-    drive.MakeFolders("Korlan\\Temp");
-    Suite.IniFilePath = "C:\\Korlan\\SYS\\TESSARY.INI";
-    Suite.TempFolder = "C:\\Korlan\\Temp";
+    drive.Write("KORLAN\\KlnUpdt.EXE", "the program");
+}
+
+bool AppTest::Ends(const std::function<void()>& action) {
+    try {
+        action();
+        return false;
+    } catch (const ProcessEnded&) {
+        return true;
+    }
 }
 
 std::vector<std::string> AppTest::BoxTexts() {

@@ -11,8 +11,9 @@ using CommandLine = AppTest;
 TEST_F(CommandLine, FolderAndFileArguments) {
     drive.MakeFolders("Suite One\\Sys");
     drive.MakeFolders("Other");
+    drive.AddDrive('z', "/nowhere at all");
     drive.Write("Jobs\\Board.txt", "x");
-    const std::string ownFolder = "C:\\Korlan\\sys";
+    const std::string ownFolder = "C:\\KORLAN\\sys";
     const struct {
         const char* line;
         std::string sysPath, file;
@@ -23,9 +24,9 @@ TEST_F(CommandLine, FolderAndFileArguments) {
         {"\"\" \" \"", ownFolder, "", 0},
         {"/sys:C:\\Suite One\\Sys", "C:\\SUITE ONE\\SYS", "", 0}, // blanks do not separate
         {"\"/SYS:  c:\\suite one\\sys \"", "C:\\SUITE ONE\\SYS", "", 0},
-        {"/sys:c:", "C:", "", 0},
+        {"/sys:q:", "Q:", "", 0}, // a bare drive is not looked at
         {"/sys:Y:\\", "Y:\\", "", 0},
-        {"/sys:z:", ownFolder, "", 1},
+        {"/sys:z:", ownFolder, "", 1}, // Z is
         {"/sys:1:", ownFolder, "", 1},
         {"/sys:C:\\Nowhere", ownFolder, "", 1},
         {"/sys:C:\\Jobs\\Board.txt", ownFolder, "", 1},

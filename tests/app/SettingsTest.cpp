@@ -59,9 +59,9 @@ TEST_F(Settings, DesignationsBecomeInstallationFolders) {
         {"\\LIB", "D:\\Parts", 0},
         {"\\lib\\user\\a", "D:\\Parts\\USER\\A", 0},
         {"\\KDS_CML\\x", "E:\\cml\\X", 0},
-        {"\\Help\\en", "C:\\Korlan\\Help\\en", 0},
-        {"\\LIBRARY", "C:\\Korlan\\LIBRARY", 0},
-        {"\\", "C:\\Korlan\\", 0},
+        {"\\Help\\en", "C:\\KORLAN\\Help\\en", 0},
+        {"\\LIBRARY", "C:\\KORLAN\\LIBRARY", 0},
+        {"\\", "C:\\KORLAN\\", 0},
         {"ROOT", "", 9},
         {"", "", 9},
         {"\\LIB\\..\\..\\Windows", "", 76},
@@ -90,7 +90,7 @@ TEST_F(Settings, BareNamesHoldNoFolder) {
 }
 
 TEST_F(Settings, ProgramFolderAndTemporaryFolder) {
-    EXPECT_EQ(GetAppFolder(), "C:\\Korlan");
+    EXPECT_EQ(GetAppFolder(), "C:\\KORLAN");
     Process().programPath = "C:\\KlnUpdt.EXE";
     EXPECT_EQ(GetAppFolder(), "C:");
     Process().programPath = "C:\\Missing Place\\KlnUpdt.EXE";

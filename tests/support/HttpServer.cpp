@@ -2,12 +2,14 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <stdexcept>
@@ -92,6 +94,8 @@ void HttpServer::AcceptLoop() {
     while (WaitFor(listener_, POLLIN)) {
         const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
         if (socket < 0) continue;
+        const int on = 1;
+        setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
         const std::lock_guard lock(mutex_);
         ++opened_;
         mostAtOnce_ = std::max(mostAtOnce_, ++open_);
@@ -124,8 +128,10 @@ bool HttpServer::ReadHead(int socket, std::string& head) const {
     while (!head.ends_with("\r\n\r\n")) {
         if (!WaitFor(socket, POLLIN)) return false;
         const ssize_t count = recv(socket, bytes.data(), bytes.size(), 0);
+        if (count < 0 && errno == EAGAIN) continue;
         if (count <= 0) return false;
         head.append(bytes.data(), static_cast<std::size_t>(count));
+        if (!head.starts_with("GET ")) return false;
     }
     return true;
 }
@@ -134,6 +140,7 @@ bool HttpServer::Send(int socket, const char* data, std::size_t size) const {
     while (size > 0) {
         if (!WaitFor(socket, POLLOUT)) return false;
         const ssize_t count = send(socket, data, size, MSG_NOSIGNAL);
+        if (count < 0 && errno == EAGAIN) continue;
         if (count < 0) return false;
         data += count;
         size -= static_cast<std::size_t>(count);
@@ -143,7 +150,9 @@ bool HttpServer::Send(int socket, const char* data, std::size_t size) const {
 
 void HttpServer::StallUntilHungUp(int socket) const {
     char byte = 0;
-    while (WaitFor(socket, POLLIN) && recv(socket, &byte, 1, 0) > 0) {
+    while (WaitFor(socket, POLLIN)) {
+        const ssize_t count = recv(socket, &byte, 1, 0);
+        if (count == 0 || (count < 0 && errno != EAGAIN)) return;
     }
 }
 

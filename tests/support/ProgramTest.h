@@ -16,8 +16,8 @@ namespace korlan::test {
 class ProgramTest : public ::testing::Test {
 protected:
     ProgramTest() {
+        ResetDesktop(); // before the form, which tells the desktop of itself
         ResetProgram();
-        ResetDesktop();
         ResetProcess();
         Process().programPath = "C:\\KORLAN\\KlnUpdt.EXE";
         for (const char* folder : {"KORLAN/Temp", "KORLAN/SYS", "KORLAN/LIB", "KORLAN/KDS_CML"}) drive.MakeFolders(folder);
@@ -26,7 +26,7 @@ protected:
         Suite.LibDir = "C:\\KORLAN\\LIB";
         Suite.SysDir = "C:\\KORLAN\\SYS";
         Suite.KDScml = "C:\\KORLAN\\KDS_CML";
-        Run.StatusSpinner = "|";
+        korlan::Run.StatusSpinner = "|";
         frmUpdate.lvwFilesList.SetVisible(false);
         for (const char* title : {"File Name", "File Path", "File Size", "Status", "Invisible"})
             frmUpdate.lvwFilesList.AddColumn(title, 1440);

@@ -1,8 +1,9 @@
 #include "tests/support/UpdateServer.h"
 
+#include "tests/support/SqliteFile.h"
+
 #include <archive.h>
 #include <archive_entry.h>
-#include <sqlite3.h>
 
 #include <memory>
 #include <stdexcept>
@@ -11,27 +12,17 @@ namespace korlan::test {
 
 namespace {
 
-std::string Quoted(const std::string& text) {
-    std::string quoted = "'";
-    for (const char c : text) quoted += c == '\'' ? "''" : std::string(1, c);
-    return quoted + "'";
-}
-
 void Require(bool good, const char* what) {
     if (!good) throw std::runtime_error(what);
 }
 
 } // namespace
 
-std::string CatalogueBytes(const std::vector<CatalogueRow>& rows) {
+std::string CatalogueBytes(const std::vector<std::vector<std::string>>& rows) {
     sqlite3* database = nullptr;
     Require(sqlite3_open(":memory:", &database) == SQLITE_OK, "no database");
     const std::unique_ptr<sqlite3, int (*)(sqlite3*)> owner(database, sqlite3_close);
-    std::string sql = "CREATE TABLE Files (FileName TEXT, FilePath TEXT, FileSize TEXT, Filedate TEXT, FileZipName TEXT);";
-    for (const CatalogueRow& row : rows)
-        sql += "INSERT INTO Files VALUES (" + Quoted(row.fileName) + "," + Quoted(row.filePath) + "," +
-               Quoted(row.fileSize) + "," + Quoted(row.fileDate) + "," + Quoted(row.fileZipName) + ");";
-    Require(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK, "catalogue not filled");
+    Require(sqlite3_exec(database, CatalogueSql(rows).c_str(), nullptr, nullptr, nullptr) == SQLITE_OK, "bad row");
     sqlite3_int64 size = 0;
     const std::unique_ptr<unsigned char, void (*)(void*)> bytes(sqlite3_serialize(database, "main", &size, 0),
                                                                 sqlite3_free);

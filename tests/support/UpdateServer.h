@@ -8,12 +8,9 @@
 
 namespace korlan::test {
 
-struct CatalogueRow { // the five columns of a catalogue
-    std::string fileName, filePath, fileSize, fileDate, fileZipName;
-};
-
-// The bytes of a catalogue database and of an archive with one member, whose time is given in seconds since 1970.
-std::string CatalogueBytes(const std::vector<CatalogueRow>& rows);
+// The bytes of a catalogue (each row is name, designation, size, date, archive).
+std::string CatalogueBytes(const std::vector<std::vector<std::string>>& rows);
+// The bytes of an archive with one member; time: seconds since 1970.
 std::string ArchiveBytes(const std::string& member, const std::string& content, long long time);
 
 class UpdateServer : public HttpServer {

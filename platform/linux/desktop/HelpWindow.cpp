@@ -88,14 +88,16 @@ QUrl HelpPage::UrlOf(const QString& pathWithAnchor) const {
     return Object(url) ? url : QUrl();
 }
 
-void HelpPage::Go(const QUrl& url) {
+bool HelpPage::Go(const QUrl& url) {
     const QUrl inside = Inside(url);
-    if (Object(inside)) setSource(inside, QTextDocument::HtmlResource);
+    if (!Object(inside)) return false;
+    setSource(inside, QTextDocument::HtmlResource);
+    return true;
 }
 
 // Links within the file are relative to the page, or name a help file before "::". Only our own file's are followed.
 QUrl HelpPage::Inside(const QUrl& link) const {
-    QUrl url = source().isEmpty() ? QUrl("help:/").resolved(link) : source().resolved(link);
+    QUrl url = base_.resolved(link);
     const QString scheme = url.scheme();
     if (scheme == "ms-its" || scheme == "its" || scheme == "mk") {
         const QString path = url.path();
@@ -116,7 +118,9 @@ const std::string* HelpPage::Object(const QUrl& inside) const {
 }
 
 QVariant HelpPage::loadResource(int type, const QUrl& name) {
-    const std::string* bytes = Object(Inside(name));
+    const QUrl inside = Inside(name);
+    const std::string* bytes = Object(inside);
+    if (type == QTextDocument::HtmlResource) base_ = inside; // source() is still the page before
     if (type == QTextDocument::ImageResource) return Picture(bytes);
     if (!bytes || bytes->size() > kLargestPage) return QString("<p></p>");
     const QString text = PageText(*bytes);
@@ -138,20 +142,20 @@ HelpWindow::HelpWindow(CompiledHelp help, const QString& fileName)
     split->setSizes({250, 650});
     split->setChildrenCollapsible(false);
     setCentralWidget(split);
+    statusBar()->hide();
     resize(900, 620);
 
     connect(contents_, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
         if (item) page_->Go(item->data(0, kTopicUrl).toUrl());
     });
     connect(page_, &QTextBrowser::anchorClicked, this, [this](const QUrl& link) {
-        const QUrl before = page_->source();
-        page_->Go(link);
-        if (page_->source() == before && !link.hasFragment())
-            statusBar()->showMessage(tr("This link leads out of the help: %1").arg(link.toDisplayString()), 8000);
+        if (page_->Go(link)) return;
+        statusBar()->show();
+        statusBar()->showMessage(tr("This link leads out of the help: %1").arg(link.toDisplayString()));
     });
-    connect(page_, &QTextBrowser::sourceChanged, this, [this] {
-        statusBar()->clearMessage();
-        SelectShownTopic();
+    connect(page_, &QTextBrowser::sourceChanged, this, [this](const QUrl& page) {
+        statusBar()->hide();
+        SelectTopicOf(page);
     });
 }
 
@@ -163,6 +167,7 @@ void HelpWindow::FillContents() {
     contents_->setObjectName("contents");
     contents_->setHeaderHidden(true);
     contents_->setFrameShape(QFrame::NoFrame);
+    contents_->setStyleSheet("QTreeView::item { padding: 3px 2px; }");
     contents_->setHidden(help_.topics.empty());
     std::vector<QTreeWidgetItem*> open; // the last item of each depth
     for (const HelpTopic& topic : help_.topics) {
@@ -197,9 +202,9 @@ void HelpWindow::MakeToolBar() {
 }
 
 // The contents show where the page belongs, however it was reached.
-void HelpWindow::SelectShownTopic() {
-    QTreeWidgetItem* item = items_.value(page_->source());
-    if (!item) item = items_.value(page_->source().adjusted(QUrl::RemoveFragment));
+void HelpWindow::SelectTopicOf(const QUrl& page) {
+    QTreeWidgetItem* item = items_.value(page);
+    if (!item) item = items_.value(page.adjusted(QUrl::RemoveFragment));
     const QSignalBlocker quiet(contents_);
     contents_->setCurrentItem(item);
 }

@@ -7,6 +7,7 @@
 #include <QHash>
 #include <QMainWindow>
 #include <QTextBrowser>
+#include <QUrl>
 
 class QTreeWidget;
 class QTreeWidgetItem;
@@ -20,7 +21,7 @@ public:
 
     // The URL of a path in the file, "#anchor" behind it where there is one; empty when there is no such page.
     QUrl UrlOf(const QString& pathWithAnchor) const;
-    void Go(const QUrl& url);
+    bool Go(const QUrl& url); // false when it leads out of the file, or to nothing in it
 
 protected:
     QVariant loadResource(int type, const QUrl& name) override;
@@ -30,7 +31,8 @@ private:
     const std::string* Object(const QUrl& inside) const;
 
     const CompiledHelp& help_;
-    QString fileName_; // without folders, lower case: how a page names its own file
+    QUrl base_{"help:/"}; // the page shown, or being loaded
+    QString fileName_;    // without folders, lower case: how a page names its own file
 };
 
 class HelpWindow : public QMainWindow {
@@ -41,7 +43,7 @@ public:
 private:
     void FillContents();
     void MakeToolBar();
-    void SelectShownTopic();
+    void SelectTopicOf(const QUrl& page);
 
     CompiledHelp help_;
     QTreeWidget* contents_;
