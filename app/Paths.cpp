@@ -5,6 +5,9 @@
 #include "platform/Process.h"
 #include "platform/RuntimeError.h"
 
+#include <algorithm>
+#include <vector>
+
 namespace korlan {
 
 void AddBackslash(std::string& path) {
@@ -21,11 +24,25 @@ std::string GetAppFolder() {
     return program.substr(0, program.find_last_of('\\'));
 }
 
+std::string QuotedProgram(const std::string& path) {
+    return Contains(path, " ") ? "\"" + path + "\"" : path;
+}
+
+namespace {
+
+// Two dots, however many dots and blanks follow: Windows drops those at the end of a component.
+bool LeadsUpwards(const std::string& component) {
+    return component.starts_with("..") && component.find_first_not_of(". ") == std::string::npos;
+}
+
+} // namespace
+
 void RequireInsideFolder(std::string_view relativePath) {
     const std::string path = Replace(relativePath, "/", "\\");
-    bool outside = path.find_first_of(std::string_view(":\0", 2)) != std::string::npos;
-    for (const std::string& component : Split(path, "\\")) outside = outside || RightTrim(component) == "..";
-    if (outside) throw RuntimeError(kErrPathNotFound, "Path not found: " + path);
+    const std::vector<std::string> components = Split(path, "\\");
+    if (path.find_first_of(std::string_view(":\0", 2)) != std::string::npos ||
+        std::any_of(components.begin(), components.end(), LeadsUpwards))
+        throw RuntimeError(kErrPathNotFound, "Path not found: " + path);
 }
 
 void RequireBareName(std::string_view name) {

@@ -24,7 +24,7 @@ constexpr const char* kDefaultUpdateUrl = "//http://update.korlan.invalid/Update
 struct InstallationFolder {
     const char* code;
     const char* key;
-    std::string SuiteSettings::* folder;
+    std::string SuiteSettings::*folder;
 };
 constexpr InstallationFolder kFolders[] = {
     {"JOB", "JobDir", &SuiteSettings::JobDir},     {"LIB", "LibDir", &SuiteSettings::LibDir},

@@ -17,9 +17,9 @@ std::string RightTrim(std::string_view text);
 std::string UpperCase(std::string_view text);
 std::string LowerCase(std::string_view text);
 
-std::string Left(std::string_view text, std::int64_t length);      // shorter texts whole; length < 0 raises 5
-std::string Right(std::string_view text, std::int64_t length);     // likewise
-std::string Mid(std::string_view text, std::int64_t start);        // from `start` on; start < 1 raises 5
+std::string Left(std::string_view text, std::int64_t length);        // shorter texts whole; length < 0 raises 5
+std::string Right(std::string_view text, std::int64_t length);       // likewise
+std::string Mid(std::string_view text, std::int64_t start);          // from `start` on; start < 1 raises 5
 std::int64_t InStr(std::string_view text, std::string_view what);    // first place of `what`, 0 = none
 std::int64_t InStrRev(std::string_view text, std::string_view what); // last place
 bool Contains(std::string_view text, std::string_view what);
@@ -31,11 +31,12 @@ const std::string& Piece(const std::vector<std::string>& pieces, std::size_t ind
 
 // A whole text as a number: blanks around it, sign, digits, a fraction rounded half to even. Raises 13 or 6.
 std::int32_t ToInteger(std::string_view text);
-// The number a text begins with, its fraction cut; 0 when it begins with none. Too large gives the nearest 32-bit value.
+// The number a text begins with, its fraction cut; 0 when it begins with none. Too large gives the nearest 32-bit
+// value.
 std::int32_t Val(std::string_view text);
 
-std::int32_t RoundHalfEven(double value);       // 6 when it does not fit
-std::string DecimalText(std::int32_t number);   // "-3", "0", "12"
-std::string SignedText(std::int32_t number);    // a blank in the sign's place of a number that is not negative
+std::int32_t RoundHalfEven(double value);     // 6 when it does not fit
+std::string DecimalText(std::int32_t number); // "-3", "0", "12"
+std::string SignedText(std::int32_t number);  // a blank in the sign's place of a number that is not negative
 
 } // namespace korlan

@@ -13,18 +13,18 @@ struct FrmUpdate {
     FrmUpdate();
 
     Form form;
-    Label lblMainHead;       // heading
-    Label lblUpdate;         // status line of the search and of the outcome
-    ImageList ilsCleanUp;    // the list's icons
-    ListView lvwFilesList;   // the files found
-    Label lblMsgline;        // progress of transfers, outcome of a run
-    Label LblLive;           // heading of the reminder page
-    OptionButton Option2;    // remind after 15 days
-    OptionButton Option3;    // remind after 30 days
-    OptionButton Option4;    // no reminders
-    Label LblOptionExplain;  // explanation of the chosen reminder
-    PictureBox picSteps;     // side picture
-    FileListBox files_temp;  // hidden list of the files in a folder
+    Label lblMainHead;      // heading
+    Label lblUpdate;        // status line of the search and of the outcome
+    ImageList ilsCleanUp;   // the list's icons
+    ListView lvwFilesList;  // the files found
+    Label lblMsgline;       // progress of transfers, outcome of a run
+    Label LblLive;          // heading of the reminder page
+    OptionButton Option2;   // remind after 15 days
+    OptionButton Option3;   // remind after 30 days
+    OptionButton Option4;   // no reminders
+    Label LblOptionExplain; // explanation of the chosen reminder
+    PictureBox picSteps;    // side picture
+    FileListBox files_temp; // hidden list of the files in a folder
     Button cmdUpdate;
     Button CmdRetry;
     Button cmdCancel; // Cancel while working; becomes Next, Finish or Close
@@ -46,8 +46,8 @@ struct RunFlags {
     std::int32_t NewUpdaterLoaded = 0; // a run installed KLNUPDTA.EXE
     std::int32_t DownloadFailed = 0;
     std::int16_t HelpShown = 0;
-    std::string StatusSpinner;        // "|", "/", "-" or "\"
-    std::int32_t LibElementKind = 0;  // 2 symbol, 3 package, 4 padstack, 0 none of them
+    std::string StatusSpinner;       // "|", "/", "-" or "\"
+    std::int32_t LibElementKind = 0; // 2 symbol, 3 package, 4 padstack, 0 none of them
 };
 
 extern RunFlags Run;

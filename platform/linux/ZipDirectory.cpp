@@ -157,6 +157,13 @@ std::uint64_t ReadSizes(std::string_view entry, std::string_view extra, ZipMembe
     return sizeAt(42);
 }
 
+// Makers on Unix keep the file's mode in the upper half of the attributes.
+bool IsSpecial(std::uint32_t maker, std::uint32_t attributes) {
+    constexpr std::uint32_t kUnix = 3;
+    const mode_t type = attributes >> 16 & S_IFMT;
+    return maker >> 8 == kUnix && type != 0 && type != S_IFREG && type != S_IFDIR;
+}
+
 // Adds the member of one directory record. Its local header says where the data begins and has its own extra field.
 void AddMember(int file, std::string_view entry, const DirectoryPlace& place, ZipMembers& members) {
     const std::size_t nameSize = Number16(entry, 28);
@@ -170,6 +177,7 @@ void AddMember(int file, std::string_view entry, const DirectoryPlace& place, Zi
 
     member.name = NameAsText(name, Number16(entry, 4), extra);
     member.method = Number16(entry, 10);
+    member.special = IsSpecial(Number16(entry, 4), Number32(entry, 38));
     member.encrypted = (Number16(entry, 8) & 1) != 0;
     auto modified = ExtendedTime(localExtra);
     if (!modified) modified = ExtendedTime(extra);
@@ -209,6 +217,7 @@ std::optional<ZipMembers> ReadZipDirectory(int file) {
         AddMember(file, rest.substr(0, length - Number16(rest, 32)), *place, members);
         rest.remove_prefix(length);
     }
+    if (members.empty() && place->size > 0) return std::nullopt;
     return members;
 }
 

@@ -17,6 +17,7 @@ struct ZipMember {
     std::int64_t modified = 0; // seconds since 1970, UTC
     std::uint32_t method = 0;  // of packing, as the format numbers it
     bool encrypted = false;
+    bool special = false; // a link, a device, a pipe
 };
 
 // Members by the offset of their packed data in the file.

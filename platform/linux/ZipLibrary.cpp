@@ -123,11 +123,11 @@ public:
     }
 
     // Opens a new file under a name of no other file; invalid when the folder refuses.
-    FileHandle Create(std::string& temporaryName) const {
+    FileHandle Create(std::string& temporaryName, mode_t mode) const {
         for (int attempt = 0; attempt < 100; ++attempt) {
             temporaryName = ".klnunzip" + std::to_string(std::random_device{}());
             FileHandle file(openat(folder_.Descriptor(), temporaryName.c_str(),
-                                   O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+                                   O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
             if (file || errno != EEXIST) return file;
         }
         return FileHandle();
@@ -180,7 +180,7 @@ public:
 private:
     bool ReadMembers(); // false when the reader can go no further; ends at once when the extraction has ended
     void TakeMember(archive_entry* entry);
-    void ExtractMember(const ZipMember& member, const std::string& name);
+    void ExtractMember(const ZipMember& member, const std::string& name, mode_t mode);
     Outcome WriteMember(const ZipMember& member, FileHandle& file);
     int ReadBlock(const ZipMember& member, bool first, const void*& block, std::size_t& count);
     bool AskPassword(const ZipMember& member);
@@ -222,6 +222,7 @@ Outcome Extraction::Run(const DCL& options) {
         return cutOff ? Outcome::Damaged : Outcome::NoArchive;
     }
     members_ = std::move(*members);
+    if (members_.empty()) return Outcome::Warning;
 
     FileHandle folder = OpenFolder(options.lpszExtractDir);
     if (!folder) return Outcome::CannotWrite;
@@ -229,9 +230,7 @@ Outcome Extraction::Run(const DCL& options) {
 
     // A member whose packed data is broken stops the reader; a new one goes on behind it.
     for (std::uint64_t before = 0; !ReadMembers() && done_ > before && !Ended();) before = done_;
-    const bool unreached = !members_.empty() && done_ < members_.rbegin()->first;
-    if (unreached && !Ended()) Note(Outcome::Damaged);
-    if (members_.empty()) Note(Outcome::Warning);
+    if (done_ < members_.rbegin()->first && !Ended()) Note(Outcome::Damaged);
     return outcome_;
 }
 
@@ -272,16 +271,16 @@ void Extraction::TakeMember(archive_entry* entry) {
     const mode_t type = archive_entry_filetype(entry);
     if (type == AE_IFDIR || IsSeparator(member.name.empty() ? ' ' : member.name.back())) return;
     if (!lists_.Want(member.name)) return;
-    if (type != AE_IFREG) return LeaveOut(member, Outcome::Warning, "is not a file");
+    if (type != AE_IFREG || member.special) return LeaveOut(member, Outcome::Warning, "is not a file");
     if (dataBegin != place) return LeaveOut(member, Outcome::Damaged, "is damaged");
     const std::string name = LastComponent(member.name);
     if (!MayNameAFile(name)) return LeaveOut(member, Outcome::Warning, "has no name a file may have");
     if (functions_.message) functions_.message(Listed(member));
     const std::string target = folder_->Spelling(name);
     if (folder_->IsFolder(target)) return LeaveOut(member, Outcome::Warning, "has the name of a folder");
-    if (folder_->IsThere(target) && !MayReplace(member)) return;
     if (!MethodIsKnown(member.method)) return LeaveOut(member, Outcome::NoMethod, "is packed by an unknown method");
-    ExtractMember(member, target);
+    if (folder_->IsThere(target) && !MayReplace(member)) return;
+    ExtractMember(member, target, (archive_entry_perm(entry) & S_IXUSR) != 0 ? 0777 : 0666);
 }
 
 bool Extraction::MayReplace(const ZipMember& member) {
@@ -292,10 +291,10 @@ bool Extraction::MayReplace(const ZipMember& member) {
     return replaceAll_ || answer == kOverwriteYes;
 }
 
-void Extraction::ExtractMember(const ZipMember& member, const std::string& name) {
+void Extraction::ExtractMember(const ZipMember& member, const std::string& name, mode_t mode) {
     Print("  inflating: " + member.name + "\n");
     std::string temporaryName;
-    FileHandle file = folder_->Create(temporaryName);
+    FileHandle file = folder_->Create(temporaryName, mode);
     if (!file) return LeaveOut(member, Outcome::CannotWrite, "cannot be written");
     struct Remover { // whatever a callback may throw
         const TargetFolder& folder;

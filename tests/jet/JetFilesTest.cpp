@@ -1,0 +1,151 @@
+// Every test database against its expected rows and columns.
+#include "tests/jet/TestDatabases.h"
+#include "tests/support/Failing.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <map>
+#include <tuple>
+
+namespace korlan {
+namespace {
+
+using jet::ColumnType;
+using test::Cell;
+using test::OpenBytes;
+using test::ReadTestFile;
+using test::Row;
+
+struct MainTable {
+    std::string file, table;
+};
+void PrintTo(const MainTable& value, std::ostream* out) { *out << value.file; }
+
+class JetFiles : public testing::TestWithParam<MainTable> {};
+
+// "2003-03-10 07:01:01" -> "10-3-2003,7:1:1"
+Cell DateOfProgram(const Cell& date) {
+    if (!date) return date;
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+    if (std::sscanf(date->c_str(), "%d-%d-%d %d:%d:%d", &year, &month, &day, &hour, &minute, &second) != 6)
+        throw std::runtime_error("no date: " + *date);
+    std::ostringstream text;
+    text << day << '-' << month << '-' << year << ',' << hour << ':' << minute << ':' << second;
+    return text.str();
+}
+
+TEST_P(JetFiles, HasExactlyItsRows) {
+    jet::JetTable table = OpenJetTable(OpenBytes(ReadTestFile(GetParam().file)), GetParam().table);
+    std::vector<Row> expected = test::ReadTsv(GetParam().file + ".tsv");
+    Row names;
+    for (const jet::Column& column : table.Columns()) names.push_back(column.name);
+    ASSERT_EQ(names, expected.front());
+    expected.erase(expected.begin());
+    for (std::size_t column = 0; column < names.size(); ++column) {
+        if (table.Columns()[column].type != ColumnType::Date) continue;
+        for (Row& row : expected) row[column] = DateOfProgram(row[column]);
+    }
+    const std::vector<Row> rows = test::ReadAll(table);
+    ASSERT_EQ(rows.size(), expected.size());
+    for (std::size_t i = 0; i < rows.size(); ++i) ASSERT_EQ(rows[i], expected[i]) << "row " << i;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, JetFiles,
+    testing::Values(MainTable{"Update.mdb", "Files"}, MainTable{"SP1.mdb", "Files"}, MainTable{"SP2.mdb", "Files"},
+                    MainTable{"SP3.mdb", "Files"}, MainTable{"types.mdb", "Files"}, MainTable{"nulls.mdb", "Files"},
+                    MainTable{"order.mdb", "files"}, MainTable{"deleted.mdb", "FILES"},
+                    MainTable{"rows5000.mdb", "Files"}, MainTable{"texts.mdb", "Files"},
+                    MainTable{"fmt2007.accdb", "Files"}, MainTable{"Parts.abd", "partfields"},
+                    MainTable{"jet3/Update.mdb", "Files"}, MainTable{"jet3/SP1.mdb", "Files"},
+                    MainTable{"jet3/SP2.mdb", "Files"}, MainTable{"jet3/SP3.mdb", "Files"},
+                    MainTable{"jet3/Parts.abd", "PartFields"}, MainTable{"jet3/types.mdb", "Files"},
+                    MainTable{"jet3/rowlengths.mdb", "Files"}, MainTable{"jet3/deleted.mdb", "Files"},
+                    MainTable{"jet3/tablecase.mdb", "files"}, MainTable{"jet3/notable.mdb", "filez"},
+                    MainTable{"jet3/missingcol.mdb", "Files"}, MainTable{"jet3/norows.mdb", "Files"},
+                    MainTable{"jet3/password.mdb", "Files"}));
+
+ColumnType TypeOf(const std::string& name) {
+    static const std::map<std::string, ColumnType> kTypes = {
+        {"BOOLEAN", ColumnType::YesNo},    {"BYTE", ColumnType::Byte},
+        {"INT", ColumnType::Integer},      {"LONG", ColumnType::Long},
+        {"MONEY", ColumnType::Currency},   {"FLOAT", ColumnType::Single},
+        {"DOUBLE", ColumnType::Double},    {"SHORT_DATE_TIME", ColumnType::Date},
+        {"BINARY", ColumnType::Binary},    {"TEXT", ColumnType::Text},
+        {"OLE", ColumnType::Ole},          {"MEMO", ColumnType::Memo},
+        {"GUID", ColumnType::Guid},        {"NUMERIC", ColumnType::Decimal},
+    };
+    return kTypes.at(name);
+}
+
+// The checks are strict, and system tables are where odd ones would meet something legal.
+TEST_P(JetFiles, HasOnlyTablesThatRead) {
+    const auto file = OpenBytes(ReadTestFile(GetParam().file));
+    jet::JetTable catalogue = OpenJetTable(file, "MSysObjects");
+    const auto columnNamed = [&](const char* name) {
+        const auto& columns = catalogue.Columns();
+        const auto hasName = [name](const jet::Column& column) { return column.name == name; };
+        return static_cast<std::size_t>(std::find_if(columns.begin(), columns.end(), hasName) - columns.begin());
+    };
+    std::size_t tables = 0;
+    for (std::size_t row = 0; row < catalogue.RowCount(); ++row) {
+        if (catalogue.Value(row, columnNamed("Type")) != "1") continue;
+        const std::string name(catalogue.Value(row, columnNamed("Name")).value());
+        jet::JetTable table = OpenJetTable(file, name);
+        for (std::size_t i = 0; i < table.Columns().size() && table.RowCount() > 0; ++i) {
+            const std::int32_t error = test::ErrorOf([&] { table.Value(0, i); });
+            EXPECT_TRUE(error == 0 || error == kErrInvalidFieldType) << name << ' ' << table.Columns()[i].name;
+        }
+        ++tables;
+    }
+    EXPECT_GE(tables, 4U);
+}
+
+using ColumnFacts = std::tuple<std::string, ColumnType, int>; // name, type, declared size
+
+class JetSchemas : public testing::TestWithParam<std::string> {};
+
+TEST_P(JetSchemas, AreAsListed) {
+    std::map<std::pair<std::string, std::string>, std::vector<ColumnFacts>> expected;
+    std::vector<Row> listed = test::ReadTsv(GetParam() + "SCHEMA.tsv");
+    for (std::size_t i = 1; i < listed.size(); ++i) {
+        const Row& line = listed[i];
+        expected[{*line[0], *line[1]}].emplace_back(*line[3], TypeOf(*line[4]), std::stoi(*line[5]));
+    }
+    ASSERT_GE(expected.size(), 12U);
+    for (const auto& [key, columns] : expected) {
+        const auto file = OpenBytes(ReadTestFile(GetParam() + key.first));
+        std::vector<ColumnFacts> found;
+        const jet::JetTable table = OpenJetTable(file, key.second);
+        for (const jet::Column& column : table.Columns()) {
+            const bool isWide = column.type == ColumnType::Text && !file->IsJet3();
+            const bool hasSize = column.type != ColumnType::YesNo;
+            found.emplace_back(column.name, column.type, !hasSize ? 1 : isWide ? column.size / 2 : column.size);
+        }
+        EXPECT_EQ(found, columns) << key.first << ' ' << key.second;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, JetSchemas, testing::Values("", "jet3/"));
+
+TEST(JetTables, AreFoundByTheirWholeNameOnly) {
+    struct Case {
+        const char *file, *table;
+        std::int32_t error;
+    };
+    const Case cases[] = {
+        {"jet3/notable.mdb", "Files", kErrNoSuchTable}, {"SP1.mdb", "File", kErrNoSuchTable},
+        {"SP1.mdb", "", kErrNoSuchTable},               {"SP1.mdb", "msysobjects", 0},
+        {"order.mdb", "FILES2", 0},                     {"SP1.mdb", "Tables", kErrNoSuchTable}, // of another type
+        {"jet3/norows.mdb", "fIlEs", 0},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(test::ErrorOf([&] { OpenJetTable(OpenBytes(ReadTestFile(c.file)), c.table); }), c.error)
+            << c.file << ' ' << c.table;
+    }
+}
+
+} // namespace
+} // namespace korlan
