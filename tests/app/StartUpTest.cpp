@@ -222,7 +222,7 @@ TEST_F(StartUp, TheSuiteLibraryMayNameAnotherIniFile) {
     InitLibraryInterface();
     EXPECT_EQ(Suite.IniFilePath, "C:\\KORLAN\\SYS\\TESSARY.INI") << "without the library";
     std::filesystem::copy_file(KLN_SAMPLE_SUITE, drive.HostPathOf("KORLAN\\libklwupdt.so"));
-    drive.Write("KORLAN\\IniFile.txt", "C:\\Elsewhere\\SUITE.INI\r\n");
+    drive.Write("KORLAN\\IniFile.txt", "C:\\Elsewhere\\SUITE.INI\n");
     InitLibraryInterface();
     EXPECT_EQ(Suite.IniFilePath, "C:\\Elsewhere\\SUITE.INI");
 }
