@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
+#include <QThread>
 #include <QWindow>
 #include <utility>
 
@@ -143,8 +144,10 @@ void FormView::ShowForm() {
     show();
     QElapsedTimer waiting;
     waiting.start();
-    while (windowHandle() && !windowHandle()->isExposed() && waiting.elapsed() < kExposeMilliseconds)
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents, 10);
+    while (windowHandle() && !windowHandle()->isExposed() && waiting.elapsed() < kExposeMilliseconds) {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        QThread::msleep(1);
+    }
 }
 
 // A window that had to be larger than its record keeps the centre the program has asked for, and stays on the screen.
