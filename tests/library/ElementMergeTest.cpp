@@ -31,7 +31,7 @@ class ElementMergeTest : public Installation {
 protected:
     // Source with A, B and C, target with "b" and Z.
     void WriteBoth(const KindCase& kind) {
-        Run.LibElementKind = kind.kind;
+        korlan::Run.LibElementKind = kind.kind;
         source = std::string(kSource) + kind.extension;
         target = std::string(kTarget) + kind.extension;
         const auto fileKind = static_cast<suite::Kind>(kind.kind);
@@ -105,7 +105,7 @@ TEST_F(ElementMergeTest, FailingStepsAreReported) {
         EXPECT_THAT(Desktop().boxes, ElementsAre(ShownBox{closed + target, 48, kTitle})) << "one box, not three";
 
         WriteBoth(kind);
-        Desktop().answers = {kAnswerNo};
+        Desktop().answers = {kAnswerOk, kAnswerNo};
         drive.MakeFolders(target + ".new"); // where the suite writes first
         SaveToLib(source, target);
         const std::string unsaved = kind.kind == 1 ? "Can't save Part: " : "Can't save Symbol/Package: ";
@@ -126,15 +126,14 @@ TEST_F(ElementMergeTest, ElementThatIsGone) {
         };
         SaveToLib(source, target);
         Desktop().onControlChanged = nullptr;
-        EXPECT_EQ(Desktop().boxes.back().text,
-                  kind.kind == 1 ? "Can't find Part: C" : "Can't find Symbol/Package: C");
+        EXPECT_EQ(Desktop().boxes.back().text, kind.kind == 1 ? "Can't find Part: C" : "Can't find Symbol/Package: C");
     }
 }
 
 TEST_F(ElementMergeTest, NothingToMerge) {
     for (const std::int32_t kind : {0, 5, -1}) {
         WriteBoth(kKindCases[0]);
-        Run.LibElementKind = kind;
+        korlan::Run.LibElementKind = kind;
         SaveToLib(source, target);
         EXPECT_THAT(TargetBodies(), ElementsAre("b=old b", "Z=old Z"));
     }

@@ -51,8 +51,15 @@ TEST_F(PartDatabaseTest, TakesADescriptorApart) {
     } cases[] = {
         {"DIL14 Quad NAND|b|c|d|e|f|g|0|None|j", "DIL14|Quad NAND|0|NONE|-"},
         {"DIL14 |b|c|d|e|f|g|1|x|j", "DIL14||1|x|X"},
-        {"a|b|c|d|e|f|g|0,0,0|None,None|j", "a\xE2\x82\xAC" "b\xE2\x82\xAC" "c\xE2\x82\xAC" "d\xE2\x82\xAC" "e\xE2\x82\xAC"
-         "f\xE2\x82\xAC" "g\xE2\x82\xAC" "0,0,0\xE2\x82\xACNone,None\xE2\x82\xAC" "j|a|0|NONE|-"},
+        {"a|b|c|d|e|f|g|0,0,0|None,None|j", "a\xE2\x82\xAC"
+                                            "b\xE2\x82\xAC"
+                                            "c\xE2\x82\xAC"
+                                            "d\xE2\x82\xAC"
+                                            "e\xE2\x82\xAC"
+                                            "f\xE2\x82\xAC"
+                                            "g\xE2\x82\xAC"
+                                            "0,0,0\xE2\x82\xACNone,None\xE2\x82\xAC"
+                                            "j|a|0|NONE|-"},
         {" DIL14 Quad|b|c|d|e|f|g|0|None|j", "|DIL14 Quad|0|NONE|-"},
         {"P a|b|c|d|e|f|g|||j", "P|a|0|NONE|-"},
         {"P a|b|c|d|e|f|g|0,0,0,0,0|None,None,None,None,None|j", "P|a|0|NONE|-"},
@@ -62,7 +69,10 @@ TEST_F(PartDatabaseTest, TakesADescriptorApart) {
         {"P a|b|c|d|e|f|g|0, 0|none,NONE|j", "P|a|0, 0|none,NONE|-"},
         {"P a|b|c|d|e|f|g| 0| None |j", "P|a| 0| None |-"},
         {"P a|b|c|d|e|f|g|M1|resistor|j", "P|a|M1|resistor|R"},
-        {"P a|b|c|d|e|f|g|M1|  \xFC" "ber|j", "P|a|M1|  \xC3\xBC" "ber|\xC3\x9C"},
+        {"P a|b|c|d|e|f|g|M1|  \xFC"
+         "ber|j",
+         "P|a|M1|  \xC3\xBC"
+         "ber|\xC3\x9C"},
         {"P a|b|c|d|e|f|g|M1|   |j|k|l", "P|a|M1|   |-"},
     };
     for (const auto& c : cases) {
@@ -123,7 +133,9 @@ TEST_F(PartDatabaseTest, BadLibraryFilesEndTheOperation) {
     }
     UpdateLibDBAddFileElements("MISSING.PART");
     EXPECT_THAT(Names(), IsEmpty());
-    WriteParts("SHORT.PART", {{"A", "P " + kFields, ""}, {"B", "P " + kFields, ""}, {"C", "P 1|2|3|4|5|6|7|8|9", ""},
+    WriteParts("SHORT.PART", {{"A", "P " + kFields, ""},
+                              {"B", "P " + kFields, ""},
+                              {"C", "P 1|2|3|4|5|6|7|8|9", ""},
                               {"D", "P " + kFields, ""}});
     UpdateLibDBAddFileElements("SHORT.PART");
     EXPECT_THAT(Names(), ElementsAre("SHORT.PART:A", "SHORT.PART:B")); // rows before the error stay
@@ -145,7 +157,8 @@ TEST_F(PartDatabaseTest, BadIndexFiles) {
              std::filesystem::remove(drive.HostPathOf(kIndex));
              std::filesystem::copy_file(KLN_TEST_DATA "/jet/Parts.abd", drive.HostPathOf(kIndex));
          },
-         true, {}},
+         true,
+         {}},
         {"lacks columns", [&] { drive.Write(kIndex, ""), Index(without); }, false, {}},
         {"lacks the table", [&] { drive.Write(kIndex, ""), Index("CREATE TABLE Others (Name)"); }, true, {}},
     };
@@ -210,18 +223,20 @@ TEST_F(PartDatabaseTest, ASinglePartIsAddedThenRefreshed) {
                           {"LONG", "P " + std::string(1022, 'n') + kFields, ""},
                           {"FIT", "P " + std::string(1021 - 2 - kFields.size(), 'n') + kFields, ""}});
     for (const char* part : {"X", "LONG", "FIT"}) UpdateLibDB("C:\\Korlan\\LIB\\A.PART", LoadedPart("A.PART", part));
-    EXPECT_THAT(Index("SELECT Name, Library, Package, length(FullName), Symbol, KdsModel, SSQON, SSQNum FROM PartFields"),
-                ElementsAre("X|A.PART|P|3|SYM0|R|1|1", // an unset model class stays as it was
-                            "FIT|A.PART|P|982|SYM0|-|1|1"));
+    EXPECT_THAT(
+        Index("SELECT Name, Library, Package, length(FullName), Symbol, KdsModel, SSQON, SSQNum FROM PartFields"),
+        ElementsAre("X|A.PART|P|3|SYM0|R|1|1", // an unset model class stays as it was
+                    "FIT|A.PART|P|981|SYM0|-|1|1"));
     UpdateLibDB("C:\\Korlan\\LIB\\A.PART", 4711); // no such part
     EXPECT_EQ(Names().size(), 2u);
 }
 
-// A process killed while its rows are on their way to the disk leaves none of them. The kill comes from the limit on the
-// length of a file, so it strikes at a known place: in the first or the second half of the writing.
+// A process killed while its rows are on their way to the disk leaves none of them. The kill comes from the limit on
+// the length of a file, so it strikes at a known place: in the first or the second half of the writing.
 TEST_F(PartDatabaseTest, AllPartsOrNoneAfterACrash) {
     std::vector<suite::Element> parts;
-    for (int i = 0; i < 10000; ++i) parts.push_back({"PART" + std::to_string(i), "P " + std::string(300, 'd') + kFields, ""});
+    for (int i = 0; i < 10000; ++i)
+        parts.push_back({"PART" + std::to_string(i), "P " + std::string(300, 'd') + kFields, ""});
     WriteParts("BIG.PART", parts);
     for (const rlim_t megabytes : {1, 3}) {
         drive.Write(kIndex, "");

@@ -26,7 +26,8 @@ TEST_F(SearchSequenceTest, AddsWhatIsNotListed) {
         {"only the case differs", kAsked, "c.pArT", "[DEVLIBS]\r\n" + kSeven, "[DEVLIBS]\r\n" + kSeven, 3},
         {"letters beyond ASCII too", kAsked, "\xC3\xBC.PART", "[DEVLIBS]\r\n1=\xC3\x9C.PART\r\n",
          "[DEVLIBS]\r\n1=\xC3\x9C.PART\r\n", 1},
-        {"no section", kAsked, "a.part", "[X]\r\n", "[X]\r\n[DEVLIBS]\r\n1=A.PART\r\n[KLN_DEVLIBS]\r\n1=A.PART,1\r\n", 1},
+        {"no section", kAsked, "a.part", "[X]\r\n", "[X]\r\n[DEVLIBS]\r\n1=A.PART\r\n[KLN_DEVLIBS]\r\n1=A.PART,1\r\n",
+         1},
         {"a gap ends the list", kAsked, "N.PART", "[DEVLIBS]\r\n1=A.PART\r\n2=\r\n3=C.PART\r\n",
          "[DEVLIBS]\r\n1=A.PART\r\n2=N.PART\r\n3=C.PART\r\n[KLN_DEVLIBS]\r\n1=N.PART,1\r\n", 2},
         {"flag already there", 2, "S.SYMBOL", "[SCHLIBS]\r\n[KLN_SCHLIBS]\r\n1=s.symbol,0\r\n",
@@ -55,7 +56,8 @@ TEST_F(SearchSequenceTest, AddsWhatIsNotListed) {
 }
 
 TEST_F(SearchSequenceTest, LoadsFlagsAndForgetsWhatItHeld) {
-    drive.Write(kIni, "[SCHLIBS]\r\n1=a.symbol\r\n[KLN_DEVLIBS]\r\n1=A.PART,1\r\n2=B,C.PART, 0\r\n3=D.PART\r\n4=E.PART,-7\r\n");
+    drive.Write(
+        kIni, "[SCHLIBS]\r\n1=a.symbol\r\n[KLN_DEVLIBS]\r\n1=A.PART,1\r\n2=B,C.PART, 0\r\n3=D.PART\r\n4=E.PART,-7\r\n");
     LoadSearchSequences();
     const Table<LibraryFlag>& flags = SequenceOf(kPartKind).flags;
     const LibraryFlag expected[] = {{"A.PART", 1}, {"B,C.PART", 0}, {"D.PART", 0}, {"E.PART", -7}};

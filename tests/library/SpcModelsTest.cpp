@@ -18,7 +18,7 @@ protected:
     SpcModelsTest() {
         drive.Write(kArchive, ZipWriter().Add({.name = "M.SPC", .data = kModels}).Bytes());
         drive.Write(kIni, "[X]\r\n");
-        Run.StatusSpinner = "|";
+        korlan::Run.StatusSpinner = "|";
         Record("C:\\Korlan\\SYS\\");
     }
     void Record(const std::string& folder) {
@@ -62,8 +62,8 @@ TEST_F(SpcModelsTest, TheTwoFolderComparisons) {
         const char* folder;
         bool wasInstalled, requested;
     } cases[] = {
-        {"C:\\Korlan\\SYS\\", true, true},   {"C:\\Korlan\\SYS\\", false, true},  {"C:\\KORLAN\\sys\\", true, false},
-        {"C:\\KORLAN\\sys\\", false, true},  {"C:\\Korlan\\LIB\\", true, false},  {"C:\\Korlan\\LIB\\", false, false},
+        {"C:\\Korlan\\SYS\\", true, true},  {"C:\\Korlan\\SYS\\", false, true}, {"C:\\KORLAN\\sys\\", true, false},
+        {"C:\\KORLAN\\sys\\", false, true}, {"C:\\Korlan\\LIB\\", true, false}, {"C:\\Korlan\\LIB\\", false, false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.folder) + (c.wasInstalled ? " installed" : " new"));
@@ -76,7 +76,8 @@ TEST_F(SpcModelsTest, TheTwoFolderComparisons) {
         EXPECT_EQ(Update(), 1);
         EXPECT_EQ(RebuildRequested(), c.requested);
         const std::string file = drive.Read(drive.Exists(kInstalled) && !c.wasInstalled ? kInstalled
-                                            : std::string(c.folder).ends_with("LIB\\") ? "Korlan/LIB/M.SPC" : kInstalled);
+                                            : std::string(c.folder).ends_with("LIB\\")  ? "Korlan/LIB/M.SPC"
+                                                                                        : kInstalled);
         EXPECT_EQ(file, c.wasInstalled ? "own" + kAppended : kModels);
     }
 }
@@ -109,7 +110,7 @@ TEST_F(SpcModelsTest, WhatFails) {
 TEST_F(SpcModelsTest, TheSpinnerTurns) {
     const char* turns[][2] = {{"|", "/"}, {"/", "-"}, {"-", "\\"}, {"\\", "|"}, {"", ""}, {"x", "x"}};
     for (const auto& [before, after] : turns) {
-        Run.StatusSpinner = before;
+        korlan::Run.StatusSpinner = before;
         LiveUpdateStatusSPC();
         EXPECT_EQ(frmUpdate.lblMsgline.Caption(), std::string("SPC Files are updated...") + after) << before;
     }

@@ -7,11 +7,29 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <iostream>
+
 namespace korlan::test {
+
+// In a process of its own, which has bound nothing yet.
+TEST(SuiteBindingDeathTest, TheIniFileIsNamedBesideTheLibrary) {
+    const TempDrive drive;
+    Process().programPath = "C:\\Korlan\\KlnUpdt.exe";
+    drive.MakeFolders("Korlan");
+    std::filesystem::create_symlink(KLN_SUITE_SO, drive.HostPathOf("Korlan/libklwupdt.so"));
+    const auto iniFile = [] {
+        std::cerr << '<' << E_GetString("IniFile") << '>';
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(iniFile(), testing::ExitedWithCode(0), "<>");
+    drive.Write("Korlan/IniFile.txt", "D:\\ALL\\TESSARY.INI\nmore");
+    EXPECT_EXIT(iniFile(), testing::ExitedWithCode(0), "<D:.ALL.TESSARY.INI>");
+}
 
 TEST(SuiteBinding, WhatIsMissingIsToldAtTheCall) {
     const TempDrive drive;
-    TheProcess().programPath = "C:\\KlnUpdt.exe";
+    Process().programPath = "C:\\KlnUpdt.exe";
     const auto set = [] { E_SetString("ServerPath", "C:\\"); };
     EXPECT_EQ(ErrorOf(set), kErrFileNotFound) << "no library";
     drive.Write("libklwupdt.so", "MZ, a file of another system");

@@ -46,13 +46,13 @@ TEST_F(SuiteLibraryTest, EveryByteOfATextComesBack) {
     std::vector<PartInformation> parts(1); // room for fewer than there are
     E_GetPartInfo(kPath, parts);
     EXPECT_EQ(parts[0].name, names[0]);
-    EXPECT_EQ(parts[0].descriptor, "P a\xE2\x82\xAC" "b");
+    EXPECT_EQ(parts[0].descriptor, "P a\xE2\x82\xAC"
+                                   "b");
 }
 
 TEST_F(SuiteLibraryTest, HostileFilesAreRefused) {
     // Head of 28 bytes, bodies "12345" and "67" at 28, directory at 35 with entries of 12 + 1 + 1 + 2 and 12 + 1 + 2.
-    const std::string good =
-        suite::LibraryBytes({suite::Kind::Part, {{"A", "d", "12345"}, {"B", "", "67"}}});
+    const std::string good = suite::LibraryBytes({suite::Kind::Part, {{"A", "d", "12345"}, {"B", "", "67"}}});
     constexpr std::size_t kCount = 16, kDirectory = 20, kFirst = 35, kSecond = 51;
     ASSERT_EQ(good.size(), kSecond + 15);
     const struct {
@@ -133,7 +133,7 @@ TEST_F(SuiteLibraryTest, MapsOfLoadedElements) {
     EXPECT_EQ(ErrorOf([&] { D_ReadDevice(parts[0], record); }), kErrDeviceIo);
 }
 
-TEST_F(SuiteLibraryTest, SettingsAndTheIniFileOfTheFolder) {
+TEST_F(SuiteLibraryTest, SettingsComeBack) {
     E_SetString("ServerPath", "C:\\K\xC3\xB6rlan \xD0\x96");
     EXPECT_EQ(E_GetString("ServerPath"), "C:\\K\xC3\xB6rlan \xD0\x96");
     EXPECT_EQ(E_GetString("Unknown"), "");

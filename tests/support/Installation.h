@@ -4,6 +4,7 @@
 
 #include "app/Settings.h"
 #include "app/frmUpdate.h"
+#include "catalogue/FileTables.h"
 #include "platform/SuiteLibrary.h"
 #include "sample/suite/LibraryFile.h"
 #include "tests/support/ScriptedDesktop.h"
@@ -32,8 +33,8 @@ protected:
     Installation() {
         ResetProgram();
         ResetDesktop();
-        ResetProcessScript();
-        TheProcess().programPath = "C:\\Korlan\\KlnUpdt.exe";
+        ResetProcess();
+        Process().programPath = "C:\\Korlan\\KlnUpdt.exe";
         for (const char* folder : {"Korlan/LIB", "Korlan/SYS", "Korlan/Temp"}) drive.MakeFolders(folder);
         std::filesystem::create_symlink(KLN_SUITE_SO, drive.HostPathOf("Korlan/libklwupdt.so"));
         Suite.IniFilePath = "C:\\Korlan\\SYS\\TESSARY.INI";
