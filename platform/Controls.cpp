@@ -175,11 +175,6 @@ void ListView::SetLocked(bool locked) {
     Tell(Aspect::Enabled);
 }
 
-void ListView::SetLabelWrap(bool wrap) {
-    labelWrap_ = wrap;
-    Tell(Aspect::Value);
-}
-
 void ListView::UserToggle(std::int32_t row) {
     if (!Visible() || !Enabled() || locked_) return;
     SetChecked(row, !At(row).checked);

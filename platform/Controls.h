@@ -140,8 +140,6 @@ public:
 
     bool Locked() const { return locked_; } // a locked list takes no toggle
     void SetLocked(bool locked);
-    bool LabelWrap() const { return labelWrap_; } // display property: false shows each row on one line
-    void SetLabelWrap(bool wrap);
     const ImageList& SmallIcons() const { return *icons_; }
 
     std::function<void(std::int32_t row)> OnItemCheck; // the new state is already set
@@ -154,7 +152,6 @@ private:
     std::vector<ListRow> rows_;
     std::unordered_set<std::string> keys_;
     bool locked_ = false;
-    bool labelWrap_ = true;
 };
 
 class PictureBox : public Control {

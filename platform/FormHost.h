@@ -10,7 +10,8 @@ namespace korlan {
 void OpenFormHost(Form& form);
 void CloseFormHost();
 
-// A control record has changed. Cheap; does nothing for a control no host shows. `row` counts from 1, 0 = none.
+// A control record has changed; `row` counts from 1, 0 = none. Cheap. Does nothing for a control no host shows, and may
+// be called before main.
 void ControlChanged(const Control& control, Aspect aspect, std::int32_t row);
 
 // Handles what is waiting (gestures, paints) and returns; never waits.

@@ -1,5 +1,7 @@
 // A wrapper of one window handle with the usual window operations. Handles are 32-bit, 0 = none.
-// Without a display every walk finds nothing.
+// A walk, GetChildWindow(DesktopWindow()) and NextWindow from there, visits every top-level window once, hidden ones
+// too, from the top of the z-order down. It goes by the windows there were at its beginning; one that has vanished
+// since has an empty title. Nothing here raises: what cannot be done is left, and without a display no window exists.
 #pragma once
 
 #include <cstdint>
@@ -27,10 +29,10 @@ public:
     WindowHandle GetFromXY(std::int32_t x, std::int32_t y) const;
     void Terminate() const; // asks the window to close
     void Minimize() const;
-    void Destroy() const;
+    void Destroy() const; // a window of this program; others are left alone
     void SetWindowParent(WindowHandle parent) const;
     void Flash() const;
-    void BringToTop() const;
+    void BringToTop() const; // a hidden window stays hidden
     void Move(std::int32_t left, std::int32_t top, std::int32_t width, std::int32_t height) const;
     WindowHandle GetChildWindow(WindowHandle parent) const; // first child
     WindowHandle NextWindow(WindowHandle window) const;     // next in z-order after it

@@ -191,6 +191,7 @@ std::string CurrentFolder() {
 }
 
 void ChangeCurrentFolder(const std::string& path) {
+    if (path.empty()) RaiseFileError(kErrPathNotFound); // to HostPath it would be the folder we are in
     const std::string hostPath = HostPath(path);
     if (chdir(hostPath.c_str()) == 0) return;
     if (errno == ENOENT) RaiseFileError(kErrPathNotFound);

@@ -1,0 +1,18 @@
+// The lists of what earlier runs installed, kept in the suite INI file: service packs ("LIVEUPDATEFROMWEB") and
+// simulation-model archives ("LIVEUPDATESPCFILEFROMWEB"). Key "Number" counts, keys "1" to "n" hold the entries.
+#pragma once
+
+namespace korlan {
+
+// Reads both lists into Tables.AppliedSPList and AppliedSPCList (a missing key is an empty entry; at most 32767
+// entries, whatever "Number" says), then the suite's version. Called at the start of every search.
+void IniWebR();
+
+// After a run without failed files: records every pack all of whose marked members the run installed, and flags it.
+// A write that fails shows its warning; the rest is still tried.
+void UpdateIniFile();
+
+// After a search that leaves nothing to install: records every pack of the search.
+void UpdateIniNoUpdatesFound();
+
+} // namespace korlan

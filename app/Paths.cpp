@@ -1,0 +1,54 @@
+#include "app/Paths.h"
+
+#include "app/TextHelpers.h"
+#include "platform/FileSystem.h"
+#include "platform/Process.h"
+#include "platform/RuntimeError.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace korlan {
+
+void AddBackslash(std::string& path) {
+    path = Trim(path);
+    if (path.empty() || path.back() != '\\') path += '\\';
+}
+
+bool FileExists(const std::string& path) {
+    return FileOpensForReading(path);
+}
+
+std::string GetAppFolder() {
+    const std::string program = ProgramPath();
+    return program.substr(0, program.find_last_of('\\'));
+}
+
+std::string QuotedProgram(const std::string& path) {
+    return Contains(path, " ") ? "\"" + path + "\"" : path;
+}
+
+namespace {
+
+// Two dots, however many dots and blanks follow: Windows drops those at the end of a component.
+bool LeadsUpwards(const std::string& component) {
+    return component.starts_with("..") && component.find_first_not_of(". ") == std::string::npos;
+}
+
+} // namespace
+
+void RequireInsideFolder(std::string_view relativePath) {
+    const std::string path = Replace(relativePath, "/", "\\");
+    const std::vector<std::string> components = Split(path, "\\");
+    if (path.find_first_of(std::string_view(":\0", 2)) != std::string::npos ||
+        std::any_of(components.begin(), components.end(), LeadsUpwards))
+        throw RuntimeError(kErrPathNotFound, "Path not found: " + path);
+}
+
+void RequireBareName(std::string_view name) {
+    RequireInsideFolder(name);
+    if (name.find_first_of("\\/") != std::string_view::npos)
+        throw RuntimeError(kErrPathNotFound, "Path not found: " + std::string(name));
+}
+
+} // namespace korlan

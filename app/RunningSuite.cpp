@@ -1,0 +1,24 @@
+#include "app/RunningSuite.h"
+
+#include "app/Settings.h"
+#include "app/TextHelpers.h"
+#include "app/frmUpdate.h"
+#include "platform/Window.h"
+
+namespace korlan {
+
+void FindKorlanRunning(bool& found) {
+    static Window window; // the form's one window object, made at first use
+    found = false;
+    for (WindowHandle h = window.GetChildWindow(window.DesktopWindow()); h != 0; h = window.NextWindow(h)) {
+        window.Handle = h;
+        const std::string title = Trim(window.GetText());
+        if (title.empty() || title == frmUpdate.form.Caption() || !Contains(title, Suite.SysName + ":")) continue;
+        window.Flash();
+        window.BringToTop();
+        found = true;
+        return;
+    }
+}
+
+} // namespace korlan

@@ -1,0 +1,96 @@
+#include "app/Settings.h"
+
+#include "app/Paths.h"
+#include "app/TextHelpers.h"
+#include "app/localise/LocalText.h"
+#include "platform/FileSystem.h"
+#include "platform/IniFile.h"
+#include "platform/MsgBox.h"
+#include "platform/RuntimeError.h"
+#include "platform/SettingsStore.h"
+
+namespace korlan {
+
+SuiteSettings Suite;
+
+namespace {
+
+constexpr std::size_t kIniBufferSize = 1024;
+
+// Kept: the two slashes in front belong to the default, so an installation without the key has no working address.
+constexpr const char* kDefaultUpdateUrl = "//http://update.korlan.invalid/Updates/Korlan/161";
+
+// The installation folders, in the order they are read: catalogue code (and last component of the default), INI key.
+struct InstallationFolder {
+    const char* code;
+    const char* key;
+    std::string SuiteSettings::*folder;
+};
+constexpr InstallationFolder kFolders[] = {
+    {"JOB", "JobDir", &SuiteSettings::JobDir},     {"LIB", "LibDir", &SuiteSettings::LibDir},
+    {"SYS", "SysDir", &SuiteSettings::SysDir},     {"KDS_CML", "KDScml", &SuiteSettings::KDScml},
+    {"KDS_UDN", "KDSudn", &SuiteSettings::KDSudn}, {"KDS_MOD", "KDSmod", &SuiteSettings::KDSmod},
+    {"KDS_SBK", "KDSsbk", &SuiteSettings::KDSsbk}, {"KDS_WRK", "KDSwrk", &SuiteSettings::KDSwrk},
+};
+
+} // namespace
+
+std::string ReadIniString(const std::string& section, const std::string& key, const std::string& fallback) {
+    return ReadProfileString(section, key, fallback, kIniBufferSize, Suite.IniFilePath);
+}
+
+void WriteIniString(const std::string& section, const std::string& key, const std::string& value,
+                    std::int32_t& failed) {
+    const std::int32_t code = WriteProfileString(section, key, value, Suite.IniFilePath);
+    failed = code == 0 ? 0 : 1;
+    if (failed == 0) return;
+    ShowMsgBox(GetLocalText("Can't create/write to file: ", "99335") + Suite.IniFilePath + "\n" +
+                   DescribeSystemError(code),
+               kBoxExclamation, Suite.SysName);
+}
+
+void RegistryWrite(const std::string& application, const std::string& section, const std::string& key,
+                   const std::string& value) {
+    try {
+        SaveSetting(application, section, key, value);
+    } catch (const RuntimeError&) { // the reminder is not worth a failed run
+    }
+}
+
+void ReadSuiteSettings() {
+    Suite.SysName = ReadIniString("Tessary", "SysName", "Korlan");
+    for (const InstallationFolder& entry : kFolders)
+        Suite.*entry.folder = ReadIniString("Tessary", entry.key, "C:\\" + Suite.SysName + "\\" + entry.code);
+    Suite.UpdateUrl = Trim(ReadIniString("WEB", "UPDATEONLINE", kDefaultUpdateUrl));
+}
+
+std::string GetSysName() {
+    return Suite.SysName;
+}
+
+void SetTempFolder() {
+    std::string folder = GetAppFolder();
+    AddBackslash(folder);
+    Suite.TempFolder = folder + "Temp";
+    try {
+        const std::string previous = CurrentFolder();
+        ChangeCurrentFolder(Suite.TempFolder);
+        ChangeCurrentFolder(previous);
+    } catch (const RuntimeError&) { // a missing folder is not reported here
+    }
+}
+
+void GetKorlanFilePath(const std::string& cataloguePath, std::string& installationPath) {
+    RequireInsideFolder(cataloguePath);
+    const std::vector<std::string> pieces = Split(cataloguePath, "\\");
+    const std::string code = UpperCase(Piece(pieces, 1));
+    for (const InstallationFolder& entry : kFolders) {
+        if (code != entry.code) continue;
+        installationPath = Suite.*entry.folder;
+        for (std::size_t i = 2; i < pieces.size(); ++i) installationPath += "\\" + UpperCase(pieces[i]);
+        return;
+    }
+    installationPath = GetAppFolder() + cataloguePath;
+}
+
+} // namespace korlan

@@ -1,0 +1,162 @@
+#include "app/StartUp.h"
+
+#include "app/CommandLine.h"
+#include "app/Paths.h"
+#include "app/RunningSuite.h"
+#include "app/Settings.h"
+#include "app/Wizard.h"
+#include "app/frmUpdate.h"
+#include "app/localise/LocalText.h"
+#include "app/localise/UpdtFONT.h"
+#include "catalogue/FileList.h"
+#include "catalogue/FileTables.h"
+#include "library/SearchSequence.h"
+#include "platform/FormHost.h"
+#include "platform/Help.h"
+#include "platform/MsgBox.h"
+#include "platform/Process.h"
+#include "platform/RuntimeError.h"
+#include "platform/SuiteLibrary.h"
+#include "transfer/CacheCleanUp.h"
+
+#include <initializer_list>
+
+namespace korlan {
+
+namespace {
+
+void HideLaterControls() {
+    const std::initializer_list<Control*> later = {&frmUpdate.LblLive, &frmUpdate.Option2, &frmUpdate.Option3,
+                                                   &frmUpdate.Option4, &frmUpdate.CmdRetry};
+    for (Control* control : later) control->SetVisible(false);
+}
+
+void RefuseWhileSuiteRuns() {
+    bool running = false;
+    FindKorlanRunning(running);
+    if (!running) return;
+    ShowMsgBox(GetLocalText("Close ", "4925") + GetSysName() + GetLocalText(" before running Live Update", "991870"),
+               kBoxCritical + kBoxOkOnly, GetSysName());
+    throw RuntimeError(kErrDeliberateAbort);
+}
+
+void ReadInstallation() {
+    ParseCommandLine();
+    AddBackslash(Suite.SysPath);
+    frmUpdate.form.Move(ScreenWidth() / 2 - frmUpdate.form.Width() / 2,
+                        ScreenHeight() / 2 - frmUpdate.form.Height() / 2);
+    frmUpdate.lblUpdate.SetCaption("");
+    Run.CancelRequested = 0;
+    Suite.IniFilePath = Suite.SysPath + "TESSARY.INI";
+    ReadSuiteSettings();
+    LoadLocalisation();
+}
+
+void BuildWindow() {
+    SetTempFolder();
+    ApplyLanguageToForm();
+    FormFill();
+    Run.StatusSpinner = "|";
+    frmUpdate.form.Show();
+    frmUpdate.form.Refresh();
+}
+
+void Search() {
+    SetMousePointer(MousePointer::Hourglass);
+    frmUpdate.IsBusy = 1;
+    frmUpdate.cmdHelp.SetEnabled(false);
+    TemporaryIntenetFilesCleanUp();
+    InitiateUpdate();
+    frmUpdate.cmdHelp.SetEnabled(true);
+    frmUpdate.IsBusy = 0;
+    SetMousePointer(MousePointer::Default);
+}
+
+void OfferReminder() {
+    frmUpdate.Option2.SetCaption(GetLocalText("Remind me after 15 days", "991871"));
+    frmUpdate.Option3.SetCaption(GetLocalText("Remind me after 30 days", "991872"));
+    frmUpdate.Option4.SetCaption(GetLocalText("Turn Off any future Live Updates", "991873"));
+    if (frmUpdate.WizardState == 1) ShowReminderOptions(GetLocalText("Configure Korlan Live Updates", "991861"));
+}
+
+void StartCompanion() {
+    constexpr const char* kLaunchToken = "KEMO274";
+    try {
+        StartProgram(QuotedProgram(GetAppFolder() + "\\KLNUPDTR.exe") + " " + kLaunchToken,
+                     WindowStyle::MinimizedFocus);
+    } catch (const RuntimeError&) { // the process ends all the same
+    }
+}
+
+} // namespace
+
+void AttachHandlers() {
+    frmUpdate.form.OnQueryUnload = Form_QueryUnload;
+    frmUpdate.form.OnUnload = Form_Unload;
+    frmUpdate.cmdUpdate.OnClick = cmdUpdate_Click;
+    frmUpdate.CmdRetry.OnClick = CmdRetry_Click;
+    frmUpdate.cmdCancel.OnClick = cmdCancel_Click;
+    frmUpdate.cmdHelp.OnClick = cmdHelp_Click;
+    frmUpdate.Option2.OnClick = Option2_Click;
+    frmUpdate.Option3.OnClick = Option3_Click;
+    frmUpdate.Option4.OnClick = Option4_Click;
+    frmUpdate.lvwFilesList.OnItemCheck = lvwFilesList_ItemCheck;
+}
+
+void Form_Load() {
+    try {
+        if (AnotherInstanceRunning()) frmUpdate.form.Unload();
+        HideLaterControls();
+        ReadInstallation();
+        RefuseWhileSuiteRuns();
+        BuildWindow();
+        Search();
+        OfferReminder();
+    } catch (const RuntimeError&) {
+        frmUpdate.IsBusy = 0;
+        SetMousePointer(MousePointer::Default);
+        EndProcess();
+    }
+}
+
+void Form_QueryUnload(std::int16_t& cancel, std::int32_t /*mode*/) {
+    if (frmUpdate.IsBusy != 0) cancel = -1;
+    if (Run.HelpShown == 0) return;
+    OpenCompiledHelp("", HelpCommand::CloseAll, 0);
+    Run.HelpShown = 0;
+}
+
+void Form_Unload() {
+    Tables.CatalogueDatabase.reset();
+    if (Run.UpdateSucceeded != 0 && Run.NewUpdaterLoaded != 0) StartCompanion();
+    EndProcess();
+}
+
+void FormFill() {
+    ListView& list = frmUpdate.lvwFilesList;
+    list.SetVisible(false);
+    list.ClearColumns();
+    list.AddColumn(GetLocalText("File Name", "5675"), 2100);
+    list.AddColumn(GetLocalText("File Path", "991864"), 3000);
+    list.AddColumn(GetLocalText("File Size", "991865"), 1050);
+    list.AddColumn(GetLocalText("Status", "991257"), 1500);
+    list.AddColumn(GetLocalText("Invisible", "991866"), 1440);
+    list.SetColumnWidth(5, 0); // the list's own data, not for reading
+    frmUpdate.lblMsgline.SetCaption("");
+    const std::string title = GetSysName() + GetLocalText(" Live Update", "991867");
+    frmUpdate.form.SetCaption(title);
+    frmUpdate.lblMainHead.SetCaption(title);
+    InitLibraryInterface();
+    LoadSearchSequences();
+}
+
+void InitLibraryInterface() {
+    try {
+        E_SetString("ServerPath", GetAppFolder());
+        if (const std::string iniFile = E_GetString("IniFile"); !iniFile.empty()) Suite.IniFilePath = iniFile;
+        DB_CreateDataBase();
+    } catch (const RuntimeError&) { // what was reached before the error stays
+    }
+}
+
+} // namespace korlan

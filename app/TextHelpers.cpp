@@ -1,0 +1,173 @@
+#include "app/TextHelpers.h"
+
+#include "platform/RuntimeError.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace korlan {
+
+namespace {
+
+constexpr std::int32_t kMaxInteger = std::numeric_limits<std::int32_t>::max();
+constexpr std::int32_t kMinInteger = std::numeric_limits<std::int32_t>::min();
+
+// Upper-case form of a code point of two UTF-8 bytes, or the code point itself.
+unsigned UpperCodePoint(unsigned c) {
+    if ((c >= 0xE0 && c <= 0xFE && c != 0xF7) || (c >= 0x3B1 && c <= 0x3CB && c != 0x3C2) || (c >= 0x430 && c <= 0x44F))
+        return c - 0x20;
+    if (c >= 0x450 && c <= 0x45F) return c - 0x50;
+    if (c == 0xFF) return 0x178;
+    const bool evenIsUpper =
+        (c >= 0x100 && c <= 0x137 && c != 0x131) || (c >= 0x14A && c <= 0x177) || (c >= 0x460 && c <= 0x481);
+    const bool oddIsUpper = (c >= 0x139 && c <= 0x148) || (c >= 0x179 && c <= 0x17E);
+    if ((evenIsUpper && c % 2 == 1) || (oddIsUpper && c % 2 == 0)) return c - 1;
+    return c;
+}
+
+unsigned LowerCodePoint(unsigned c) {
+    if ((c >= 0xC0 && c <= 0xDE && c != 0xD7) || (c >= 0x391 && c <= 0x3AB && c != 0x3A2) || (c >= 0x410 && c <= 0x42F))
+        return c + 0x20;
+    if (c >= 0x400 && c <= 0x40F) return c + 0x50;
+    if (c == 0x178) return 0xFF;
+    return c < 0x481 && UpperCodePoint(c + 1) == c ? c + 1 : c;
+}
+
+template <unsigned (*convert)(unsigned)>
+std::string ChangeCase(std::string_view text, char first, char last, int step) {
+    std::string result(text);
+    for (std::size_t i = 0; i < result.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(result[i]);
+        if (result[i] >= first && result[i] <= last) {
+            result[i] = static_cast<char>(result[i] + step);
+        } else if (byte >= 0xC3 && byte <= 0xDF && i + 1 < result.size()) {
+            const auto next = static_cast<unsigned char>(result[i + 1]);
+            const unsigned changed = convert((byte & 0x1Fu) << 6 | (next & 0x3Fu));
+            result[i] = static_cast<char>(0xC0u | changed >> 6);
+            result[++i] = static_cast<char>(0x80u | (changed & 0x3Fu));
+        }
+    }
+    return result;
+}
+
+} // namespace
+
+std::string LeftTrim(std::string_view text) {
+    const auto first = text.find_first_not_of(' ');
+    return std::string(first == std::string_view::npos ? std::string_view{} : text.substr(first));
+}
+
+std::string RightTrim(std::string_view text) {
+    return std::string(text.substr(0, text.find_last_not_of(' ') + 1));
+}
+
+std::string Trim(std::string_view text) {
+    return LeftTrim(text.substr(0, text.find_last_not_of(' ') + 1));
+}
+
+std::string UpperCase(std::string_view text) {
+    return ChangeCase<UpperCodePoint>(text, 'a', 'z', 'A' - 'a');
+}
+
+std::string LowerCase(std::string_view text) {
+    return ChangeCase<LowerCodePoint>(text, 'A', 'Z', 'a' - 'A');
+}
+
+std::string Left(std::string_view text, std::int64_t length) {
+    if (length < 0) throw RuntimeError(kErrInvalidCall);
+    return std::string(text.substr(0, static_cast<std::size_t>(length)));
+}
+
+std::string Right(std::string_view text, std::int64_t length) {
+    if (length < 0) throw RuntimeError(kErrInvalidCall);
+    const auto count = static_cast<std::size_t>(length);
+    return std::string(count >= text.size() ? text : text.substr(text.size() - count));
+}
+
+std::string Mid(std::string_view text, std::int64_t start) {
+    if (start < 1) throw RuntimeError(kErrInvalidCall);
+    const auto offset = static_cast<std::size_t>(start - 1);
+    return std::string(offset >= text.size() ? std::string_view{} : text.substr(offset));
+}
+
+std::int64_t InStr(std::string_view text, std::string_view what) {
+    const auto found = text.find(what);
+    return found == std::string_view::npos ? 0 : static_cast<std::int64_t>(found) + 1;
+}
+
+std::int64_t InStrRev(std::string_view text, std::string_view what) {
+    const auto found = text.rfind(what);
+    return found == std::string_view::npos ? 0 : static_cast<std::int64_t>(found) + 1;
+}
+
+bool Contains(std::string_view text, std::string_view what) {
+    return text.find(what) != std::string_view::npos;
+}
+
+std::string Replace(std::string_view text, std::string_view what, std::string_view with) {
+    std::string result;
+    std::size_t from = 0;
+    for (std::size_t at; (at = text.find(what, from)) != std::string_view::npos; from = at + what.size())
+        result.append(text.substr(from, at - from)).append(with);
+    return result.append(text.substr(from));
+}
+
+std::vector<std::string> Split(std::string_view text, std::string_view separator) {
+    std::vector<std::string> pieces;
+    if (text.empty()) return pieces;
+    std::size_t from = 0;
+    for (std::size_t at; (at = text.find(separator, from)) != std::string_view::npos; from = at + separator.size())
+        pieces.emplace_back(text.substr(from, at - from));
+    pieces.emplace_back(text.substr(from));
+    return pieces;
+}
+
+const std::string& Piece(const std::vector<std::string>& pieces, std::size_t index) {
+    if (index >= pieces.size()) throw RuntimeError(kErrSubscript);
+    return pieces[index];
+}
+
+std::int32_t ToInteger(std::string_view text) {
+    const std::string trimmed = Trim(text);
+    std::string_view digits = trimmed;
+    if (!digits.empty() && digits.front() == '+') digits.remove_prefix(1);
+    double value = 0;
+    const auto [end, error] =
+        std::from_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed);
+    if (error == std::errc::result_out_of_range) throw RuntimeError(kErrOverflow);
+    if (error != std::errc{} || end != digits.data() + digits.size() || !std::isfinite(value) ||
+        (trimmed.front() == '+' && digits.front() == '-'))
+        throw RuntimeError(kErrTypeMismatch);
+    return RoundHalfEven(value);
+}
+
+std::int32_t Val(std::string_view text) {
+    const std::string trimmed = LeftTrim(text);
+    std::string_view digits = trimmed;
+    const bool negative = !digits.empty() && digits.front() == '-';
+    if (!digits.empty() && (digits.front() == '-' || digits.front() == '+')) digits.remove_prefix(1);
+    std::int64_t value = 0;
+    for (const char c : digits) {
+        if (c < '0' || c > '9' || value > kMaxInteger) break;
+        value = value * 10 + (c - '0');
+    }
+    if (negative) return value > kMaxInteger ? kMinInteger : static_cast<std::int32_t>(-value);
+    return value > kMaxInteger ? kMaxInteger : static_cast<std::int32_t>(value);
+}
+
+std::int32_t RoundHalfEven(double value) {
+    const double rounded = std::nearbyint(value);
+    if (!(rounded >= kMinInteger && rounded <= kMaxInteger)) throw RuntimeError(kErrOverflow);
+    return static_cast<std::int32_t>(rounded);
+}
+
+std::string DecimalText(std::int32_t number) {
+    return std::to_string(number);
+}
+
+std::string SignedText(std::int32_t number) {
+    return (number < 0 ? "" : " ") + std::to_string(number);
+}
+
+} // namespace korlan

@@ -1,0 +1,72 @@
+#include "app/frmUpdate.h"
+
+#include "app/Settings.h"
+#include "app/localise/LocalText.h"
+#include "catalogue/FileTables.h"
+
+#include <memory>
+
+namespace korlan {
+
+FrmUpdate frmUpdate;
+RunFlags Run;
+
+namespace {
+
+constexpr float kFormWidth = 10800; // twips: 720 by 480 pixels at 96 dots per inch
+constexpr float kFormHeight = 7200;
+
+} // namespace
+
+FrmUpdate::FrmUpdate()
+    : form("frmUpdate", "991867", " Live Update", kFormWidth, kFormHeight),
+      lblMainHead("lblMainHead", "991867", " Live Update"), lblUpdate("lblUpdate"),
+      ilsCleanUp("ilsCleanUp", {"Dot", "", "DELETE", "BDot", "FOLDEROPEN", "FOLDER", "", "NOTDELETE"}),
+      lvwFilesList("lvwFilesList", ilsCleanUp), lblMsgline("lblMsgline"),
+      LblLive("LblLive", "991861", "Configure Korlan Live Updates"),
+      Option2("Option2", "991871", "Remind me after 15 days"), Option3("Option3", "991872", "Remind me after 30 days"),
+      Option4("Option4", "991873", "Turn Off any future Live Updates"), LblOptionExplain("LblOptionExplain"),
+      picSteps("picSteps"), files_temp("files_temp"), cmdUpdate("cmdUpdate", "9989", "&Update"),
+      CmdRetry("CmdRetry", "991852", "Retry"), cmdCancel("cmdCancel", "991875", "C&ancel"),
+      cmdHelp("cmdHelp", "1725", "&Help") {
+    cmdUpdate.SetEnabled(false);
+    cmdHelp.SetEnabled(false);
+    files_temp.SetVisible(false);
+    form.SetControls({&lblMainHead, &lblUpdate, &lvwFilesList, &lblMsgline, &LblLive, &Option2, &Option3, &Option4,
+                      &LblOptionExplain, &cmdUpdate, &CmdRetry, &cmdCancel, &cmdHelp, &picSteps, &files_temp,
+                      &ilsCleanUp});
+    for (OptionButton* option : {&Option2, &Option3, &Option4}) option->SetGroup({&Option2, &Option3, &Option4});
+}
+
+void TurnSpinner(std::string& spinner) {
+    if (spinner == "|") {
+        spinner = "/";
+    } else if (spinner == "/") {
+        spinner = "-";
+    } else if (spinner == "-") {
+        spinner = "\\";
+    } else if (spinner == "\\") {
+        spinner = "|";
+    }
+}
+
+void EditMsgline(const std::string& text) {
+    frmUpdate.lblMsgline.SetCaption(text);
+    frmUpdate.lblMsgline.Refresh();
+}
+
+void LiveUpdateStatus() {
+    TurnSpinner(Run.StatusSpinner);
+    frmUpdate.lblUpdate.SetCaption(GetLocalText("Searching for updated ", "991846") + Suite.SysName +
+                                   GetLocalText(" files. This may take some time.....", "991847") + Run.StatusSpinner);
+}
+
+void ResetProgram() {
+    Suite = {};
+    Tables = {};
+    Run = {};
+    std::destroy_at(&frmUpdate);
+    std::construct_at(&frmUpdate);
+}
+
+} // namespace korlan

@@ -1,0 +1,39 @@
+// Process entry: the form, its start-up, the message loop, and the last resort for what no trap has caught.
+#include "app/Settings.h"
+#include "app/StartUp.h"
+#include "app/frmUpdate.h"
+#include "platform/FormHost.h"
+#include "platform/MsgBox.h"
+#include "platform/Process.h"
+
+#include <cstdlib>
+#include <exception>
+#include <string>
+
+using namespace korlan;
+
+namespace {
+
+int EndInError(const std::string& text) {
+    ShowMsgBox(text, kBoxCritical, GetSysName());
+    CloseFormHost();
+    return EXIT_FAILURE;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        SetProgramArguments(argc, argv);
+        OpenFormHost(frmUpdate.form);
+        AttachHandlers();
+        Form_Load();
+        RunMessageLoop();
+        CloseFormHost();
+        return EXIT_SUCCESS;
+    } catch (const std::exception& error) {
+        return EndInError(error.what());
+    } catch (...) {
+        return EndInError("Unexpected error");
+    }
+}

@@ -1,0 +1,130 @@
+#include "catalogue/Catalogue.h"
+
+#include "app/Paths.h"
+#include "app/Settings.h"
+#include "app/TextHelpers.h"
+#include "app/frmUpdate.h"
+#include "catalogue/FileTables.h"
+#include "transfer/HttpTransfer.h"
+
+#include <unordered_set>
+
+namespace korlan {
+
+namespace {
+
+// Opens a catalogue as the one shared database; the one open before is closed first.
+std::unique_ptr<Recordset> OpenCatalogue(const std::string& path) {
+    Tables.CatalogueDatabase.reset();
+    Tables.CatalogueDatabase = OpenDatabase(path, false, false, "");
+    return Tables.CatalogueDatabase->OpenRecordset("SELECT * FROM Files");
+}
+
+// FileRecord and SPRecord share the five columns.
+template <typename Record>
+Record RecordFromRow(const Recordset& row) {
+    Record record;
+    record.FileName = row.Text("FileName");
+    record.FilePath = row.Text("FilePath");
+    record.FileSize = row.Text("FileSize");
+    record.Filedate = row.Text("Filedate");
+    record.FileZipName = row.Text("FileZipName");
+    return record;
+}
+
+void ReadMasterCatalogue(const std::string& path) {
+    std::unordered_set<std::string> applied;
+    for (const std::string& entry : Tables.AppliedSPList) applied.insert(UpperCase(entry));
+
+    const auto rows = OpenCatalogue(path);
+    Tables.FileArraySP.Clear();
+    for (; !rows->Eof(); rows->MoveNext()) {
+        auto pack = RecordFromRow<SPRecord>(*rows);
+        if (!applied.contains(Trim(UpperCase(pack.FileName)))) Tables.FileArraySP.Append(std::move(pack));
+    }
+    rows->Close();
+}
+
+void MergeFileRow(FileRecord record, SPRecord& pack) {
+    SPMember& member = pack.Files.Append({record.FileZipName, 1});
+    if (const std::int32_t known = Tables.FileIndex.Find(Tables.FileArray, record.FileZipName)) {
+        member.UpdateFlag = Tables.FileArray[known].UpdateFlag;
+    } else {
+        Tables.FileArray.Append(std::move(record));
+        member.UpdateFlag = 0;
+    }
+}
+
+void MergeFolderRow(const FileRecord& record) {
+    if (Tables.FolderIndex.Find(Tables.NewFolderArray, record.FileZipName) == 0)
+        Tables.NewFolderArray.Append({record.FileName, record.FileZipName});
+}
+
+void FetchServicePack(std::int32_t index, std::string& cataloguePath, std::int32_t& result) {
+    SPRecord& pack = Tables.FileArraySP[index];
+    RequireInsideFolder(pack.FileName);
+    cataloguePath = Suite.TempFolder + "\\" + pack.FileName;
+    LiveUpdateStatus();
+    pack.Files.Clear();
+    std::int32_t expectedSize = 0;
+    std::int32_t showStatus = 1;
+    std::string label;
+    // Kept: result is the transfer's completion flag and is not reset between packs.
+    DownloadFile(Suite.UpdateUrl + "/" + pack.FileName, cataloguePath, result, expectedSize, label, showStatus);
+    if (result != 0) GetFilesInsideSP(cataloguePath, index);
+}
+
+} // namespace
+
+void GetLatestFiles(std::string& cataloguePath, std::int32_t& result) {
+    if (!FileExists(cataloguePath)) return;
+    try {
+        ReadMasterCatalogue(cataloguePath);
+        Tables.FileArray.Clear();
+        Tables.NewFolderArray.Clear();
+        Tables.FileIndex.Clear();
+        Tables.FolderIndex.Clear();
+        for (std::int32_t i = 1; i <= Tables.FileArraySP.UpperBound(); ++i) {
+            FetchServicePack(i, cataloguePath, result);
+            if (Run.CancelRequested != 0) break;
+        }
+        result = 1;
+    } catch (const RuntimeError&) {
+        result = 0;
+    }
+}
+
+void GetFilesInsideSP(const std::string& spCataloguePath, std::int32_t spIndex) {
+    if (!FileExists(spCataloguePath)) return;
+    const auto rows = OpenCatalogue(spCataloguePath);
+    for (; !rows->Eof(); rows->MoveNext()) {
+        LiveUpdateStatus();
+        auto record = RecordFromRow<FileRecord>(*rows);
+        if (record.FilePath == "NEWFOLDER") {
+            MergeFolderRow(record);
+        } else {
+            MergeFileRow(std::move(record), Tables.FileArraySP[spIndex]);
+        }
+    }
+    rows->Close();
+}
+
+void UpdateFileArraySP() {
+    std::unordered_set<std::string> marked;
+    for (const FileRecord& record : Tables.FileArray)
+        if (record.UpdateFlag == 1) marked.insert(record.FileZipName);
+    for (SPRecord& pack : Tables.FileArraySP) {
+        std::unordered_set<std::string> seen;
+        for (SPMember& member : pack.Files)
+            if (marked.contains(member.FileZipName) && seen.insert(member.FileZipName).second) member.UpdateFlag = 1;
+    }
+}
+
+void GetFileNameZip(const std::string& filePath, std::string& zipName) {
+    const std::int64_t separator = InStrRev(filePath, "\\");
+    const std::string name = Mid(filePath, separator == 0 ? 0 : separator + 1);
+    const std::int64_t dot = InStr(name, ".");
+    zipName = Left(name, dot - 1) + "DOTT" + Mid(name, dot + 1) + ".zip";
+}
+
+} // namespace korlan

@@ -1,0 +1,102 @@
+#include "catalogue/Comparison.h"
+
+#include "app/Paths.h"
+#include "app/Settings.h"
+#include "app/TextHelpers.h"
+#include "catalogue/Catalogue.h"
+#include "catalogue/DateText.h"
+#include "catalogue/FileKinds.h"
+#include "catalogue/FileTables.h"
+#include "platform/FileSystem.h"
+#include "platform/MsgBox.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+namespace korlan {
+
+namespace {
+
+std::string DestinationFolder(const FileRecord& record) {
+    std::string folder;
+    if (record.FilePath == "Root") {
+        folder = GetAppFolder();
+    } else {
+        GetKorlanFilePath(record.FilePath, folder);
+    }
+    AddBackslash(folder);
+    return folder;
+}
+
+void JudgeRecord(FileRecord& record, const std::string& targetPath) {
+    if (!FileExists(targetPath)) {
+        record.UpdateFlag = 1;
+        return;
+    }
+    const std::string local = Trim(GetFileStamp(targetPath));
+    const std::string server = Trim(record.Filedate);
+    if (local == server) return;
+    if (DiffersBeforeSeconds(local, server)) record.UpdateFlag = 1; // stands only when the next line raises
+    record.UpdateFlag = IsEarlier(local, server) ? 1 : 0;
+}
+
+bool ModelInstalledBefore(const FileRecord& record) {
+    return std::find(Tables.AppliedSPCList.begin(), Tables.AppliedSPCList.end(), record.FileZipName) !=
+           Tables.AppliedSPCList.end();
+}
+
+void CompareRecord(std::int32_t index, std::unordered_set<std::string>& handled) {
+    FileRecord& record = Tables.FileArray[index];
+    const std::string folder = DestinationFolder(record);
+    RequireBareName(record.FileName);
+    RequireInsideFolder(record.FileZipName);
+    const std::string targetPath = folder + record.FileName;
+    const std::string handledPath = UpperCase(targetPath);
+    if (!handled.contains(handledPath)) {
+        JudgeRecord(record, targetPath);
+        handled.insert(handledPath);
+    }
+    if (record.UpdateFlag == 1 && CheckSPCFile(index) && ModelInstalledBefore(record)) record.UpdateFlag = 0;
+    if (record.UpdateFlag != 1) return;
+    record.LocalFile = targetPath;
+    record.ServerZipName = record.FileZipName;
+    record.TempZipFile = Suite.TempFolder + "\\" + record.ServerZipName;
+    record.LocalFolder = folder;
+}
+
+std::string StampFailure(const char* text, std::int32_t style) {
+    ShowMsgBox(text, style, "");
+    return "";
+}
+
+// Closes the stamp handle on every way out.
+struct StampHandle {
+    std::int32_t value;
+    ~StampHandle() { CloseStamp(value); }
+};
+
+} // namespace
+
+void CompareUpdatableFiles() {
+    try {
+        std::unordered_set<std::string> handled;
+        for (std::int32_t i = 1; i <= Tables.FileArray.UpperBound(); ++i) CompareRecord(i, handled);
+        UpdateFileArraySP();
+    } catch (const RuntimeError&) { // the list shows what was marked before
+    }
+}
+
+std::string GetFileStamp(const std::string& path) {
+    if (FindNormalFile(path).empty()) return StampFailure("Can't find the file", kBoxExclamation);
+    const StampHandle handle{OpenForStamp(path)};
+    // Kept: a failed open is -1 and passes; reading the time then fails.
+    if (static_cast<std::int16_t>(handle.value) == 0) return StampFailure("Can't open the file", kBoxExclamation);
+    std::int64_t ticks = 0;
+    if (!ReadWriteTime(handle.value, ticks)) return StampFailure("GetFileTime Failed", kBoxOkOnly);
+    CalendarTime time{};
+    // Kept: only -1 counts as a failure.
+    if (TicksToCalendar(ticks, time) == -1) return StampFailure("FileTimeToSystemTime Failed", kBoxOkOnly);
+    return DateText(time);
+}
+
+} // namespace korlan

@@ -1,0 +1,47 @@
+#include "catalogue/DateText.h"
+
+#include "app/TextHelpers.h"
+
+#include <array>
+
+namespace korlan {
+
+namespace {
+
+// Year, month, day, hour, minute: the order in which they are compared.
+std::array<std::int32_t, 5> Components(const std::string& text) {
+    const auto parts = Split(text, ",");
+    const auto date = Split(Piece(parts, 0), "-");
+    const auto time = Split(Piece(parts, 1), ":");
+    return {ToInteger(Piece(date, 2)), ToInteger(Piece(date, 1)), ToInteger(Piece(date, 0)), ToInteger(Piece(time, 0)),
+            ToInteger(Piece(time, 1))};
+}
+
+std::string WithoutLastThree(const std::string& text) {
+    return Left(text, static_cast<std::int64_t>(text.size()) - 3);
+}
+
+} // namespace
+
+std::string DateText(const CalendarTime& time) {
+    return DecimalText(time.day) + "-" + DecimalText(time.month) + "-" + DecimalText(time.year) + "," +
+           DecimalText(time.hour) + ":" + DecimalText(time.minute) + ":" + DecimalText(time.second);
+}
+
+bool IsEarlier(const std::string& date1, const std::string& date2) {
+    return Components(date1) < Components(date2);
+}
+
+bool DiffersBeforeSeconds(const std::string& date1, const std::string& date2) {
+    return WithoutLastThree(date1) != WithoutLastThree(date2);
+}
+
+void CompareDates(const std::string& date1, const std::string& date2, std::int32_t& result) {
+    result = 0;
+    const std::string trimmed2 = Trim(date2);
+    if (Trim(date1) == trimmed2) return;
+    result = DiffersBeforeSeconds(date1, trimmed2) ? 1 : 0;
+    result = IsEarlier(date1, trimmed2) ? 1 : 0;
+}
+
+} // namespace korlan

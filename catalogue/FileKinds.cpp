@@ -1,0 +1,27 @@
+#include "catalogue/FileKinds.h"
+
+#include "app/TextHelpers.h"
+#include "app/frmUpdate.h"
+#include "catalogue/FileTables.h"
+
+namespace korlan {
+
+std::string FileExtension(const std::string& fileName) {
+    return UpperCase(Mid(fileName, InStr(fileName, ".") + 1));
+}
+
+bool CheckSPCFile(std::int32_t index) {
+    return FileExtension(Tables.FileArray[index].FileName) == "SPC";
+}
+
+bool CheckLibPartFile(std::int32_t index) {
+    return FileExtension(Tables.FileArray[index].FileName) == "PART";
+}
+
+bool CheckOtherLibFile(std::int32_t index) {
+    const std::string extension = FileExtension(Tables.FileArray[index].FileName);
+    Run.LibElementKind = extension == "SYMBOL" ? 2 : extension == "PACKAGE" ? 3 : extension == "PADSTACK" ? 4 : 0;
+    return Run.LibElementKind != 0;
+}
+
+} // namespace korlan

@@ -1,0 +1,7 @@
+#include "catalogue/FileTables.h"
+
+namespace korlan {
+
+FileTables Tables;
+
+} // namespace korlan

@@ -1,0 +1,101 @@
+// The in-memory tables of a search: built by the catalogue, marked by the comparison, read by the list and the run.
+// One copy for the process. Every table counts from 1; a wrong index raises run-time error 9.
+#pragma once
+
+#include "platform/Database.h"
+#include "platform/RuntimeError.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace korlan {
+
+template <typename Element>
+class Table {
+public:
+    std::int32_t UpperBound() const { return static_cast<std::int32_t>(elements_.size()); } // 0 when empty
+    Element& operator[](std::int32_t index) { return elements_[Offset(index)]; }
+    const Element& operator[](std::int32_t index) const { return elements_[Offset(index)]; }
+    Element& Append(Element element) { return elements_.emplace_back(std::move(element)); }
+    void Resize(std::int32_t upperBound) { elements_.resize(static_cast<std::size_t>(upperBound)); }
+    void Clear() { elements_.clear(); }
+    auto begin() { return elements_.begin(); }
+    auto end() { return elements_.end(); }
+    auto begin() const { return elements_.begin(); }
+    auto end() const { return elements_.end(); }
+
+private:
+    std::size_t Offset(std::int32_t index) const {
+        if (index < 1 || index > UpperBound()) throw RuntimeError(kErrSubscript);
+        return static_cast<std::size_t>(index - 1);
+    }
+    std::vector<Element> elements_;
+};
+
+struct FileRecord {
+    std::string FileName;
+    std::string FileSize; // as the catalogue has it
+    std::string Filedate; // D-M-YYYY,H:M:S in UTC
+    std::string FileZipName; // key of the record: the archive's path on the server
+    std::string FilePath;    // destination designation
+    std::int32_t UpdateFlag = 0; // 1 = newer on the server, or missing here
+    std::string LocalFile;       // full path of the installed file
+    std::string ServerZipName;
+    std::string TempZipFile; // where the archive is kept during a run
+    std::string LocalFolder; // destination folder, ending in "\"
+    std::int32_t TransferState = 0; // 1 = the archive is in the temporary folder
+};
+
+struct SPMember {
+    std::string FileZipName;
+    std::int32_t UpdateFlag = 0; // 1 = among the files to update
+};
+
+struct SPRecord { // one service pack not yet applied
+    std::string FileName, FileSize, Filedate, FileZipName, FilePath;
+    std::int32_t UpdateFlag = 0; // 1 = recorded as applied
+    Table<SPMember> Files;
+};
+
+struct NewFolderRecord {
+    std::string FolderName;
+    std::string FolderZipName;
+};
+
+// Where a key stands first in a table that only grows at its end. It catches up with the table at every look-up.
+template <typename Element, std::string Element::* key>
+class FirstPlace {
+public:
+    std::int32_t Find(const Table<Element>& table, const std::string& wanted) { // 0 = nowhere
+        for (; indexed_ < table.UpperBound(); ++indexed_) places_.try_emplace(table[indexed_ + 1].*key, indexed_ + 1);
+        const auto found = places_.find(wanted);
+        return found == places_.end() ? 0 : found->second;
+    }
+    void Clear() { // to be called when the table is emptied
+        indexed_ = 0;
+        places_.clear();
+    }
+
+private:
+    std::int32_t indexed_ = 0;
+    std::unordered_map<std::string, std::int32_t> places_;
+};
+
+struct FileTables {
+    Table<FileRecord> FileArray;
+    Table<SPRecord> FileArraySP;
+    Table<NewFolderRecord> NewFolderArray;
+    FirstPlace<FileRecord, &FileRecord::FileZipName> FileIndex;
+    FirstPlace<NewFolderRecord, &NewFolderRecord::FolderZipName> FolderIndex;
+    Table<std::string> AppliedSPList;  // names of the service packs recorded as applied
+    Table<std::string> AppliedSPCList; // archive names of the simulation-model files installed
+    Table<std::string> UpdatedFiles;   // archive names installed by the run, in install order
+    std::unique_ptr<Database> CatalogueDatabase; // at most one catalogue open at a time
+};
+
+extern FileTables Tables;
+
+} // namespace korlan

@@ -1,0 +1,204 @@
+#include "library/PartDatabase.h"
+
+#include "app/Paths.h"
+#include "app/Settings.h"
+#include "app/TextHelpers.h"
+#include "library/SearchSequence.h"
+#include "library/SuiteText.h"
+#include "platform/FileSystem.h"
+#include "platform/RuntimeError.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <vector>
+
+namespace korlan {
+
+namespace {
+
+constexpr const char* kFieldSeparator = "\xE2\x82\xAC"; // the character of code 128, "€"
+constexpr std::size_t kFieldCount = 10;                 // further ones are ignored
+constexpr std::size_t kMixedModeField = 7, kElementCodeField = 8;
+
+// A part that can be indexed takes at least its name, nine separators and the two zero bytes that end its texts.
+constexpr std::int64_t kSmallestPart = 12;
+constexpr std::int64_t kLibraryHeader = 20; // bytes up to the end of the part count
+
+constexpr std::string_view kNoElementCode[] = {
+    "None", "", "None,None", "None,None,None", "None,None,None,None", "None,None,None,None,None"};
+constexpr std::string_view kNoMixedMode[] = {"0", "", "0,0", "0,0,0", "0,0,0,0", "0,0,0,0,0"};
+constexpr std::string_view kNoModel[] = {
+    "NONE", "", "NONE,NONE", "NONE,NONE,NONE", "NONE,NONE,NONE,NONE", "NONE,NONE,NONE,NONE,NONE"};
+
+template <std::size_t count>
+bool IsAmong(const std::string_view (&texts)[count], const std::string& text) {
+    return std::find(std::begin(texts), std::end(texts), text) != std::end(texts);
+}
+
+struct PartRow {
+    std::string name;
+    std::string package;
+    std::vector<std::string> fields; // at least ten
+};
+
+// Raises 9 on a descriptor with fewer than ten fields.
+PartRow RowFromDescriptor(const std::string& name, const std::string& descriptor) {
+    PartRow row{name, Trim(descriptor), {}};
+    std::string rest = descriptor;
+    if (const std::int64_t blank = InStr(descriptor, " "); blank != 0) {
+        row.package = Left(descriptor, blank - 1);
+        rest = Mid(descriptor, blank + 1);
+    }
+    row.fields = Split(rest, kFieldSeparator);
+    if (row.fields.size() < kFieldCount) throw RuntimeError(kErrSubscript);
+    // Kept: these comparisons mind the case, the one for the model class does not.
+    if (IsAmong(kNoElementCode, row.fields[kElementCodeField])) row.fields[kElementCodeField] = "NONE";
+    if (IsAmong(kNoMixedMode, row.fields[kMixedModeField])) row.fields[kMixedModeField] = "0";
+    return row;
+}
+
+// The first character of the element code in capitals, empty when the part has no model.
+std::string ModelClass(const std::string& elementCode) {
+    const std::string code = UpperCase(Trim(elementCode));
+    if (IsAmong(kNoModel, code)) return {};
+    const auto next = std::find_if(code.begin() + 1, code.end(), [](char c) { return (c & 0xC0) != 0x80; });
+    return {code.begin(), next};
+}
+
+// Fills the columns of the row under way, but for the flag and the place in the sequence.
+void SetTextColumns(Recordset& rows, const PartRow& row, const std::string& libraryName) {
+    rows.SetText("Name", row.name);
+    rows.SetText("Library", libraryName);
+    rows.SetText("FullName", row.fields[0]);
+    rows.SetText("Symbol", row.fields[9]);
+    rows.SetText("Package", row.package);
+    rows.SetText("PackageType", row.fields[6]);
+    rows.SetText("Manufacturer", row.fields[3]);
+    rows.SetText("Technology", row.fields[5]);
+    rows.SetText("Type", row.fields[4]);
+    rows.SetText("ExtIndexCode", row.fields[1]);
+    rows.SetText("MMSimCode", row.fields[kMixedModeField]);
+    rows.SetText("KdsSimRef", row.fields[2]);
+    rows.SetText("KdsElementCode", row.fields[kElementCodeField]);
+    if (const std::string model = ModelClass(row.fields[kElementCodeField]); !model.empty())
+        rows.SetText("KdsModel", model);
+}
+
+std::string LibraryFolder() {
+    std::string folder = Suite.LibDir;
+    AddBackslash(folder);
+    return folder;
+}
+
+std::string FileNameOf(const std::string& path) {
+    return Mid(path, InStrRev(path, "\\") + 1);
+}
+
+// The 32-bit value at byte 12 is read with the count and not used. A count below 0, or above what a file of that length
+// can hold, raises 9, so a damaged file never decides how much memory is taken.
+std::int32_t ReadPartCount(const std::string& path) {
+    const std::string bytes = ReadFilePart(path, 12, 8);
+    if (bytes.size() < 8) throw RuntimeError(kErrPastEndOfFile);
+    std::uint32_t value = 0;
+    for (std::size_t i = 8; i-- > 4;) value = value << 8 | static_cast<unsigned char>(bytes[i]);
+    const auto count = static_cast<std::int32_t>(value);
+    if (count < 0 || count > (FileLength(path) - kLibraryHeader) / kSmallestPart) throw RuntimeError(kErrSubscript);
+    return count;
+}
+
+void AddParts(Recordset& rows, const std::vector<PartInformation>& parts, const std::string& libraryFileName,
+              std::int32_t position) {
+    for (const PartInformation& part : parts) {
+        const PartRow row = RowFromDescriptor(part.name, part.descriptor);
+        rows.AddNew();
+        SetTextColumns(rows, row, libraryFileName);
+        rows.SetNumber("SSQON", 1);
+        rows.SetNumber("SSQNum", position);
+        rows.Update();
+    }
+}
+
+void AddFileElements(Database& db, const std::string& libraryFileName) {
+    const std::unique_ptr<Recordset> rows = db.OpenRecordset("PartFields");
+    const std::string path = LibraryFolder() + libraryFileName;
+    std::int32_t position = 0;
+    GetSSQNum(libraryFileName, position);
+    const std::int32_t count = ReadPartCount(path);
+    if (count > 0) {
+        std::vector<PartInformation> parts(static_cast<std::size_t>(count));
+        E_GetPartInfo(path, parts);
+        db.BeginTrans();
+        try {
+            AddParts(*rows, parts, libraryFileName, position);
+        } catch (const RuntimeError&) {
+            db.CommitTrans(); // rows added before the error stay
+            throw;
+        }
+        db.CommitTrans();
+    }
+    rows->Close();
+}
+
+void AddOrRefreshPart(const std::string& libraryName, ElementHandle deviceHandle) {
+    DeviceRecord device;
+    D_ReadDevice(deviceHandle, device);
+    const PartRow row = RowFromDescriptor(Trim(SuiteText(device.name)), Trim(SuiteText(device.descriptor)));
+    std::unique_ptr<Database> db;
+    InitDB(db);
+    if (!db) return;
+    const std::unique_ptr<Recordset> rows = db->OpenRecordset("SELECT * FROM PartFields WHERE (Name = '" + row.name +
+                                                              "') AND (Library = '" + libraryName + "')");
+    if (rows->Eof()) {
+        rows->AddNew();
+    } else {
+        rows->Edit();
+    }
+    SetTextColumns(*rows, row, libraryName);
+    rows->SetNumber("SSQOn", 1);  // kept: spelt otherwise than above
+    rows->SetNumber("SSQNum", 1); // kept: 1 whatever the library's real place
+    rows->Update();
+    rows->Close();
+}
+
+void ExecuteOnIndex(const std::string& sql) {
+    std::unique_ptr<Database> db;
+    InitDB(db);
+    if (db) db->Execute(sql);
+}
+
+} // namespace
+
+void InitDB(std::unique_ptr<Database>& db) {
+    const std::string path = LibraryFolder() + "Parts.abd";
+    if (!FileExists(path)) return;
+    db.reset();
+    db = OpenDatabase(path, false, false, ";pwd=kqz");
+}
+
+void UpdateLibDBDeleteFile(const std::string& libraryFileName) {
+    ExecuteOnIndex("DELETE * from PartFields WHERE Library = '" + libraryFileName + "'");
+}
+
+void UpdateLibDBAddFileElements(const std::string& libraryFileName) {
+    try {
+        std::unique_ptr<Database> db;
+        InitDB(db);
+        if (db) AddFileElements(*db, libraryFileName);
+    } catch (const RuntimeError&) { // the index stays behind the library; the update goes on
+    }
+}
+
+void UpdateLibDB(const std::string& libraryPath, ElementHandle deviceHandle) {
+    try {
+        AddOrRefreshPart(FileNameOf(libraryPath), deviceHandle);
+    } catch (const RuntimeError&) { // as above
+    }
+}
+
+void UpdateLibDBDeleteFromFile(const std::string& libraryPath, const std::string& partName) {
+    ExecuteOnIndex("DELETE * from PartFields WHERE (Library = '" + FileNameOf(libraryPath) + "') AND (Name = '" +
+                   partName + "')");
+}
+
+} // namespace korlan

@@ -1,0 +1,34 @@
+// The index of all parts, Parts.abd in the installation's library folder: one row a part and library file in its table
+// PartFields. Every operation opens its own connection and closes it; without the file (it is never made here) every
+// operation does nothing. Texts go into the statements as they are: a quote in a name is not doubled.
+#pragma once
+
+#include "platform/Database.h"
+#include "platform/SuiteLibrary.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace korlan {
+
+// Opens the index into `db`; one that `db` holds is closed first. Left as it was when the file cannot be opened for
+// reading. Errors of the database go to the caller.
+void InitDB(std::unique_ptr<Database>& db);
+
+// Removes every row of a library file (bare name). Errors of the database go to the caller.
+void UpdateLibDBDeleteFile(const std::string& libraryFileName);
+
+// Adds a row for each part of the library file of that name in the library folder, all in one transaction: a process
+// killed in between leaves none of them. Its place in the search sequence is found, or the library is added there. Any
+// error ends the operation without a message; rows added before it stay.
+void UpdateLibDBAddFileElements(const std::string& libraryFileName);
+
+// Adds or refreshes the row of one part that the suite holds in memory. Any error ends the operation without a message.
+void UpdateLibDB(const std::string& libraryPath, ElementHandle deviceHandle);
+
+// Removes the row of one part; only the text behind the last "\" of the path counts. Errors of the database go to the
+// caller.
+void UpdateLibDBDeleteFromFile(const std::string& libraryPath, const std::string& partName);
+
+} // namespace korlan

@@ -1,0 +1,91 @@
+#include "library/SpcModels.h"
+
+#include "app/Paths.h"
+#include "app/Settings.h"
+#include "app/TextHelpers.h"
+#include "app/frmUpdate.h"
+#include "catalogue/FileTables.h"
+#include "platform/FileSystem.h"
+#include "platform/IniFile.h"
+#include "transfer/modZip.h"
+
+namespace korlan {
+
+namespace {
+
+constexpr const char* kAppliedSection = "LIVEUPDATESPCFILEFROMWEB";
+constexpr const char* kRebuildSection = "LIVEUPDATESPCFROMWEB";
+
+bool Extract(const FileRecord& record, std::int32_t index, std::string folder) {
+    std::string archive = record.TempZipFile;
+    std::int32_t completed = 0;
+    std::int32_t result = 0;
+    Unzip(completed, index, archive, folder, result);
+    return completed != 0;
+}
+
+void RemoveFile(const std::string& path) {
+    SetAttributesNormal(path);
+    EraseFile(path);
+}
+
+void RequestRebuild() {
+    std::int32_t result = 0;
+    ReCreateMDBFileforSPC(result);
+}
+
+void AppendModels(std::int32_t& success, const FileRecord& record, std::int32_t index) {
+    const std::string workFile = Suite.TempFolder + "\\" + record.FileName;
+    if (FileExists(workFile)) RemoveFile(workFile);
+    if (!Extract(record, index, Suite.TempFolder + "\\")) return;
+    SetAttributesNormal(record.LocalFile);
+    CopyContentsToSPC(success, workFile, record.LocalFile);
+    if (record.LocalFolder == Suite.SysDir + "\\") RequestRebuild(); // kept: minds the case
+    RemoveFile(workFile);
+}
+
+void InstallNewFile(const FileRecord& record, std::int32_t index) {
+    if (!Extract(record, index, record.LocalFolder)) return;
+    if (UpperCase(record.LocalFolder) == UpperCase(Suite.SysDir + "\\")) RequestRebuild(); // kept: does not mind it
+}
+
+void RecordApplied(const std::string& archiveName) {
+    Tables.AppliedSPCList.Append(archiveName);
+    const std::string number = DecimalText(Tables.AppliedSPCList.UpperBound());
+    WriteProfileString(kAppliedSection, "number", number, Suite.IniFilePath);
+    WriteProfileString(kAppliedSection, number, archiveName, Suite.IniFilePath);
+}
+
+} // namespace
+
+void UpdateSPCFile(std::int32_t& success, std::int32_t index) {
+    const FileRecord& record = Tables.FileArray[index];
+    if (FileExists(record.LocalFile)) {
+        AppendModels(success, record, index);
+    } else {
+        InstallNewFile(record, index);
+    }
+    RecordApplied(record.FileZipName);
+    success = 1; // kept: even when nothing was extracted
+}
+
+void CopyContentsToSPC(std::int32_t& /*success*/, const std::string& newFile, const std::string& targetFile) {
+    LiveUpdateStatusSPC();
+    const std::string lineBreak = "\r\n";
+    const std::string emptyLines = lineBreak + lineBreak; // a printed line that is itself a line break
+    const std::string models = ReadWholeFile(newFile);
+    OutputFile target(targetFile, OutputFile::Mode::Append);
+    target.Write(emptyLines + emptyLines + models + lineBreak);
+    target.Close();
+}
+
+void ReCreateMDBFileforSPC(std::int32_t& result) {
+    result = WriteProfileString(kRebuildSection, "SPCFILEMDB", "1", Suite.IniFilePath) == 0 ? 0 : 1;
+}
+
+void LiveUpdateStatusSPC() {
+    TurnSpinner(Run.StatusSpinner);
+    EditMsgline("SPC Files are updated..." + Run.StatusSpinner);
+}
+
+} // namespace korlan

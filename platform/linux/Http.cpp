@@ -1,0 +1,380 @@
+// platform/Http.h on libcurl's multi interface: one CURLM a session, turned by the caller's own reads.
+#include "platform/Http.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <map>
+#include <string_view>
+#include <vector>
+
+namespace korlan {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+constexpr int kSliceMilliseconds = 50;
+constexpr long kRedirectLimit = 20;
+constexpr long kReceiveBytes = 64 * 1024;        // one receive of the socket
+constexpr std::size_t kKeptBytes = 256 * 1024;   // an unread body is paused from here on
+constexpr std::size_t kHeaderBytes = 256 * 1024; // more header text than this is no honest answer
+
+std::chrono::milliseconds timeLimit{60'000};
+
+void StartLibrary() {
+    [[maybe_unused]] static const bool started = [] {
+        // A server that hangs up while TLS says goodbye must not end the program.
+        struct sigaction current {};
+        if (sigaction(SIGPIPE, nullptr, &current) == 0 && current.sa_handler == SIG_DFL) std::signal(SIGPIPE, SIG_IGN);
+        return curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+    }();
+}
+
+bool EqualNoCase(std::string_view a, std::string_view b) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
+    return std::ranges::equal(a, b, {}, lower, lower);
+}
+
+std::string_view TrimmedBlanks(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+// The address as it goes out; "" when it is none of http or https with a host.
+std::string WireUrl(std::string_view url) {
+    while (url.ends_with(' ')) url.remove_suffix(1);
+    const std::size_t query = std::min(url.find('?'), url.size());
+    std::string wire;
+    for (std::size_t i = 0; i < url.size(); ++i) {
+        if (url[i] == ' ') wire += "%20";
+        else wire += url[i] == '\\' && i < query ? '/' : url[i];
+    }
+    for (const std::string_view scheme : {"http://", "https://"}) {
+        const bool hostFollows = wire.size() > scheme.size() && !std::strchr("/?#", wire[scheme.size()]);
+        if (EqualNoCase(std::string_view(wire).substr(0, scheme.size()), scheme) && hostFollows) return wire;
+    }
+    return {};
+}
+
+// Value of one header of a header text, "" when missing.
+std::string_view HeaderValue(std::string_view text, std::string_view name) {
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        const std::size_t colon = line.find(':');
+        if (colon != std::string_view::npos && EqualNoCase(line.substr(0, colon), name)) {
+            return TrimmedBlanks(line.substr(colon + 1));
+        }
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+    }
+    return {};
+}
+
+struct MultiCleanup {
+    void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
+};
+
+struct Session {
+    std::string agent;
+    WaitSlice wait;
+    std::unique_ptr<CURLM, MultiCleanup> multi;
+    bool closed = false;
+};
+
+// One GET in a session. Keeps its session's CURLM alive, so that either may be closed first.
+class Transfer {
+public:
+    enum class Want { Body, HeadersOnly };
+
+    Transfer(std::shared_ptr<Session> session, Want want) : session_(std::move(session)), want_(want) {}
+    ~Transfer() { Stop(); }
+    Transfer(const Transfer&) = delete;
+    Transfer& operator=(const Transfer&) = delete;
+
+    bool Start(const std::string& url);
+    void Stop();
+    // Moves every transfer of the session on, then looks at this one's time limit.
+    void Turn();
+    // Waits for the network, a slice at most. False when the session was closed or its owner abandons the wait.
+    bool Wait();
+
+    bool Answered() const { return answered_; } // the final answer's headers are in
+    bool Finished() const { return finished_; } // nothing more will come
+    bool TimedOut() const { return timedOut_; }
+    long Status() const;
+    const std::string& Headers() const { return headers_; }
+    const Session& Owner() const { return *session_; }
+    void RestartClock() { lastByte_ = SteadyClock::now(); }
+
+    std::size_t Available() const { return body_.size() - taken_; }
+    std::size_t Take(std::span<char> block);
+
+private:
+    static std::size_t HeaderLine(char* data, std::size_t size, std::size_t count, void* self);
+    static std::size_t BodyBytes(char* data, std::size_t size, std::size_t count, void* self);
+    static int RequestStarts(void* self, char*, char*, int, int);
+    bool AddHeaderLine(std::string_view line);
+    void CollectFinished();
+
+    std::shared_ptr<Session> session_;
+    Want want_;
+    CURL* easy_ = nullptr;
+    std::string headers_; // of the answer that is coming in
+    std::vector<char> body_;
+    std::size_t taken_ = 0; // bytes at the front of body_ already read
+    SteadyClock::time_point lastByte_;
+    bool headersComplete_ = false;
+    bool answered_ = false;
+    bool finished_ = false;
+    bool paused_ = false;
+    bool timedOut_ = false;
+};
+
+bool Transfer::Start(const std::string& url) {
+    const std::string wire = WireUrl(url);
+    if (!wire.empty()) easy_ = curl_easy_init();
+    if (!easy_) {
+        finished_ = true;
+        return false;
+    }
+    curl_easy_setopt(easy_, CURLOPT_URL, wire.c_str());
+    curl_easy_setopt(easy_, CURLOPT_PATH_AS_IS, 1L);
+    curl_easy_setopt(easy_, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(easy_, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(easy_, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(easy_, CURLOPT_MAXREDIRS, kRedirectLimit);
+    curl_easy_setopt(easy_, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+    curl_easy_setopt(easy_, CURLOPT_USERAGENT, session_->agent.c_str());
+    curl_easy_setopt(easy_, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+    curl_easy_setopt(easy_, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(timeLimit.count()));
+    curl_easy_setopt(easy_, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(easy_, CURLOPT_QUICK_EXIT, 1L); // giving up does not wait for a name look-up under way
+    curl_easy_setopt(easy_, CURLOPT_BUFFERSIZE, kReceiveBytes);
+    curl_easy_setopt(easy_, CURLOPT_PRIVATE, this);
+    curl_easy_setopt(easy_, CURLOPT_HEADERFUNCTION, &HeaderLine);
+    curl_easy_setopt(easy_, CURLOPT_HEADERDATA, this);
+    curl_easy_setopt(easy_, CURLOPT_WRITEFUNCTION, &BodyBytes);
+    curl_easy_setopt(easy_, CURLOPT_WRITEDATA, this);
+    curl_easy_setopt(easy_, CURLOPT_PREREQFUNCTION, &RequestStarts);
+    curl_easy_setopt(easy_, CURLOPT_PREREQDATA, this);
+    RestartClock();
+    finished_ = curl_multi_add_handle(session_->multi.get(), easy_) != CURLM_OK;
+    return !finished_;
+}
+
+void Transfer::Stop() {
+    if (!easy_) return;
+    curl_multi_remove_handle(session_->multi.get(), easy_);
+    curl_easy_cleanup(easy_);
+    easy_ = nullptr;
+    finished_ = true;
+}
+
+void Transfer::Turn() {
+    if (finished_) return;
+    int running = 0;
+    const bool well = curl_multi_perform(session_->multi.get(), &running) == CURLM_OK;
+    CollectFinished();
+    if (finished_) return;
+    timedOut_ = SteadyClock::now() - lastByte_ > timeLimit;
+    finished_ = timedOut_ || !well;
+}
+
+void Transfer::CollectFinished() {
+    int left = 0;
+    while (const CURLMsg* message = curl_multi_info_read(session_->multi.get(), &left)) {
+        if (message->msg != CURLMSG_DONE) continue;
+        void* transfer = nullptr;
+        curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
+        static_cast<Transfer*>(transfer)->finished_ = true;
+    }
+}
+
+bool Transfer::Wait() {
+    curl_multi_poll(session_->multi.get(), nullptr, 0, kSliceMilliseconds, nullptr);
+    if (session_->wait && !session_->wait()) return false;
+    return !session_->closed;
+}
+
+long Transfer::Status() const {
+    long status = 0;
+    curl_easy_getinfo(easy_, CURLINFO_RESPONSE_CODE, &status);
+    return status;
+}
+
+std::size_t Transfer::Take(std::span<char> block) {
+    const std::size_t count = std::min(block.size(), Available());
+    std::copy_n(body_.begin() + static_cast<std::ptrdiff_t>(taken_), count, block.begin());
+    taken_ += count;
+    if (paused_ && Available() < kKeptBytes / 2) {
+        paused_ = false;
+        curl_easy_pause(easy_, CURLPAUSE_CONT);
+    }
+    return count;
+}
+
+int Transfer::RequestStarts(void* self, char*, char*, int, int) {
+    static_cast<Transfer*>(self)->RestartClock();
+    return CURL_PREREQFUNC_OK;
+}
+
+std::size_t Transfer::HeaderLine(char* data, std::size_t size, std::size_t count, void* self) {
+    const std::size_t bytes = size * count;
+    return static_cast<Transfer*>(self)->AddHeaderLine({data, bytes}) ? bytes : 0;
+}
+
+// False ends the transfer at once.
+bool Transfer::AddHeaderLine(std::string_view line) {
+    RestartClock();
+    if (answered_) return true; // trailers of a chunked body
+    if (headersComplete_) headers_.clear();
+    headersComplete_ = TrimmedBlanks(line).empty();
+    if (headers_.size() + line.size() > kHeaderBytes) return false;
+    headers_ += line;
+    if (!headersComplete_) return true;
+    const long status = Status();
+    const bool redirects = status >= 300 && status < 400 && !HeaderValue(headers_, "Location").empty();
+    answered_ = status >= 200 && !redirects;
+    return !answered_ || want_ == Want::Body;
+}
+
+std::size_t Transfer::BodyBytes(char* data, std::size_t size, std::size_t count, void* self) {
+    auto& transfer = *static_cast<Transfer*>(self);
+    transfer.RestartClock();
+    if (transfer.Available() >= kKeptBytes) {
+        transfer.paused_ = true;
+        return CURL_WRITEFUNC_PAUSE;
+    }
+    auto& body = transfer.body_;
+    body.erase(body.begin(), body.begin() + static_cast<std::ptrdiff_t>(transfer.taken_));
+    transfer.taken_ = 0;
+    body.insert(body.end(), data, data + size * count);
+    return size * count;
+}
+
+std::shared_ptr<Session> NewSession(const std::string& agent, WaitSlice wait) {
+    StartLibrary();
+    auto session = std::make_shared<Session>();
+    session->agent = agent;
+    session->wait = std::move(wait);
+    session->multi.reset(curl_multi_init());
+    return session;
+}
+
+// What the handles stand for. A handle number is never used twice.
+struct HandleTable {
+    std::map<HttpHandle, std::shared_ptr<Session>> sessions;
+    std::map<HttpHandle, std::shared_ptr<Transfer>> transfers;
+    HttpHandle last = 0;
+};
+
+HandleTable& Handles() {
+    static HandleTable table;
+    return table;
+}
+
+template <typename Table> typename Table::mapped_type Find(const Table& table, HttpHandle handle) {
+    const auto found = table.find(handle);
+    return found == table.end() ? nullptr : found->second;
+}
+
+} // namespace
+
+void SetHttpTimeLimit(std::chrono::milliseconds limit) { timeLimit = limit; }
+
+HttpHandle OpenHttpSession(const std::string& agent, WaitSlice wait) {
+    auto session = NewSession(agent, std::move(wait));
+    if (!session->multi) return 0;
+    const HttpHandle handle = ++Handles().last;
+    Handles().sessions.emplace(handle, std::move(session));
+    return handle;
+}
+
+HttpHandle OpenHttpUrl(HttpHandle session, const std::string& url) {
+    const auto owner = Find(Handles().sessions, session);
+    if (!owner) return 0;
+    auto transfer = std::make_shared<Transfer>(owner, Transfer::Want::Body);
+    if (!transfer->Start(url)) return 0;
+    for (transfer->Turn(); !transfer->Answered() && !transfer->Finished(); transfer->Turn()) {
+        if (!transfer->Wait()) return 0;
+    }
+    if (!transfer->Answered() || transfer->TimedOut() || transfer->Status() >= 400) return 0;
+    const HttpHandle handle = ++Handles().last;
+    Handles().transfers.emplace(handle, std::move(transfer));
+    return handle;
+}
+
+bool ReadHttpBlock(HttpHandle url, std::span<char> block, std::size_t& read) {
+    read = 0;
+    const auto transfer = Find(Handles().transfers, url);
+    if (!transfer) return false;
+    transfer->RestartClock();
+    std::size_t taken = transfer->Take(block);
+    while (taken < block.size() && !transfer->Finished()) {
+        transfer->Turn();
+        if (transfer->Available() == 0 && !transfer->Finished()) {
+            if (!transfer->Wait()) return false;
+            if (!Handles().transfers.contains(url)) return false; // closed during the wait
+        }
+        taken += transfer->Take(block.subspan(taken));
+    }
+    if (transfer->TimedOut()) return false;
+    read = taken;
+    return true;
+}
+
+void CloseHttpHandle(HttpHandle handle) {
+    auto& table = Handles();
+    table.transfers.erase(handle);
+    const auto session = table.sessions.extract(handle);
+    if (session.empty()) return;
+    session.mapped()->closed = true;
+    std::erase_if(table.transfers, [&](const auto& entry) { return &entry.second->Owner() == session.mapped().get(); });
+}
+
+struct TransferControl::Impl {
+    std::shared_ptr<Session> session;
+    std::string url;
+    std::unique_ptr<Transfer> transfer;
+};
+
+TransferControl::TransferControl(const std::string& agent) : impl_(std::make_unique<Impl>()) {
+    impl_->session = NewSession(agent, {});
+}
+
+TransferControl::~TransferControl() = default;
+
+void TransferControl::SetUrl(const std::string& url) { impl_->url = url; }
+
+void TransferControl::ExecuteGet() {
+    impl_->transfer.reset();
+    if (!impl_->session->multi) return;
+    impl_->transfer = std::make_unique<Transfer>(impl_->session, Transfer::Want::HeadersOnly);
+    impl_->transfer->Start(impl_->url);
+}
+
+bool TransferControl::StillExecuting() {
+    if (!impl_->transfer || impl_->transfer->Finished()) return false;
+    impl_->transfer->Turn();
+    if (!impl_->transfer->Finished()) {
+        impl_->transfer->Wait();
+        impl_->transfer->Turn();
+    }
+    if (!impl_->transfer->Finished()) return true;
+    impl_->transfer->Stop();
+    return false;
+}
+
+std::string TransferControl::GetHeader(const std::string& name) const {
+    if (!impl_->transfer || !impl_->transfer->Answered()) return {};
+    const std::string& headers = impl_->transfer->Headers();
+    return name.empty() ? headers : std::string(HeaderValue(headers, name));
+}
+
+void TransferControl::Cancel() {
+    if (impl_->transfer) impl_->transfer->Stop();
+}
+
+} // namespace korlan

@@ -1,0 +1,86 @@
+#include "platform/IniFile.h"
+
+#include "platform/RuntimeError.h"
+#include "platform/linux/HostPath.h"
+#include "platform/linux/ProfileFile.h"
+
+#include <cerrno>
+
+namespace korlan {
+namespace {
+
+enum SystemError : std::int32_t {
+    kSystemFileNotFound = 2,
+    kSystemPathNotFound = 3,
+    kSystemAccessDenied = 5,
+    kSystemWriteFault = 29,
+    kSystemSharingViolation = 32,
+    kSystemDiskFull = 112,
+};
+
+// A bare name lies in the Windows folder; "." says the current one.
+std::string FullName(const std::string& file) {
+    return file.find_first_of("\\/:") == std::string::npos ? "C:\\WINDOWS\\" + file : file;
+}
+
+std::int32_t SystemErrorOf(int error) {
+    switch (error) {
+    case 0: return 0;
+    case ENOENT:
+    case ENOTDIR:
+    case ENAMETOOLONG:
+    case ELOOP: return kSystemPathNotFound;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+    case EISDIR:
+    case EEXIST: return kSystemAccessDenied;
+    case EBUSY:
+    case ETXTBSY: return kSystemSharingViolation;
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG: return kSystemDiskFull;
+    default: return kSystemWriteFault;
+    }
+}
+
+} // namespace
+
+std::string ReadProfileString(OptionalText section, OptionalText key, OptionalText fallback, std::size_t bufferSize,
+                              const std::string& file) {
+    std::string hostPath; // "" reads as an empty file
+    try {
+        if (!file.empty()) hostPath = HostPath(FullName(file));
+    } catch (const RuntimeError&) {
+        hostPath.clear();
+    }
+    return ReadProfileFile(section, key, fallback, bufferSize, hostPath);
+}
+
+std::int32_t WriteProfileString(std::string_view section, OptionalText key, OptionalText value,
+                                const std::string& file) {
+    if (file.empty()) return kSystemAccessDenied;
+    const std::string path = FullName(file);
+    if (!DriveIsThere(path)) return kSystemFileNotFound;
+    try {
+        return SystemErrorOf(WriteProfileFile(section, key, value, HostPath(path)));
+    } catch (const RuntimeError&) {
+        return kSystemPathNotFound;
+    }
+}
+
+std::string DescribeSystemError(std::int32_t code) {
+    switch (code) {
+    case 0: return "The operation completed successfully.";
+    case kSystemFileNotFound: return "The system cannot find the file specified.";
+    case kSystemPathNotFound: return "The system cannot find the path specified.";
+    case kSystemAccessDenied: return "Access is denied.";
+    case kSystemWriteFault: return "The system cannot write to the specified device.";
+    case kSystemSharingViolation:
+        return "The process cannot access the file because it is being used by another process.";
+    case kSystemDiskFull: return "There is not enough space on the disk.";
+    default: return "System error " + std::to_string(code) + ".";
+    }
+}
+
+} // namespace korlan

@@ -1,0 +1,224 @@
+#include "platform/linux/ZipDirectory.h"
+
+#include "platform/TextEncoding.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <ctime>
+
+namespace korlan {
+namespace {
+
+constexpr std::uint64_t kEndSize = 22, kEntrySize = 46, kLocalSize = 30, kLongestComment = 65535;
+constexpr std::uint64_t kLargestDirectory = 64u << 20; // far above any archive of the update server
+
+// --- Bytes -----------------------------------------------------------------------------------------------------------
+
+// A little-endian number; bytes beyond the end count as 0.
+std::uint64_t Number(std::string_view bytes, std::size_t at, std::size_t width) {
+    std::uint64_t number = 0;
+    for (std::size_t i = 0; i < width && at + i < bytes.size(); ++i)
+        number |= std::uint64_t{static_cast<unsigned char>(bytes[at + i])} << (8 * i);
+    return number;
+}
+
+std::uint32_t Number32(std::string_view bytes, std::size_t at) {
+    return static_cast<std::uint32_t>(Number(bytes, at, 4));
+}
+std::uint32_t Number16(std::string_view bytes, std::size_t at) {
+    return static_cast<std::uint32_t>(Number(bytes, at, 2));
+}
+
+// As many of the bytes as there are.
+std::string ReadAt(int file, std::uint64_t offset, std::uint64_t count) {
+    std::string bytes(count, '\0');
+    std::size_t have = 0;
+    while (have < bytes.size()) {
+        const ssize_t got = pread(file, bytes.data() + have, bytes.size() - have, static_cast<off_t>(offset + have));
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) break;
+        have += static_cast<std::size_t>(got);
+    }
+    bytes.resize(have);
+    return bytes;
+}
+
+// The extra field of that kind; empty when there is none.
+std::string_view ExtraField(std::string_view extra, std::uint32_t kind) {
+    while (extra.size() >= 4) {
+        const std::size_t length = std::min<std::size_t>(Number16(extra, 2), extra.size() - 4);
+        if (Number16(extra, 0) == kind) return extra.substr(4, length);
+        extra.remove_prefix(4 + length);
+    }
+    return {};
+}
+
+// --- Names -----------------------------------------------------------------------------------------------------------
+
+// Code page 437 from 128 on.
+constexpr std::u16string_view kCodePage437 = u"ÇüéâäàåçêëèïîìÄÅÉæÆôöòûùÿÖÜ¢£¥₧ƒáíóúñÑªº¿⌐¬½¼¡«»░▒▓│┤╡╢╖╕╣║╗╝╜╛┐└┴┬├─┼╞╟"
+                                             u"╚╔╩╦╠═╬╧╨╤╥╙╘╒╓╫╪┘┌█▄▌▐▀αßΓπΣσµτΦΘΩδ∞φε∩≡±≥≤⌠⌡÷≈°∙·√ⁿ²■\u00A0";
+static_assert(kCodePage437.size() == 128);
+
+std::string TextFromDosBytes(std::string_view bytes) {
+    std::string text;
+    for (const char byte : bytes) {
+        const auto code = static_cast<unsigned char>(byte);
+        AppendUtf8(text, code < 128 ? char32_t{code} : char32_t{kCodePage437[code - 128u]});
+    }
+    return text;
+}
+
+// The check sum that the archives of this format use.
+std::uint32_t CheckSum(std::string_view bytes) {
+    std::uint32_t sum = 0xFFFFFFFF;
+    for (const char byte : bytes) {
+        sum ^= static_cast<unsigned char>(byte);
+        for (int bit = 0; bit < 8; ++bit) sum = (sum >> 1) ^ ((sum & 1) != 0 ? 0xEDB88320 : 0);
+    }
+    return ~sum;
+}
+
+// True when a maker of that kind (high byte: system, low byte: version) stores names in the code page of DOS.
+bool MakerUsesDosNames(std::uint32_t maker) {
+    constexpr std::uint32_t kDos = 0, kOs2 = 6, kNtfs = 11;
+    const std::uint32_t system = maker >> 8, version = maker & 0xFF;
+    return system == kDos || system == kOs2 || (system == kNtfs && version == 50);
+}
+
+std::string NameAsText(std::string_view name, std::uint32_t maker, std::string_view extra) {
+    const std::string_view unicode = ExtraField(extra, 0x7075); // version, check sum of the plain name, name
+    if (unicode.size() > 5 && Number32(unicode, 1) == CheckSum(name) && IsValidUtf8(unicode.substr(5)))
+        return std::string(unicode.substr(5));
+    if (IsValidUtf8(name)) return std::string(name);
+    return MakerUsesDosNames(maker) ? TextFromDosBytes(name) : TextFromCodePage(name);
+}
+
+// --- Times -----------------------------------------------------------------------------------------------------------
+
+std::int64_t OffsetFromUtc(std::time_t instant) {
+    std::tm local{};
+    localtime_r(&instant, &local);
+    return local.tm_gmtoff;
+}
+
+// The extended time stamp's last change, where the field has one.
+std::optional<std::int64_t> ExtendedTime(std::string_view extra) {
+    const std::string_view field = ExtraField(extra, 0x5455);
+    if (field.size() < 5 || (field[0] & 1) == 0) return std::nullopt;
+    return static_cast<std::int32_t>(Number32(field, 1));
+}
+
+// --- Records ---------------------------------------------------------------------------------------------------------
+
+struct DirectoryPlace {
+    std::uint64_t offset = 0, size = 0; // in the file
+    std::uint64_t shift = 0;            // what offsets in the directory are short of those in the file
+};
+
+std::optional<DirectoryPlace> FindDirectory(int file, std::uint64_t fileSize) {
+    const std::uint64_t tailSize = std::min(fileSize, kEndSize + kLongestComment);
+    const std::string tail = ReadAt(file, fileSize - tailSize, tailSize);
+    const std::size_t at = tail.rfind("PK\5\6");
+    if (at == std::string::npos || at + kEndSize > tail.size()) return std::nullopt;
+
+    std::uint64_t end = fileSize - tailSize + at;
+    std::uint64_t size = Number32(tail, at + 12), offset = Number32(tail, at + 16);
+    if (at >= 20 && tail.compare(at - 20, 4, "PK\6\7") == 0) { // a large archive has its numbers in a longer record
+        const std::uint64_t longEnd = Number(tail, at - 20 + 8, 8);
+        const std::string record = longEnd < fileSize ? ReadAt(file, longEnd, 56) : std::string();
+        if (record.size() == 56 && record.starts_with("PK\6\6")) {
+            end = longEnd;
+            size = Number(record, 40, 8);
+            offset = Number(record, 48, 8);
+        }
+    }
+    if (size > end || offset > end - size) return std::nullopt;
+    return DirectoryPlace{end - size, size, end - size - offset};
+}
+
+// Fills in the sizes that do not fit 32 bits and returns the offset of the local header.
+std::uint64_t ReadSizes(std::string_view entry, std::string_view extra, ZipMember& member) {
+    std::string_view large = ExtraField(extra, 1);
+    const auto sizeAt = [&](std::size_t at) {
+        const std::uint64_t number = Number32(entry, at);
+        if (number != 0xFFFFFFFF || large.size() < 8) return number;
+        const std::uint64_t whole = Number(large, 0, 8);
+        large.remove_prefix(8);
+        return whole;
+    };
+    member.size = sizeAt(24);
+    member.packed = sizeAt(20);
+    return sizeAt(42);
+}
+
+// Makers on Unix keep the file's mode in the upper half of the attributes.
+bool IsSpecial(std::uint32_t maker, std::uint32_t attributes) {
+    constexpr std::uint32_t kUnix = 3;
+    const mode_t type = attributes >> 16 & S_IFMT;
+    return maker >> 8 == kUnix && type != 0 && type != S_IFREG && type != S_IFDIR;
+}
+
+// Adds the member of one directory record. Its local header says where the data begins and has its own extra field.
+void AddMember(int file, std::string_view entry, const DirectoryPlace& place, ZipMembers& members) {
+    const std::size_t nameSize = Number16(entry, 28);
+    const std::string_view name = entry.substr(kEntrySize, nameSize), extra = entry.substr(kEntrySize + nameSize);
+    ZipMember member;
+    const std::uint64_t header = ReadSizes(entry, extra, member) + place.shift;
+    const std::string local = header < place.offset ? ReadAt(file, header, kLocalSize) : std::string();
+    if (local.size() < kLocalSize || !local.starts_with("PK\3\4")) return;
+    const std::uint64_t localNameSize = Number16(local, 26), localExtraSize = Number16(local, 28);
+    const std::string localExtra = ReadAt(file, header + kLocalSize + localNameSize, localExtraSize);
+
+    member.name = NameAsText(name, Number16(entry, 4), extra);
+    member.method = Number16(entry, 10);
+    member.special = IsSpecial(Number16(entry, 4), Number32(entry, 38));
+    member.encrypted = (Number16(entry, 8) & 1) != 0;
+    auto modified = ExtendedTime(localExtra);
+    if (!modified) modified = ExtendedTime(extra);
+    member.modified = modified ? *modified : InstantOfDosTime(Number16(entry, 14), Number16(entry, 12));
+    members.emplace(header + kLocalSize + localNameSize + localExtraSize, std::move(member));
+}
+
+} // namespace
+
+std::int64_t InstantOfDosTime(std::uint32_t date, std::uint32_t time) {
+    std::tm clock{};
+    clock.tm_year = static_cast<int>(date >> 9) + 80;
+    clock.tm_mon = static_cast<int>(date >> 5 & 15) - 1;
+    clock.tm_mday = static_cast<int>(date & 31);
+    clock.tm_hour = static_cast<int>(time >> 11);
+    clock.tm_min = static_cast<int>(time >> 5 & 63);
+    clock.tm_sec = static_cast<int>(time & 31) * 2;
+    constexpr std::time_t kDay = 24 * 60 * 60; // more than any zone is away from UTC
+    const std::time_t wall = timegm(&clock);
+    const std::int64_t before = wall - OffsetFromUtc(wall - kDay), after = wall - OffsetFromUtc(wall + kDay);
+    const auto showsThatTime = [&](std::int64_t instant) { return instant + OffsetFromUtc(instant) == wall; };
+    return showsThatTime(before) || !showsThatTime(after) ? before : after;
+}
+
+std::optional<ZipMembers> ReadZipDirectory(int file) {
+    struct stat status {};
+    if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    const auto place = FindDirectory(file, static_cast<std::uint64_t>(status.st_size));
+    if (!place || place->size > kLargestDirectory) return std::nullopt;
+
+    const std::string directory = ReadAt(file, place->offset, place->size);
+    std::string_view rest = directory;
+    ZipMembers members;
+    while (rest.size() >= kEntrySize && rest.starts_with("PK\1\2")) {
+        const std::size_t length = kEntrySize + Number16(rest, 28) + Number16(rest, 30) + Number16(rest, 32);
+        if (length > rest.size()) break;
+        AddMember(file, rest.substr(0, length - Number16(rest, 32)), *place, members);
+        rest.remove_prefix(length);
+    }
+    if (members.empty() && place->size > 0) return std::nullopt;
+    return members;
+}
+
+} // namespace korlan

@@ -1,0 +1,34 @@
+// The directory of a zip archive, read for what the archive library does not hand on exactly: names as text whatever
+// the locale, zero characters in them, and times that mean the same instant at every run.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace korlan {
+
+struct ZipMember {
+    std::string name;          // as text; separators as they are stored
+    std::uint64_t size = 0;    // bytes, as the archive says; not to be trusted
+    std::uint64_t packed = 0;  // likewise
+    std::int64_t modified = 0; // seconds since 1970, UTC
+    std::uint32_t method = 0;  // of packing, as the format numbers it
+    bool encrypted = false;
+    bool special = false; // a link, a device, a pipe
+};
+
+// Members by the offset of their packed data in the file.
+using ZipMembers = std::map<std::uint64_t, ZipMember>;
+
+// Nothing when the file has no directory of a zip archive. A record that is damaged ends the reading; the members
+// before it are there. Reads by offset and leaves the position of `file` alone.
+std::optional<ZipMembers> ReadZipDirectory(int file);
+
+// The instant of a DOS date and time in the local time zone. Of a time that came twice the first is taken; one that the
+// clock skipped counts on from before the change.
+std::int64_t InstantOfDosTime(std::uint32_t date, std::uint32_t time);
+
+} // namespace korlan

@@ -1,0 +1,196 @@
+#include "platform/linux/desktop/FormView.h"
+
+#include "platform/linux/desktop/Application.h"
+#include "platform/linux/desktop/FrameLabel.h"
+#include "platform/linux/desktop/Gestures.h"
+#include "platform/linux/desktop/ListMirror.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QElapsedTimer>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScreen>
+#include <QThread>
+#include <QWindow>
+#include <utility>
+
+namespace korlan {
+
+namespace {
+
+constexpr float kTwipsPerPixel = 15;
+constexpr qint64 kExposeMilliseconds = 500; // how long showing the window waits for the screen
+
+int Pixels(float twips) {
+    return qRound(twips / kTwipsPerPixel);
+}
+
+// The host's own size of a control's font, where its record gives none.
+QFont BaseFont(const std::string& name) {
+    QFont font = QApplication::font();
+    if (name == "lblMainHead") {
+        font.setPointSizeF(font.pointSizeF() * 1.5);
+        font.setBold(true);
+    } else if (name == "LblLive") {
+        font.setPointSizeF(font.pointSizeF() * 1.1);
+    }
+    return font;
+}
+
+} // namespace
+
+FormView::FormView(Form& form) : form_(form) {
+    setObjectName(ToQString(form.Name()));
+    setWindowTitle(ToQString(form.Caption()));
+    for (Control* control : form.Controls()) {
+        QWidget* widget = MakeWidget(*control);
+        if (!widget) continue;
+        widget->setObjectName(ToQString(control->Name()));
+        widgets_.emplace(control, widget);
+        unplaced_.push_back(widget);
+    }
+    LayOut();
+    for (const auto& [control, widget] : widgets_)
+        for (const Aspect aspect : {Aspect::Font, Aspect::Caption, Aspect::Enabled, Aspect::Value, Aspect::Visible})
+            WidgetChanged(*control, *widget, aspect, 0);
+    ShowReminderPage();
+    NameForReaders();
+    LinkTabOrder();
+    resize(Pixels(form.Width()), Pixels(form.Height()));
+}
+
+// --- from the records to the window ---
+
+void FormView::Changed(const Control& control, Aspect aspect, std::int32_t row) {
+    const bool outer = std::exchange(mirroring_, true);
+    if (&control == &form_) {
+        FormChanged(aspect);
+    } else if (const auto found = widgets_.find(&control); found != widgets_.end()) {
+        WidgetChanged(control, *found->second, aspect, row);
+    }
+    mirroring_ = outer;
+}
+
+void FormView::FormChanged(Aspect aspect) {
+    switch (aspect) {
+    case Aspect::Caption:
+        setWindowTitle(ToQString(form_.Caption()));
+        NameForReaders();
+        break;
+    case Aspect::Visible:
+        if (form_.Visible())
+            ShowForm();
+        else
+            hide();
+        break;
+    case Aspect::Enabled: setEnabled(form_.Enabled()); break;
+    case Aspect::Font: setFont(ToQFont(form_.Font(), QApplication::font())); break;
+    case Aspect::Repaint: repaint(); break;
+    case Aspect::Place:
+        moved_ = true;
+        MoveToPlace();
+        break;
+    default: break;
+    }
+}
+
+void FormView::WidgetChanged(const Control& control, QWidget& widget, Aspect aspect, std::int32_t row) {
+    switch (aspect) {
+    case Aspect::Caption: {
+        const auto* captioned = dynamic_cast<const CaptionedControl*>(&control);
+        if (!captioned) return;
+        const QString text = ToQString(captioned->Caption());
+        if (control.Kind() == ControlKind::Label) {
+            static_cast<FrameLabel&>(widget).SetText(text);
+        } else {
+            static_cast<QAbstractButton&>(widget).setText(text);
+        }
+        return;
+    }
+    case Aspect::Visible:
+        widget.setVisible(control.Visible());
+        ShowReminderPage();
+        return;
+    case Aspect::Font: widget.setFont(ToQFont(control.Font(), BaseFont(control.Name()))); return;
+    case Aspect::Focus: widget.setFocus(Qt::OtherFocusReason); return;
+    case Aspect::Repaint:
+        if (control.Kind() == ControlKind::Label)
+            static_cast<FrameLabel&>(widget).Present();
+        else
+            widget.repaint();
+        return;
+    case Aspect::Enabled: widget.setEnabled(control.Enabled()); break;
+    default: break;
+    }
+    if (control.Kind() == ControlKind::ListView)
+        static_cast<ListMirror&>(widget).Changed(aspect, row);
+    else if (control.Kind() == ControlKind::OptionButton && aspect == Aspect::Value)
+        static_cast<QRadioButton&>(widget).setChecked(static_cast<const OptionButton&>(control).Value());
+}
+
+void FormView::ShowReminderPage() {
+    bool shown = false;
+    for (const Control* control : reminderControls_) shown = shown || control->Visible();
+    if (reminderPage_) reminderPage_->setVisible(shown);
+}
+
+// Shows the window and waits until it is on the screen, so that the program's first repaint is seen. What the user does
+// meanwhile stays in the queue for the next DoEvents.
+void FormView::ShowForm() {
+    const QSize room = screen()->availableGeometry().size();
+    resize(size().boundedTo(room).expandedTo(minimumSizeHint()));
+    MoveToPlace();
+    show();
+    QElapsedTimer waiting;
+    waiting.start();
+    while (windowHandle() && !windowHandle()->isExposed() && waiting.elapsed() < kExposeMilliseconds) {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        QThread::msleep(1);
+    }
+}
+
+// A window that had to be larger than its record keeps the centre the program has asked for, and stays on the screen.
+void FormView::MoveToPlace() {
+    if (!moved_) return;
+    const QPoint corner(Pixels(form_.Left()) - (width() - Pixels(form_.Width())) / 2,
+                        Pixels(form_.Top()) - (height() - Pixels(form_.Height())) / 2);
+    QRect place(corner, size());
+    const QRect room = screen()->availableGeometry();
+    place.moveRight(qMin(place.right(), room.right()));
+    place.moveBottom(qMin(place.bottom(), room.bottom()));
+    place.moveLeft(qMax(place.left(), room.left()));
+    place.moveTop(qMax(place.top(), room.top()));
+    move(place.topLeft());
+}
+
+// --- from the user to the records ---
+
+void FormView::closeEvent(QCloseEvent* event) {
+    event->ignore(); // the record decides; it hides the window when the form has been unloaded
+    RunGesture([this] { form_.UserClose(); });
+}
+
+// Enter presses the button that has the focus, as Space does.
+void FormView::keyPressEvent(QKeyEvent* event) {
+    auto* button = qobject_cast<QPushButton*>(focusWidget());
+    if (button && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter))
+        button->click();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+// An option button the keyboard has moved to takes the focus as a control, which selects it.
+bool FormView::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::FocusIn && !mirroring_) {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason) {
+            for (Control* control : reminderControls_)
+                if (control->Kind() == ControlKind::OptionButton && widgets_.at(control) == watched)
+                    RunGesture([control] { static_cast<OptionButton*>(control)->SetFocus(); });
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+} // namespace korlan

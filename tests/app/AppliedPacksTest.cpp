@@ -1,0 +1,87 @@
+#include "app/AppliedPacks.h"
+
+#include "catalogue/FileTables.h"
+#include "tests/app/AppFixture.h"
+
+namespace korlan::test {
+namespace {
+
+class AppliedPacks : public AppTest {
+protected:
+    // A pack whose members are archive names; a "+" in front marks one as among the files to update.
+    static void AddPack(const std::string& name, const std::vector<std::string>& members) {
+        SPRecord& pack = Tables.FileArraySP.Append({});
+        pack.FileName = name;
+        for (const std::string& member : members)
+            pack.Files.Append({member.substr(member[0] == '+' ? 1 : 0), member[0] == '+' ? 1 : 0});
+    }
+    static std::vector<std::string> Applied() { return {Tables.AppliedSPList.begin(), Tables.AppliedSPList.end()}; }
+    static std::string Stored(const std::string& key) { return ReadIniString("LIVEUPDATEFROMWEB", key, "-"); }
+};
+
+using Entries = std::vector<std::string>;
+
+TEST_F(AppliedPacks, ListsAreReadBySentinelAndCount) {
+    WriteIni("[LIVEUPDATEFROMWEB]\r\nNumber=4\r\n1=\" SP1.mdb \"\r\n3=aa\r\n4=AA\r\n5=SP5.mdb\r\n"
+             "[LIVEUPDATESPCFILEFROMWEB]\r\nnumber=1\r\n1=M.zip\r\n[Tessary]\r\nVer=1.20\r\n");
+    Tables.AppliedSPList.Append("left from before");
+    IniWebR();
+    EXPECT_EQ(Applied(), (Entries{"SP1.mdb", "", "aa", ""}));
+    ASSERT_EQ(Tables.AppliedSPCList.UpperBound(), 1);
+    EXPECT_EQ(Tables.AppliedSPCList[1], "M.zip");
+    EXPECT_EQ(Suite.SuiteVersion, "1.20");
+}
+
+TEST_F(AppliedPacks, ACountThatIsNoneLeavesTheListEmptyOrBounded) {
+    const struct {
+        const char* number;
+        std::int32_t entries;
+    } rows[] = {{"0", 0}, {"-3", 0}, {"many", 0}, {"", 0}, {"2000000000", 32767}, {"99999999999999", 32767}};
+    for (const auto& row : rows) {
+        WriteIni("[LIVEUPDATEFROMWEB]\r\nNumber=" + std::string(row.number) + "\r\n1=SP1.mdb\r\n");
+        IniWebR();
+        EXPECT_EQ(Tables.AppliedSPList.UpperBound(), row.entries) << row.number;
+    }
+    EXPECT_EQ(Tables.AppliedSPList[1], "SP1.mdb");
+    EXPECT_EQ(Suite.SuiteVersion, "?");
+
+    AddPack("SP2.mdb", {});
+    UpdateIniNoUpdatesFound();
+    EXPECT_EQ(Stored("Number"), "99999999999999") << "a full list takes no more";
+}
+
+TEST_F(AppliedPacks, APackIsAppliedWhenEveryMarkedMemberWasInstalled) {
+    WriteIni("[LIVEUPDATEFROMWEB]\r\nNumber=1\r\n1=SP1.mdb\r\n[Other]\r\nkey=value\r\n");
+    IniWebR();
+    AddPack("whole.mdb", {"+A.zip", "+b.ZIP ", "C.zip"});
+    AddPack("half.mdb", {"+A.zip", "+C.zip"});
+    AddPack("nothing to do.mdb", {"C.zip"});
+    AddPack("empty.mdb", {});
+    for (const char* archive : {" a.ZIP", "B.zip", "D.zip"}) Tables.UpdatedFiles.Append(archive);
+    UpdateIniFile();
+    EXPECT_EQ(Applied(), (Entries{"SP1.mdb", "whole.mdb", "nothing to do.mdb", "empty.mdb"}));
+    EXPECT_EQ(Ini(), "[LIVEUPDATEFROMWEB]\r\nNumber=4\r\n1=SP1.mdb\r\n2=whole.mdb\r\n3=nothing to do.mdb\r\n"
+                     "4=empty.mdb\r\n[Other]\r\nkey=value\r\n");
+
+    Tables.UpdatedFiles.Append("C.zip"); // a later run brings the rest
+    UpdateIniFile();
+    EXPECT_EQ(Stored("Number") + " " + Stored("5"), "5 half.mdb") << "only the pack not recorded before";
+}
+
+TEST_F(AppliedPacks, ASearchWithoutUpdatesRecordsEveryPack) {
+    WriteIni("[LIVEUPDATEFROMWEB]\r\nNumber=2\r\n1=a\r\n2=b\r\n");
+    for (const char* name : {"c", "d", "e"}) AddPack(name, {"+X.zip"});
+    UpdateIniNoUpdatesFound();
+    EXPECT_EQ(Ini(), "[LIVEUPDATEFROMWEB]\r\nNumber=5\r\n1=a\r\n2=b\r\n3=c\r\n4=d\r\n5=e\r\n");
+}
+
+TEST_F(AppliedPacks, AFileThatRefusesWritesWarnsAndLosesNothing) {
+    Suite.IniFilePath = "C:\\nowhere\\TESSARY.INI";
+    AddPack("SP1.mdb", {});
+    UpdateIniFile();
+    EXPECT_EQ(BoxTexts().size(), 2U) << "the count and the entry";
+    EXPECT_EQ(Applied(), Entries{"SP1.mdb"});
+}
+
+} // namespace
+} // namespace korlan::test

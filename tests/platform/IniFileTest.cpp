@@ -1,0 +1,288 @@
+#include "platform/IniFile.h"
+
+#include "platform/TextEncoding.h"
+#include "tests/support/Failing.h"
+#include "tests/support/Table.h"
+#include "tests/support/TempFolder.h"
+
+#include <sys/resource.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <thread>
+
+namespace korlan {
+namespace {
+
+using test::AsOrdinaryUser;
+using test::SplitAt;
+using test::TableRow;
+using test::TempDrive;
+using test::Unescape;
+using testing::ElementsAre;
+
+const std::string kFile = "C:\\TEST.INI";
+
+// An argument of a table: null, or text whose bytes are of the code page.
+class TableArgument {
+public:
+    explicit TableArgument(const std::string& field)
+        : isNull_(field == "<NULL>"), text_(TextFromCodePage(Unescape(field))) {}
+    OptionalText Get() const { return isNull_ ? OptionalText() : OptionalText(text_); }
+
+private:
+    bool isNull_;
+    std::string text_;
+};
+
+std::vector<TableRow> UsableRows(const std::string& table) {
+    std::vector<TableRow> rows = test::ReadTable(std::string(KLN_TEST_DATA) + "/ini/" + table);
+    std::erase_if(rows, [](const TableRow& row) { return row.at("basis") == "doubt"; });
+    return rows;
+}
+
+void PutFile(const TempDrive& drive, const std::string& field) {
+    std::filesystem::remove(drive.HostPathOf("TEST.INI"));
+    if (field != "<ABSENT>") drive.Write("TEST.INI", Unescape(field));
+}
+
+std::string Get(const char* section, const char* key, const std::string& file = kFile) {
+    return ReadProfileString(section, key, "<none>", 1024, file);
+}
+
+// Sections, keys and values of a file in their order.
+std::string ContentOf(const std::string& file) {
+    std::string content;
+    const auto names = [&](OptionalText section) {
+        auto list = SplitAt(ReadProfileString(section, std::nullopt, "", 100'000, file), std::string_view("\0", 1));
+        list.pop_back();
+        return list;
+    };
+    for (const std::string& section : names(std::nullopt)) {
+        content += "[" + section + "]\n";
+        for (const std::string& key : names(section))
+            content += key + "=" + ReadProfileString(section, key, "", 100'000, file) + "\n";
+    }
+    return content;
+}
+
+TEST(ProfileReading, AnswersEveryRecordedCase) {
+    const TempDrive drive;
+    const std::vector<TableRow> rows = UsableRows("profile-cases.tsv");
+    ASSERT_EQ(rows.size(), 190u);
+    for (const TableRow& row : rows) {
+        PutFile(drive, row.at("file"));
+        const TableArgument section(row.at("section")), key(row.at("key")), fallback(row.at("default"));
+        const std::string expected = Unescape(row.at("expected"));
+        const bool utf8 = row.at("file") != "<ABSENT>" && IsValidUtf8(drive.Read("TEST.INI"));
+        EXPECT_EQ(ReadProfileString(section.Get(), key.Get(), fallback.Get(), std::stoul(row.at("size")), kFile),
+                  utf8 ? expected : TextFromCodePage(expected))
+            << row.at("id") << ": " << row.at("file") << " section " << row.at("section") << " key " << row.at("key");
+    }
+}
+
+TEST(ProfileWriting, LeavesWhatEveryRecordedCaseLeaves) {
+    const TempDrive drive;
+    const std::vector<TableRow> rows = UsableRows("profile-writes.tsv");
+    ASSERT_EQ(rows.size(), 91u);
+    for (const TableRow& row : rows) {
+        PutFile(drive, row.at("before"));
+        const auto sections = SplitAt(row.at("section"), ";;"), keys = SplitAt(row.at("key"), ";;");
+        const auto values = SplitAt(row.at("value"), ";;"), returned = SplitAt(row.at("returned"), ";;");
+        for (std::size_t i = 0; i < sections.size(); ++i) {
+            const TableArgument section(sections[i]), key(keys[i]), value(values[i]);
+            const bool succeeded = WriteProfileString(*section.Get(), key.Get(), value.Get(), kFile) == 0;
+            EXPECT_EQ(succeeded, returned.at(i) == "1") << row.at("id");
+        }
+        if (row.at("after") == "<ABSENT>") {
+            EXPECT_FALSE(drive.Exists("TEST.INI")) << row.at("id");
+        } else if (row.at("compare") == "bytes") {
+            EXPECT_EQ(drive.Read("TEST.INI"), Unescape(row.at("after"))) << row.at("id") << ": " << row.at("before");
+        } else {
+            drive.Write("AFTER.INI", Unescape(row.at("after")));
+            EXPECT_EQ(ContentOf(kFile), ContentOf("C:\\AFTER.INI")) << row.at("id") << ": " << row.at("before");
+        }
+    }
+}
+
+// Where a tidier writer would make the whole file anew.
+TEST(ProfileWriting, ChangesOneLineAndNoOtherByte) {
+    const TempDrive drive;
+    const struct {
+        const char *before, *section, *key, *value, *after;
+    } rows[] = {
+        {"\n[S] ;h\n  k  =  v  \n\n;c\nj=1", "S", "K", "w", "\n[S] ;h\n  k  =w\n\n;c\nj=1"},
+        {"[S]\r\na = 1\r\n; tail\r\n\r\n[T]\r\n", "s", "b", "2", "[S]\r\na = 1\r\nb=2\r\n; tail\r\n\r\n[T]\r\n"},
+        {"[S]\n\n;c\n[T]\n", "S", "b", "2", "[S]\nb=2\r\n\n;c\n[T]\n"},
+        {"[S]\nk=v", "S", "k", "w", "[S]\nk=w"},
+        {"[S]\nk=v", "S", "j", "w", "[S]\nk=v\r\nj=w\r\n"},
+        {"[S]\rk=v\rj=w\r", "S", "k", nullptr, "[S]\rj=w\r"},
+        {";top\n[S]\na=1\n;c\n\nb=2\n[T]\nx=1\n", "S", nullptr, nullptr, ";top\n;c\n\n[T]\nx=1\n"},
+        {"[S]\r\n  k  \r\n", "S", "k", "x", "[S]\r\n  k=x\r\n"},
+        {"junk\n[S]\nk=\"v\"\n", "S", "k", "\"v\"", "junk\n[S]\nk=\"v\"\n"},
+    };
+    const auto optional = [](const char* text) { return text ? OptionalText(text) : OptionalText(); };
+    for (const auto& row : rows) {
+        drive.Write("TEST.INI", row.before);
+        EXPECT_EQ(WriteProfileString(row.section, optional(row.key), optional(row.value), kFile), 0);
+        EXPECT_EQ(drive.Read("TEST.INI"), row.after) << row.before;
+    }
+}
+
+TEST(ProfileWriting, KeepsTheFormOfTheText) {
+    const TempDrive drive;
+    const std::string utf16("\xFF\xFE[\0S\0]\0\n\0k\0=\0\x3D\xD8\x00\xDE\x00\xD8\n\0x",
+                            23); // a pair, half a pair, half a unit
+    const struct {
+        std::string name, before, value, after;
+    } rows[] = {
+        {"code page", "[S]\nk=\xE9\n", "ü€", "[S]\nk=\xE9\nj=\xFC\x80\r\n"},
+        {"code page, not in it", "[S]\nk=\xE9\n", "aЖ", "[S]\nk=\xE9\nj=a?\r\n"},
+        {"UTF-8", "[S]\nk=\xC3\xA9\n", "üЖ", "[S]\nk=\xC3\xA9\nj=üЖ\r\n"},
+        {"ASCII takes the code page", "[S]\nk=e\n", "ü", "[S]\nk=e\nj=\xFC\r\n"},
+        {"ASCII, not in the code page", "[S]\nk=e\n", "Ж", "[S]\nk=e\nj=Ж\r\n"},
+        {"ASCII, code page would read as UTF-8", "[S]\nk=e\n", "Ã©", "[S]\nk=e\nj=Ã©\r\n"},
+        {"UTF-16", utf16.substr(0, 22), "a\xF0\x9F\x98\x81", // j=a and a pair, CR LF, behind what is there
+         utf16.substr(0, 22) + std::string("j\0=\0a\0\x3D\xD8\x01\xDE\r\0\n\0", 14)},
+    };
+    for (const auto& row : rows) {
+        drive.Write("TEST.INI", row.before);
+        EXPECT_EQ(WriteProfileString("S", "j", row.value, kFile), 0);
+        EXPECT_EQ(drive.Read("TEST.INI"), row.after) << row.name;
+        EXPECT_EQ(Get("S", "j"), row.name == "code page, not in it" ? "a?" : row.value) << row.name;
+    }
+    drive.Write("TEST.INI", utf16);
+    EXPECT_EQ(WriteProfileString("S", "a", "1", kFile), 0);
+    EXPECT_EQ(drive.Read("TEST.INI").back(), 'x');
+    // A buffer that ends inside a character: the character goes.
+    drive.Write("TEST.INI", "[S]\nk=aéé\n");
+    EXPECT_EQ(ReadProfileString("S", "k", "", 5, kFile), "aé");
+}
+
+TEST(ProfileFiles, FailuresHaveTheSystemsNumbers) {
+    const TempDrive drive;
+    drive.Write("locked.ini", "[S]\nk=v\n");
+    drive.SetMode("locked.ini", 0444);
+    drive.MakeFolders("folder");
+    std::filesystem::create_symlink("/dev/full", drive.HostPathOf("device.ini"));
+    const struct {
+        std::string file;
+        std::int32_t expected;
+    } rows[] = {
+        {"C:\\locked.ini", 5},
+        {"C:\\folder", 5},
+        {"", 5},
+        {"C:\\none\\x.ini", 3},
+        {"C:\\locked.ini\\x", 3},
+        {"Q:\\x.ini", 2},
+        {"C:\\", 5},
+        {std::string("C:\\a\0b", 6), 3},
+        {"C:\\device.ini", 5},
+        {"bare.ini", 3 /* no Windows folder */},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(WriteProfileString("S", "k", "new", row.file), row.expected) << row.file;
+        EXPECT_EQ(ReadProfileString("S", "none", "dflt", 1024, row.file), "dflt") << row.file;
+        EXPECT_NE(DescribeSystemError(row.expected), "");
+    }
+    EXPECT_EQ(DescribeSystemError(5), "Access is denied.");
+    EXPECT_THAT(drive.Names(), ElementsAre("device.ini", "folder", "locked.ini"));
+    EXPECT_EQ(drive.Read("locked.ini"), "[S]\nk=v\n");
+
+    drive.Write("sealed/x.ini", "[S]\nk=v\n");
+    drive.SetMode("sealed", 0555);
+    drive.Write("theirs/x.ini", "[S]\nk=v\n"); // the folder lets everybody rename, the file is the administrator's
+    drive.SetMode("theirs", 0777);
+    drive.Write("secret.ini", "[S]\nk=v\n");
+    drive.SetMode("secret.ini", 0600);
+    chmod(drive.Top().c_str(), 0755);
+    if (geteuid() != 0) return; // files of somebody else cannot be made
+    const AsOrdinaryUser user;
+    for (const char* file : {"C:\\sealed\\x.ini", "C:\\sealed\\new.ini", "C:\\theirs\\x.ini", "C:\\secret.ini"})
+        EXPECT_EQ(WriteProfileString("S", "k", "new", file), 5) << file;
+    EXPECT_EQ(Get("S", "k", "C:\\secret.ini"), "<none>");
+}
+
+TEST(ProfileFiles, AFullDiskLeavesTheOldFile) {
+    const TempDrive drive;
+    const std::string before = "[S]\r\nk=v\r\n;" + std::string(50'000, 'c') + "\r\n";
+    drive.Write("TEST.INI", before);
+    rlimit old{};
+    getrlimit(RLIMIT_FSIZE, &old);
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{20'000, old.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    const std::int32_t error = WriteProfileString("S", "k", "w", kFile);
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, oldHandler);
+    EXPECT_EQ(error, 112);
+    EXPECT_EQ(drive.Read("TEST.INI"), before);
+    EXPECT_THAT(drive.Names(), ElementsAre("TEST.INI")); // no temporary file stays
+}
+
+TEST(ProfileFiles, KeepTheirModeTheirNameAndTheirLinks) {
+    const TempDrive drive;
+    drive.Write("Real.Ini", "[S]\nk=v\n");
+    drive.SetMode("Real.Ini", 0640);
+    std::filesystem::create_symlink("Real.Ini", drive.HostPathOf("link.ini"));
+    EXPECT_EQ(WriteProfileString("S", "k", "1", "C:\\REAL.INI"), 0);
+    EXPECT_EQ(WriteProfileString("S", "j", "2", "C:\\LINK.INI"), 0);
+    EXPECT_THAT(drive.Names(), ElementsAre("Real.Ini", "link.ini"));
+    EXPECT_EQ(drive.Read("Real.Ini"), "[S]\nk=1\nj=2\r\n");
+    EXPECT_TRUE(std::filesystem::is_symlink(drive.HostPathOf("link.ini")));
+    struct stat status {
+    }, after{};
+    stat(drive.HostPathOf("Real.Ini").c_str(), &status);
+    EXPECT_EQ(status.st_mode & 07777, 0640u);
+
+    // A value that is already there: the very file stays.
+    EXPECT_EQ(WriteProfileString("s", "K", "1", "C:\\REAL.INI"), 0);
+    EXPECT_EQ(WriteProfileString("s", "none", std::nullopt, "C:\\REAL.INI"), 0);
+    stat(drive.HostPathOf("Real.Ini").c_str(), &after);
+    EXPECT_EQ(after.st_ino, status.st_ino);
+    EXPECT_EQ(after.st_ctim.tv_nsec, status.st_ctim.tv_nsec);
+}
+
+// Changes of equal length within one tick of the clock, in place and by renaming, are all seen.
+TEST(ProfileFiles, AnOutsideChangeIsSeenAtTheNextRead) {
+    const TempDrive drive;
+    for (int round = 100; round < 400; ++round) {
+        const std::string number = std::to_string(round);
+        const std::string name = round % 2 == 0 ? "TEST.INI" : "OTHER.INI";
+        drive.Write(name, "[S]\nk=" + number + "\n");
+        if (name == "OTHER.INI") std::filesystem::rename(drive.HostPathOf(name), drive.HostPathOf("TEST.INI"));
+        ASSERT_EQ(Get("S", "k"), number);
+        ASSERT_EQ(Get("S", "k"), number);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(80)); // long enough for the file to be kept
+    EXPECT_EQ(Get("S", "k"), "399");
+    EXPECT_EQ(WriteProfileString("S", "k", "mine", kFile), 0);
+    EXPECT_EQ(Get("S", "k"), "mine");
+    std::filesystem::remove(drive.HostPathOf("TEST.INI"));
+    EXPECT_EQ(Get("S", "k"), "<none>");
+}
+
+TEST(ProfileFiles, AnyBytesCanBeReadAndWritten) {
+    const TempDrive drive;
+    unsigned state = 1;
+    const auto random = [&](unsigned below) { return (state = state * 1664525u + 1013904223u) >> 8 & 0xFFFFu % below; };
+    const std::string_view pieces[] = {"[S]", "[",  "]", "k",    "=",        "\r", "\n",
+                                       ";",   "\"", " ", "\xE9", "\xC3\xA9", "x=1"};
+    for (int round = 0; round < 2000; ++round) {
+        std::string bytes = round % 5 == 0 ? "\xFF\xFE" : "";
+        for (unsigned i = random(30); i > 0; --i)
+            bytes += random(8) == 0 ? std::string(1, static_cast<char>(random(256))) : std::string(pieces[random(13)]);
+        drive.Write("TEST.INI", bytes);
+        ASSERT_EQ(WriteProfileString("New", "key", "value", kFile), 0);
+        const std::string after = drive.Read("TEST.INI");
+        EXPECT_EQ(Get("New", "key"), "value") << testing::PrintToString(bytes);
+        EXPECT_TRUE(round % 5 == 0 || after.starts_with(bytes)) << testing::PrintToString(bytes);
+        ASSERT_EQ(WriteProfileString("New", "key", std::nullopt, kFile), 0);
+        EXPECT_EQ(Get("New", "key"), "<none>") << testing::PrintToString(bytes);
+    }
+}
+
+} // namespace
+} // namespace korlan

@@ -1,0 +1,139 @@
+#include "platform/SettingsStore.h"
+
+#include "platform/Clock.h"
+#include "tests/support/Failing.h"
+#include "tests/support/TempFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <ctime>
+
+namespace korlan {
+namespace {
+
+using test::ErrorOf;
+using test::ScopedVariable;
+using test::TempDrive;
+
+std::string Saved(const std::string& application, const std::string& section, const std::string& key) {
+    return GetSetting(application, section, key, "<none>");
+}
+
+// The files below the store's folder.
+std::vector<std::string> StoredFiles(const TempDrive& drive) {
+    std::vector<std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(drive.Top()))
+        if (entry.is_regular_file()) files.push_back(entry.path().lexically_relative(drive.Top()).string());
+    return files;
+}
+
+TEST(Settings, GiveBackWhateverWasStored) {
+    const TempDrive drive;
+    const std::string values[] = {"1/2/2024",
+                                  "",
+                                  "0",
+                                  " outer blanks ",
+                                  "\"quoted\"",
+                                  "'",
+                                  "a=b;c",
+                                  "100%",
+                                  "%41",
+                                  "Größe € Ж",
+                                  "two\r\n[lines]\nx=1",
+                                  "\ttab",
+                                  "\xE9",
+                                  "C:\\x\\",
+                                  std::string("zero\0inside", 11)};
+    const std::string names[] = {"NoUpdt", "a=b", "[Setup]", ";c", " blanks ", "", "Ж", "x]y", "line\nbreak"};
+    for (const std::string& value : values)
+        for (const std::string& name : names) {
+            SaveSetting("Korlan", "S" + name, name, value);
+            EXPECT_EQ(Saved("Korlan", "S" + name, name), value) << name;
+            SaveSetting("Korlan", "S" + name, "other", "other");
+            EXPECT_EQ(Saved("Korlan", "S" + name, name), value) << name;
+        }
+    EXPECT_EQ(Saved("korlan", "SNOUPDT", "noupdt"), values[14]); // names match without regard to case
+    EXPECT_EQ(Saved("Korlan", "Setup", "none"), "<none>");
+    EXPECT_EQ(Saved("Other", "Setup", "NoUpdt"), "<none>");
+}
+
+TEST(Settings, NoNameLeavesTheFolder) {
+    const TempDrive drive;
+    const std::string applications[] = {"../../escaped", "/abs", "a/b", "..", ".", "registry", std::string("a\0b", 3)};
+    for (const std::string& application : applications) {
+        SaveSetting(application, "S", "k", application);
+        EXPECT_EQ(Saved(application, "S", "k"), application);
+    }
+    const auto files = StoredFiles(drive);
+    EXPECT_EQ(files.size(), std::size(applications));
+    EXPECT_THAT(files, testing::Each(testing::StartsWith("config/korlan/settings/")));
+    struct stat status {};
+    stat((drive.Top() / "config/korlan").c_str(), &status);
+    EXPECT_EQ(status.st_mode & 0777, 0700u);
+}
+
+TEST(Settings, AStoreThatCannotBeWrittenSaysSo) {
+    const TempDrive drive;
+    for (const auto& [application, section] : {std::pair("", "S"), {"A", ""}})
+        EXPECT_EQ(ErrorOf([&, a = application, s = section] { SaveSetting(a, s, "k", "v"); }), kErrInvalidCall);
+    EXPECT_EQ(ErrorOf([] { SaveSetting(std::string(300, 'a'), "S", "k", "v"); }), kErrInvalidCall);
+    std::filesystem::remove_all(drive.Top() / "config/korlan");
+    std::ofstream(drive.Top() / "config/korlan") << "a file in place of the folder";
+    EXPECT_EQ(ErrorOf([] { SaveSetting("Korlan", "S", "k", "v"); }), kErrInvalidCall);
+    EXPECT_EQ(Saved("Korlan", "S", "k"), "<none>");
+}
+
+TEST(Settings, LieInTheHomeFolderByDefault) {
+    const TempDrive drive;
+    const ScopedVariable home("HOME", (drive.Top() / "home").string());
+    std::filesystem::create_directory(drive.Top() / "home");
+    for (const std::optional<std::string>& configured :
+         {std::optional<std::string>(), std::optional<std::string>("relative")}) {
+        const ScopedVariable config("XDG_CONFIG_HOME", configured);
+        SaveSetting("Korlan", "Setup", "NoUpdt", "1");
+        EXPECT_THAT(StoredFiles(drive), testing::ElementsAre("home/.config/korlan/settings/korlan.ini"));
+    }
+}
+
+TEST(Registry, IsReadFromItsFile) {
+    const TempDrive drive;
+    const std::string shell = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell folders\\";
+    EXPECT_EQ(ReadRegistryText(RegistryRoot::CurrentUser, shell, "Cache"), "Not Found");
+    std::filesystem::create_directory(drive.Top() / "config/korlan");
+    std::ofstream(drive.Top() / "config/korlan/registry.ini")
+        << "[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders]\n"
+        << "Cache=C:\\Users\\x\\100%\\Cache\nEmpty=\nPercent=%\n[HKEY_LOCAL_MACHINE\\X]\nCache=machine\n";
+    const struct {
+        RegistryRoot root;
+        std::string key, value, expected;
+    } rows[] = {
+        {RegistryRoot::CurrentUser, shell, "Cache", "C:\\Users\\x\\100%\\Cache"},
+        {RegistryRoot::CurrentUser, shell, "CACHE", "C:\\Users\\x\\100%\\Cache"},
+        {RegistryRoot::CurrentUser, shell, "Empty", ""},
+        {RegistryRoot::CurrentUser, shell, "Percent", "%"},
+        {RegistryRoot::CurrentUser, shell, "Other", "Not Found"},
+        {RegistryRoot::LocalMachine, shell, "Cache", "Not Found"},
+        {RegistryRoot::LocalMachine, "X", "Cache", "machine"},
+    };
+    for (const auto& row : rows) EXPECT_EQ(ReadRegistryText(row.root, row.key, row.value), row.expected) << row.value;
+}
+
+// Two zones 26 hours apart never share a date.
+TEST(Clock, TodayIsTheUsersToday) {
+    const auto daysIn = [](const char* zone) {
+        const ScopedVariable variable("TZ", zone);
+        const CalendarDate date = Today();
+        std::tm time{};
+        time.tm_year = date.year - 1900, time.tm_mon = date.month - 1, time.tm_mday = date.day;
+        return timegm(&time) / 86'400;
+    };
+    const std::time_t now = std::time(nullptr);
+    const auto west = daysIn("<-12>12"), east = daysIn("<+14>-14");
+    EXPECT_EQ(west, (now - 12 * 3600) / 86'400);
+    EXPECT_EQ(east, (now + 14 * 3600) / 86'400);
+    tzset();
+}
+
+} // namespace
+} // namespace korlan

@@ -1,0 +1,96 @@
+#include "platform/TextLibrary.h"
+
+#include "platform/TextEncoding.h"
+#include "tests/support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace korlan {
+namespace {
+
+using test::TempDrive;
+
+std::string Message(std::int32_t identifier) {
+    return L32_Object_GetMessage(identifier).value_or("<none>");
+}
+
+TEST(TextLibrary, ReadsEveryLineItUnderstands) {
+    const TempDrive drive;
+    const struct {
+        std::string file;
+        std::int32_t identifier;
+        std::string expected;
+    } rows[] = {
+        {"99335=Kann nicht schreiben: ", 99335, "Kann nicht schreiben:"},
+        {"99335 Kann nicht schreiben: \r\n", 99335, "Kann nicht schreiben:"},
+        {"\t7\t\tSchliessen\t\r\n", 7, "Schliessen"},
+        {"007 = a = b", 7, "a = b"},
+        {"7==b", 7, "=b"},
+        {"7 first\n7 second\n", 7, "first"},
+        {"7\n7=\n7   \n7 second", 7, "second"}, // an empty text is none
+        {"7 a\\nb\\\\n\\t\\", 7, "a\nb\\n\\t\\"},
+        {"; 7 note\n;7=x\n\n8 y", 7, "<none>"},
+        {"; 7 note\n;7=x\n\n8 y", 8, "y"},
+        {"7x\n7;x\n7.5 x\n-7 x\n+7 x\n0x7 x\n0 x\n[7] x\nx 7\n99999999999 x", 7, "<none>"},
+        {"0 x", 0, "<none>"},
+        {"-7 x", -7, "<none>"},
+        {"2147483647 x", 2147483647, "x"},
+        {std::string("7 a\0b\n8 c", 9), 7, "<none>"},
+        {std::string("7 a\0b\n8 c", 9), 8, "c"},
+        {"7 Gr\xF6\xDF"
+         "e \x80",
+         7, "Größe €"},
+        {"7 Größe €", 7, "Größe €"},
+        {"\xEF\xBB\xBF"
+         "7 Größe",
+         7, "Größe"},
+        {"\xFF\xFE"
+         "7\0 \0x\0",
+         7, "<none>"},
+        {"", 7, "<none>"},
+    };
+    for (const auto& row : rows) {
+        drive.Write("KLNLOCAL.TXT", row.file);
+        L32_Object_Create("C:\\klnlocal.txt");
+        EXPECT_EQ(Message(row.identifier), row.expected) << row.file;
+    }
+}
+
+TEST(TextLibrary, AFileThatCannotBeReadLeavesNoTexts) {
+    const TempDrive drive;
+    drive.Write("good.txt", "7 x");
+    drive.Write("large.txt", "7 x\n" + std::string(4 * 1024 * 1024, ';'));
+    drive.MakeFolders("folder");
+    std::filesystem::create_symlink("/dev/zero", drive.HostPathOf("endless.txt"));
+    for (const char* path : {"C:\\none.txt", "C:\\large.txt", "C:\\folder", "C:\\endless.txt", "Q:\\x", ""}) {
+        L32_Object_Create("C:\\good.txt");
+        ASSERT_EQ(Message(7), "x");
+        L32_Object_Create(path);
+        EXPECT_EQ(Message(7), "<none>") << path;
+    }
+}
+
+TEST(TextEncoding, TellsUtf8FromTheCodePage) {
+    const struct {
+        std::string bytes, text;
+    } rows[] = {
+        {"plain", "plain"},
+        {"\x80\x92\x9F", "€’Ÿ"},
+        {"\xE9", "é"},
+        {"é€", "é€"},
+        {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
+        {"é\xE9", "Ã©é"},                    // not all of it is valid
+        {"\xC0\xAF", "À¯"},                  // overlong
+        {"\xED\xA0\x80", "í\xC2\xA0€"},      // a surrogate
+        {"\xF4\x90\x80\x80", "ô\xC2\x90€€"}, // beyond the last character
+        {"\xE2\x82", "â‚"},                  // cut short
+    };
+    for (const auto& row : rows) EXPECT_EQ(TextFromBytes(row.bytes), row.text);
+    EXPECT_EQ(BytesFromText("aé€Ж\xFF\xF0\x9F\x98\x80Ÿ"), "a\xE9\x80???\x9F");
+    std::string every;
+    for (int byte = 0; byte < 256; ++byte) every += static_cast<char>(byte);
+    EXPECT_EQ(BytesFromText(TextFromCodePage(every)), every);
+}
+
+} // namespace
+} // namespace korlan

@@ -1,0 +1,207 @@
+#include "tests/support/HttpServer.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <stdexcept>
+
+namespace korlan::test {
+
+HttpServer::HttpServer() {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    auto* general = reinterpret_cast<sockaddr*>(&address);
+    listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (listener_ < 0 || bind(listener_, general, size) != 0 || listen(listener_, 64) != 0 || pipe(stop_) != 0 ||
+        getsockname(listener_, general, &size) != 0)
+        throw std::runtime_error("the test server has no socket");
+    port_ = ntohs(address.sin_port);
+    acceptor_ = std::thread([this] { AcceptLoop(); });
+}
+
+HttpServer::~HttpServer() {
+    close(stop_[1]); // ends every wait
+    acceptor_.join();
+    for (std::thread& connection : connections_) connection.join();
+    close(listener_);
+    close(stop_[0]);
+}
+
+std::string HttpServer::Url(const std::string& target) const {
+    return "http://127.0.0.1:" + std::to_string(port_) + target;
+}
+
+void HttpServer::Answer(const std::string& target, HttpAnswer answer) {
+    const std::lock_guard lock(mutex_);
+    answers_[target] = std::move(answer);
+}
+
+void HttpServer::Redirect(const std::string& target, const std::string& location, int status) {
+    Answer(target, {.status = status, .reason = "Moved", .headers = {{"Location", location}}, .body = "moved"});
+}
+
+std::vector<HttpRequest> HttpServer::Requests() const {
+    const std::lock_guard lock(mutex_);
+    return requests_;
+}
+
+std::vector<std::string> HttpServer::Targets() const {
+    std::vector<std::string> targets;
+    for (const HttpRequest& request : Requests()) targets.push_back(request.target);
+    return targets;
+}
+
+std::uint64_t HttpServer::BytesSent(const std::string& target) const {
+    const std::lock_guard lock(mutex_);
+    const auto found = bytesSent_.find(target);
+    return found == bytesSent_.end() ? 0 : found->second;
+}
+
+int HttpServer::ConnectionsOpened() const {
+    const std::lock_guard lock(mutex_);
+    return opened_;
+}
+
+int HttpServer::MostConnectionsAtOnce() const {
+    const std::lock_guard lock(mutex_);
+    return mostAtOnce_;
+}
+
+bool HttpServer::AllConnectionsClosed() const {
+    std::unique_lock lock(mutex_);
+    return closed_.wait_for(lock, std::chrono::seconds(10), [this] { return open_ == 0; });
+}
+
+// Waits for one of the events; false when the server ends.
+bool HttpServer::WaitFor(int socket, short events) const {
+    std::array<pollfd, 2> waited{{{socket, events, 0}, {stop_[0], POLLIN, 0}}};
+    poll(waited.data(), waited.size(), -1);
+    return waited[1].revents == 0;
+}
+
+void HttpServer::AcceptLoop() {
+    while (WaitFor(listener_, POLLIN)) {
+        const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+        if (socket < 0) continue;
+        const int on = 1;
+        setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+        const std::lock_guard lock(mutex_);
+        ++opened_;
+        mostAtOnce_ = std::max(mostAtOnce_, ++open_);
+        connections_.emplace_back([this, socket] { Serve(socket); });
+    }
+}
+
+void HttpServer::Serve(int socket) {
+    std::string head;
+    while (ReadHead(socket, head)) {
+        const std::size_t from = head.find(' ') + 1;
+        const std::string target = head.substr(from, head.find(' ', from) - from);
+        HttpAnswer answer{.status = 404, .reason = "Not Found", .body = "no such page"};
+        {
+            const std::lock_guard lock(mutex_);
+            requests_.push_back({target, head});
+            if (const auto found = answers_.find(target); found != answers_.end()) answer = found->second;
+        }
+        if (!SendAnswer(socket, target, answer)) break;
+    }
+    close(socket);
+    const std::lock_guard lock(mutex_);
+    --open_;
+    closed_.notify_all();
+}
+
+bool HttpServer::ReadHead(int socket, std::string& head) const {
+    head.clear();
+    std::array<char, 4096> bytes;
+    while (!head.ends_with("\r\n\r\n")) {
+        if (!WaitFor(socket, POLLIN)) return false;
+        const ssize_t count = recv(socket, bytes.data(), bytes.size(), 0);
+        if (count < 0 && errno == EAGAIN) continue;
+        if (count <= 0) return false;
+        head.append(bytes.data(), static_cast<std::size_t>(count));
+        if (!head.starts_with("GET ")) return false;
+    }
+    return true;
+}
+
+bool HttpServer::Send(int socket, const char* data, std::size_t size) const {
+    while (size > 0) {
+        if (!WaitFor(socket, POLLOUT)) return false;
+        const ssize_t count = send(socket, data, size, MSG_NOSIGNAL);
+        if (count < 0 && errno == EAGAIN) continue;
+        if (count < 0) return false;
+        data += count;
+        size -= static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+void HttpServer::StallUntilHungUp(int socket) const {
+    char byte = 0;
+    while (WaitFor(socket, POLLIN)) {
+        const ssize_t count = recv(socket, &byte, 1, 0);
+        if (count == 0 || (count < 0 && errno != EAGAIN)) return;
+    }
+}
+
+// False when the connection is at its end.
+bool HttpServer::SendAnswer(int socket, const std::string& target, const HttpAnswer& answer) {
+    if (answer.stallsBeforeHeaders) {
+        StallUntilHungUp(socket);
+        return false;
+    }
+    std::string head = answer.informational + "HTTP/1.1 " + std::to_string(answer.status) + ' ' + answer.reason + "\r\n";
+    for (const auto& [name, value] : answer.headers) head.append(name).append(": ").append(value).append("\r\n");
+    const std::string length = answer.declaredLength.value_or(std::to_string(answer.body.size() + answer.filling));
+    if (answer.chunked)
+        head += "Transfer-Encoding: chunked\r\n";
+    else if (!length.empty())
+        head += "Content-Length: " + length + "\r\n";
+    head += "\r\n";
+    if (!Send(socket, head.data(), head.size()) || !SendBody(socket, target, answer)) return false;
+    return answer.chunked || !length.empty();
+}
+
+bool HttpServer::SendBody(int socket, const std::string& target, const HttpAnswer& answer) {
+    const std::uint64_t whole = answer.body.size() + answer.filling;
+    const std::uint64_t end = std::min({whole, answer.stallsAfter.value_or(whole), answer.cutsAfter.value_or(whole)});
+    for (std::uint64_t at = 0; at < end;) {
+        const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(end - at, answer.pieceSize));
+        if (!SendPiece(socket, target, answer, at, size)) return false;
+        at += size;
+    }
+    if (answer.stallsAfter) StallUntilHungUp(socket);
+    if (answer.stallsAfter || answer.cutsAfter) return false;
+    return !answer.chunked || Send(socket, "0\r\n\r\n", 5);
+}
+
+bool HttpServer::SendPiece(int socket, const std::string& target, const HttpAnswer& answer, std::uint64_t at,
+                           std::size_t size) {
+    std::string piece;
+    if (at < answer.body.size()) piece = answer.body.substr(static_cast<std::size_t>(at), size);
+    piece.append(size - piece.size(), 'x');
+    {
+        const std::lock_guard lock(mutex_);
+        bytesSent_[target] += size;
+    }
+    if (answer.chunked) {
+        std::array<char, 20> length{};
+        std::snprintf(length.data(), length.size(), "%zx\r\n", size);
+        piece = length.data() + piece + "\r\n";
+    }
+    return Send(socket, piece.data(), piece.size());
+}
+
+} // namespace korlan::test

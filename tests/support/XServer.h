@@ -1,0 +1,92 @@
+// A real X server without a screen, and windows of another program on it. $DISPLAY points to the server while the
+// object lives. A program that cannot be started throws: the test fails, it does not pass by.
+#pragma once
+
+#include <sys/types.h>
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace korlan::test {
+
+// A child process, ended with the object.
+class ChildProcess {
+public:
+    explicit ChildProcess(const std::vector<std::string>& command, int keepOpen = -1);
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+    ~ChildProcess() { End(); }
+    void End();
+
+private:
+    pid_t pid_;
+};
+
+class XServer {
+public:
+    XServer();
+    ~XServer();
+    void Stop();
+
+private:
+    int ready_[2]; // the server writes its display's number into it
+    std::string oldDisplay_;
+    ChildProcess process_;
+};
+
+// Another program: its own connection, its own windows. Everything it reads comes from the server, not from the code
+// under test.
+class OtherProgram {
+public:
+    OtherProgram();
+    OtherProgram(const OtherProgram&) = delete;
+    OtherProgram& operator=(const OtherProgram&) = delete;
+    ~OtherProgram() { xcb_disconnect(connection_); }
+
+    xcb_connection_t* Connection() const { return connection_; }
+    xcb_window_t Root() const { return root_; }
+    xcb_atom_t Atom(const std::string& name) const;
+
+    // A window of 200 by 100 at 10, 20 that shows itself to a window manager when `shown`.
+    xcb_window_t MakeWindow(const std::string& title, bool shown, xcb_window_t parent = XCB_WINDOW_NONE) const;
+    void Show(xcb_window_t window) const;
+    void Destroy(xcb_window_t window) const;
+    void SetProperty(xcb_window_t window, const std::string& name, const std::string& type,
+                     const std::string& bytes) const;
+    void SetNumbers(xcb_window_t window, const std::string& name, const std::string& type,
+                    const std::vector<std::uint32_t>& values) const;
+
+    std::string TextProperty(xcb_window_t window, const std::string& name) const;
+    std::vector<std::uint32_t> NumberProperty(xcb_window_t window, const std::string& name) const;
+    bool Exists(xcb_window_t window) const;
+    bool Viewable(xcb_window_t window) const;
+    xcb_window_t Parent(xcb_window_t window) const;
+    xcb_window_t Frame(xcb_window_t window) const;                   // the child of the root it stands in
+    std::vector<xcb_window_t> TopDown() const;                       // children of the root, top first
+    std::vector<std::int32_t> FramePlace(xcb_window_t window) const; // left, top, width, height
+
+    // Waits for an event of this kind about this window; false when none comes within two seconds.
+    bool WaitFor(std::uint8_t event, xcb_window_t window) const;
+    void Sync() const;
+
+private:
+    xcb_connection_t* connection_;
+    xcb_window_t root_;
+};
+
+// True as soon as the condition holds, false when it does not within five seconds.
+template <class Condition>
+bool Eventually(Condition condition);
+
+void SleepMilliseconds(int milliseconds);
+
+template <class Condition>
+bool Eventually(Condition condition) {
+    for (int i = 0; i < 500; ++i, SleepMilliseconds(10))
+        if (condition()) return true;
+    return false;
+}
+
+} // namespace korlan::test

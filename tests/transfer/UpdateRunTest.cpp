@@ -1,0 +1,214 @@
+#include "transfer/UpdateRun.h"
+
+#include "tests/support/HttpServer.h"
+#include "tests/support/ProgramTest.h"
+#include "tests/support/ZipWriter.h"
+
+#include <algorithm>
+
+namespace korlan {
+namespace {
+
+using test::Desktop;
+using test::Process;
+using test::ShownBox;
+
+constexpr std::int32_t kStamp = 1078477632; // 5-3-2004,9:7:12 UTC
+constexpr const char* kDate = "5-3-2004,9:7:12";
+
+class UpdateRunTest : public test::ProgramTest {
+protected:
+    UpdateRunTest() { Suite.UpdateUrl = server.Url("/u"); }
+
+    static std::string Archive(const std::string& member, const std::string& data) {
+        return test::ZipWriter().Add({.name = member, .data = data, .extendedTime = kStamp}).Bytes();
+    }
+    // A marked record with its row, checked, and its archive on the server.
+    void Offer(const std::string& name, const std::string& folder, const std::string& data, bool onServer = true) {
+        FileRecord record;
+        record.FileName = name;
+        record.FileZipName = record.ServerZipName = name + ".zip";
+        record.Filedate = kDate;
+        record.LocalFolder = "C:\\KORLAN\\" + folder;
+        record.LocalFile = record.LocalFolder + name;
+        record.TempZipFile = Suite.TempFolder + "\\" + record.ServerZipName;
+        record.UpdateFlag = 1;
+        Tables.FileArray.Append(record);
+        list.AddRow(list.Count() + 1, name, name, "NOTDELETE");
+        list.SetChecked(list.Count(), true);
+        if (onServer) server.Answer("/u/" + name + ".zip", {.body = Archive(name, data)});
+    }
+    std::string Size(std::int32_t row) { return list.Row(row).subItems.at(1); }
+    std::string Status(std::int32_t row) {
+        const auto& items = list.Row(row).subItems;
+        return items.size() < 3 ? "" : items[2];
+    }
+    std::size_t Asked(const std::string& name) {
+        const auto targets = server.Targets();
+        return static_cast<std::size_t>(std::count(targets.begin(), targets.end(), "/u/" + name + ".zip"));
+    }
+
+    test::HttpServer server;
+    ListView& list = frmUpdate.lvwFilesList;
+};
+
+TEST_F(UpdateRunTest, FetchesAndInstallsWhatIsChecked) {
+    drive.Write("KORLAN/A.DLL", "old");
+    drive.SetMode("KORLAN/A.DLL", 0444);
+    Offer("A.DLL", "", "new a");
+    FileRecord unmarked = Tables.FileArray[1];
+    unmarked.UpdateFlag = 0;
+    Tables.FileArray.Append(unmarked);
+    Offer("B.DLL", "SYS\\NEW\\", std::string(5000, 'b'));
+    Offer("C.DLL", "SYS\\", "not wanted");
+    Offer("klnupdta.exe", "", "updater");
+    list.SetChecked(3, false);
+
+    EXPECT_EQ(UpdateFilesFromWeb(), 0);
+    EXPECT_EQ(Run.DownloadFailed, 0);
+    EXPECT_EQ(drive.Read("KORLAN/A.DLL"), "new a");
+    EXPECT_EQ(drive.Read("KORLAN/SYS/NEW/B.DLL"), std::string(5000, 'b'));
+    EXPECT_FALSE(drive.Exists("KORLAN/SYS/C.DLL"));
+    EXPECT_EQ(Asked("A.DLL"), 3u); // one probe, two requests of the download
+    EXPECT_EQ(Asked("C.DLL"), 0u);
+    EXPECT_EQ(Size(1), "1KB");
+    EXPECT_EQ(Size(2), "5KB");
+    EXPECT_EQ(Status(1), "Updated");
+    EXPECT_EQ(Status(3), "");
+    EXPECT_TRUE(list.Row(2).bold);
+    EXPECT_FALSE(list.Row(3).bold);
+    EXPECT_EQ(Run.NewUpdaterLoaded, 1);
+    EXPECT_EQ(std::vector<std::string>(Tables.UpdatedFiles.begin(), Tables.UpdatedFiles.end()),
+              (std::vector<std::string>{"A.DLL.zip", "B.DLL.zip", "klnupdta.exe.zip"}));
+    ASSERT_EQ(Process().started.size(), 2u);
+    EXPECT_EQ(Process().started[0].commandLine, "regsvr32 /u /s \"C:\\KORLAN\\A.DLL\"");
+    EXPECT_EQ(Process().started[1].commandLine, "regsvr32 /s \"C:\\KORLAN\\A.DLL\"");
+    EXPECT_TRUE(Desktop().boxes.empty());
+
+    EXPECT_EQ(UpdateFilesFromWeb(), 0); // a run starts its list and its flag afresh
+    EXPECT_EQ(Tables.UpdatedFiles.UpperBound(), 3);
+}
+
+TEST_F(UpdateRunTest, AFailedTransferStopsBeforeTheInstallPassAndRetryResumesThere) {
+    Offer("A.DLL", "", "new a");
+    Offer("B.DLL", "", std::string(9000, 'b'));
+    Offer("C.DLL", "", "new c");
+    const std::string whole = Archive("B.DLL", std::string(9000, 'b'));
+    server.Answer("/u/B.DLL.zip", {.body = whole, .cutsAfter = 4000});
+
+    EXPECT_EQ(UpdateFilesFromWeb(), 0);
+    EXPECT_EQ(Run.DownloadFailed, 1);
+    EXPECT_EQ(frmUpdate.ResumeIndex, 2);
+    EXPECT_TRUE(frmUpdate.CmdRetry.Visible());
+    EXPECT_FALSE(frmUpdate.cmdUpdate.Visible());
+    EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "Live Update Failed.Click Retry to try again");
+    EXPECT_FALSE(drive.Exists("KORLAN/Temp/B.DLL.zip")); // the part is gone, the first archive stays
+    EXPECT_TRUE(drive.Exists("KORLAN/Temp/A.DLL.zip"));
+    EXPECT_FALSE(drive.Exists("KORLAN/A.DLL"));
+    EXPECT_EQ(Asked("C.DLL"), 0u);
+
+    server.Answer("/u/B.DLL.zip", {.body = whole});
+    frmUpdate.IsRetry = 1;
+    EXPECT_EQ(UpdateFilesFromWeb(), 0);
+    EXPECT_EQ(Run.DownloadFailed, 0);
+    EXPECT_EQ(Asked("A.DLL"), 3u); // not fetched again
+    for (const char* name : {"KORLAN/A.DLL", "KORLAN/B.DLL", "KORLAN/C.DLL"}) EXPECT_TRUE(drive.Exists(name)) << name;
+    for (std::int32_t row = 1; row <= 3; ++row) EXPECT_EQ(Status(row), "Updated") << row;
+}
+
+TEST_F(UpdateRunTest, ASizeOfZeroEndsInTheErrorHandler) {
+    Offer("A.DLL", "", "new a");
+    Offer("GONE.DLL", "", "", false);
+    drive.Write("KORLAN/GONE.DLL", "installed");
+    EXPECT_EQ(UpdateFilesFromWeb(), 1);
+    EXPECT_EQ(Run.DownloadFailed, 1);
+    EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "LiveUpdate Failed.Click Retry to try again");
+    EXPECT_TRUE(frmUpdate.CmdRetry.Visible());
+    EXPECT_EQ(drive.Read("KORLAN/GONE.DLL"), "installed"); // no archive there, so the file stays
+    ASSERT_EQ(Desktop().boxes.size(), 1u);
+    EXPECT_EQ(Desktop().boxes[0].text, "File Not Found : " + server.Url("/u/GONE.DLL.zip"));
+}
+
+TEST_F(UpdateRunTest, AnArchiveLeftOverIsReusedWhenItHoldsTheCataloguesVersion) {
+    const struct {
+        const char* what;
+        std::string bytes;
+        bool reused;
+    } cases[] = {
+        {"current", Archive("A.DLL", "kept"), true},
+        {"another time", test::ZipWriter().Add({.name = "A.DLL", .data = "x", .extendedTime = kStamp + 1}).Bytes(), false},
+        {"another file", Archive("B.DLL", "x"), false},
+        {"damaged", "PK no archive", false},
+    };
+    for (const auto& c : cases) {
+        Tables.FileArray.Clear();
+        list.ClearRows();
+        Offer("A.DLL", "", "fetched");
+        drive.Write("KORLAN/Temp/A.DLL.zip", c.bytes);
+        const std::size_t before = Asked("A.DLL");
+        EXPECT_EQ(UpdateFilesFromWeb(), 0) << c.what;
+        EXPECT_EQ(drive.Read("KORLAN/A.DLL"), c.reused ? "kept" : "fetched") << c.what;
+        EXPECT_EQ(Asked("A.DLL") - before, c.reused ? 0u : 3u) << c.what;
+        EXPECT_FALSE(drive.Exists("KORLAN/Temp/A.DLL")) << c.what;
+        if (!c.reused) EXPECT_EQ(Size(1), " 0KB") << c.what; // untrimmed, and 0 stays
+    }
+}
+
+TEST_F(UpdateRunTest, InstallsLibrariesAndModelsByTheirKind) {
+    Suite.SuiteVersion = "1.61";
+    Offer("X.SYMBOL", "LIB\\", "symbols");
+    Offer("M.SPC", "SYS\\", "models");
+    Offer("subcir.idx", "KDS_CML\\", "index");
+    Offer("P.PART", "LIB\\", "parts"); // without a part index on the disk: nothing to bring in step
+    drive.Write("KORLAN/SYS/M.SPC", "mine\r\n");
+    drive.Write("KORLAN/SYS/TESSARY.INI", "[SCHLIBS]\r\n1=OLD.SYMBOL\r\n");
+    Suite.SysDir = "C:\\KORLAN\\SYS";
+    EXPECT_EQ(UpdateFilesFromWeb(), 0);
+    EXPECT_EQ(drive.Read("KORLAN/LIB/P.PART"), "parts");
+    EXPECT_EQ(drive.Read("KORLAN/SYS/M.SPC"), "mine\r\n\r\n\r\n\r\n\r\nmodels\r\n");
+    const std::string ini = drive.Read("KORLAN/SYS/TESSARY.INI");
+    for (const char* line : {"X.SYMBOL", "[LIVEUPDATESPCFILEFROMWEB]", "1=M.SPC.zip", "SPCFILEMDB=1"})
+        EXPECT_NE(ini.find(line), std::string::npos) << line << " in\n" << ini;
+    for (std::int32_t row = 1; row <= 4; ++row) EXPECT_EQ(Status(row), "Updated") << row;
+}
+
+TEST_F(UpdateRunTest, AHostileArchiveWritesNothingOutsideItsFolder) {
+    drive.Write("outside.txt", "mine");
+    Offer("A.DLL", "SYS\\", "");
+    server.Answer("/u/A.DLL.zip", {.body = test::ZipWriter()
+                                               .Add({.name = "../../outside.txt", .data = "theirs"})
+                                               .Add({.name = "C:\\outside.txt", .data = "theirs"})
+                                               .Add({.name = "sub/A.DLL", .data = "new", .extendedTime = kStamp})
+                                               .Bytes()});
+    EXPECT_EQ(UpdateFilesFromWeb(), 0);
+    EXPECT_EQ(drive.Read("outside.txt"), "mine");
+    EXPECT_EQ(drive.Read("KORLAN/SYS/A.DLL"), "new");
+    EXPECT_EQ(drive.Names("KORLAN/SYS"), std::vector<std::string>{"A.DLL"});
+}
+
+TEST_F(UpdateRunTest, CreatesTheCataloguesFoldersInsideTheInstallation) {
+    for (const char* folder : {"\\Help\\Main", "Ignored\\Docs", "\\Help\\Main", "nothing"})
+        Tables.NewFolderArray.Append({folder, folder});
+    Tables.NewFolderArray.Append({"\\..\\..\\evil", "NF"});
+    Tables.NewFolderArray.Append({"\\Later", "NF2"});
+    CreateNewFolders();
+    for (const char* folder : {"KORLAN/Help/Main", "KORLAN/Docs"}) EXPECT_TRUE(drive.Exists(folder)) << folder;
+    EXPECT_FALSE(drive.Exists("evil"));
+    EXPECT_FALSE(drive.Exists("KORLAN/Later")); // the first failure ends it
+    EXPECT_FALSE(drive.Exists("KORLAN/nothing"));
+}
+
+TEST_F(UpdateRunTest, CleansUpTheTemporaryFolderOnly) {
+    drive.Write("KORLAN/Temp/a.zip", "x");
+    drive.Write("KORLAN/Temp/sub/keep.txt", "x");
+    drive.SetMode("KORLAN/Temp/a.zip", 0444);
+    drive.Write("KORLAN/keep.txt", "x");
+    CleanUpTemporaryFiles();
+    EXPECT_EQ(drive.Names("KORLAN/Temp"), std::vector<std::string>{"sub"});
+    EXPECT_TRUE(drive.Exists("KORLAN/keep.txt"));
+    Suite.TempFolder = "C:\\KORLAN\\NoSuch";
+    CleanUpTemporaryFiles();
+}
+
+} // namespace
+} // namespace korlan

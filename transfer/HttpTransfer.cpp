@@ -1,0 +1,172 @@
+#include "transfer/HttpTransfer.h"
+
+#include "app/Settings.h"
+#include "app/TextHelpers.h"
+#include "app/frmUpdate.h"
+#include "app/localise/LocalText.h"
+#include "platform/FileSystem.h"
+#include "platform/FormHost.h"
+#include "platform/Http.h"
+#include "platform/MsgBox.h"
+#include "platform/RuntimeError.h"
+
+#include <array>
+
+namespace korlan {
+namespace {
+
+constexpr std::size_t kBlockSize = 1024;
+constexpr std::int32_t kErrInternet = -2147220504; // the object-error base plus 1000
+
+constexpr const char* kAgent = "KlnUpdt";
+
+std::string EscapedUrl(const std::string& url) { return Replace(url, "#", "%23"); }
+
+bool YieldUnlessCancelled() {
+    DoEvents();
+    return Run.CancelRequested == 0;
+}
+
+class HttpSession {
+public:
+    HttpSession() : handle_(OpenHttpSession(kAgent, YieldUnlessCancelled)) {
+        if (handle_ == 0) throw RuntimeError(kErrInternet, "An error occurred calling InternetOpen function");
+    }
+    ~HttpSession() { CloseHttpHandle(handle_); }
+    HttpSession(const HttpSession&) = delete;
+    HttpSession& operator=(const HttpSession&) = delete;
+
+    HttpHandle OpenUrl(const std::string& url) const {
+        // Kept: every file is asked for twice and the second answer is read.
+        OpenHttpUrl(handle_, url);
+        const HttpHandle opened = OpenHttpUrl(handle_, url);
+        if (opened == 0) throw RuntimeError(kErrInternet, "An error occurred calling InternetOpenUrl function");
+        return opened;
+    }
+
+private:
+    HttpHandle handle_;
+};
+
+void EraseOlderCopy(const std::string& path) {
+    try {
+        SetAttributesNormal(path);
+    } catch (const RuntimeError&) { // mostly there is no older copy
+    }
+    try {
+        EraseFile(path);
+    } catch (const RuntimeError&) { // creating the file will tell
+    }
+}
+
+std::string KilobyteText(std::int32_t bytes) { return SignedText(RoundHalfEven(bytes / 1024.0)); }
+
+// The text on the message line. Everything that stays the same from block to block is put together once.
+class ProgressLine {
+public:
+    ProgressLine(const std::string& fileName, std::int32_t fileSize)
+        : before_(fileName + " - " + GetLocalText("Transferred : ", "991877")),
+          between_(GetLocalText("KB", "991850") + GetLocalText(" of ", "52128") + KilobyteText(fileSize) +
+                   GetLocalText("KB", "991850") + " - "),
+          after_(GetLocalText("% complete", "991879")) {}
+
+    void Show(std::int32_t received, std::int32_t percent) {
+        text_ = before_;
+        text_ += KilobyteText(received);
+        text_ += between_;
+        text_ += SignedText(percent);
+        text_ += after_;
+        EditMsgline(text_);
+    }
+
+private:
+    std::string before_, between_, after_, text_;
+};
+
+// Counts what has come and shows it. The counts are 32-bit; outgrowing that raises 6.
+class Progress {
+public:
+    Progress(const std::string& fileName, std::int32_t fileSize) : fileSize_(fileSize), line_(fileName, fileSize) {}
+
+    void Add(std::size_t bytes) {
+        if (fileSize_ == 0) return;
+        received_ = RoundHalfEven(static_cast<double>(received_) + static_cast<double>(bytes));
+        percent_ = RoundHalfEven(static_cast<double>(received_) / fileSize_ * 100);
+        line_.Show(received_, percent_);
+    }
+    bool Complete() const { return percent_ == 100; }
+
+private:
+    std::int32_t fileSize_;
+    std::int32_t received_ = 0;
+    std::int32_t percent_ = 0;
+    ProgressLine line_;
+};
+
+void ReadToFile(HttpHandle url, OutputFile& file, Progress& progress, std::int32_t showStatus) {
+    std::array<char, kBlockSize> block;
+    do {
+        std::size_t read = 0;
+        const bool well = ReadHttpBlock(url, block, read);
+        if (!well && Run.CancelRequested != 0) throw RuntimeError(kErrDeliberateAbort);
+        if (read == 0) {
+            file.Close(); // a disk that is full now is an error like one that was full before
+            Run.DownloadFailed = 1;
+            return;
+        }
+        file.Write({block.data(), read});
+        progress.Add(read);
+        if (showStatus != 0) LiveUpdateStatus();
+        DoEvents();
+    } while (Run.CancelRequested == 0);
+}
+
+} // namespace
+
+void DownloadFile(const std::string& url, const std::string& saveAs, std::int32_t& done, std::int32_t& fileSize,
+                  std::string& fileName, std::int32_t& showStatus) {
+    try {
+        if (url.empty() || saveAs.empty()) throw RuntimeError(kErrInvalidCall);
+        const HttpSession session;
+        const HttpHandle opened = session.OpenUrl(EscapedUrl(url));
+        EraseOlderCopy(saveAs);
+        OutputFile file(saveAs, OutputFile::Mode::Create);
+        Progress progress(fileName, fileSize);
+        ReadToFile(opened, file, progress, showStatus);
+        if (progress.Complete()) Run.DownloadFailed = 0;
+        if (Run.CancelRequested != 0) throw RuntimeError(kErrDeliberateAbort);
+        done = 1;
+    } catch (const RuntimeError&) { // the caller looks at done and DownloadFailed; nothing is shown
+    }
+}
+
+std::int32_t GetWebFileInformation(const std::string& url, std::int32_t& size, bool& exists) {
+    TransferControl inet(kAgent);
+    inet.SetUrl(EscapedUrl(url));
+    inet.ExecuteGet();
+    while (inet.StillExecuting()) DoEvents();
+
+    const std::string code = Left(Mid(inet.GetHeader(), 10), 3); // of "HTTP/1.1 404 Not Found"
+    if (code == "401") {
+        ShowMsgBox("Unauthorized Access, Download Terminated!" + url, kBoxOkOnly, GetSysName());
+        return 0;
+    }
+    if (code == "403") {
+        ShowMsgBox("Access Denied, Download Terminated!" + url, kBoxOkOnly, GetSysName());
+        size = 0;
+        inet.Cancel();
+        return 0;
+    }
+    if (code == "404") {
+        ShowMsgBox("File Not Found : " + url, kBoxOkOnly, GetSysName());
+        exists = false;
+        size = 0;
+        inet.Cancel();
+        return 0;
+    }
+    exists = true;
+    size = ToInteger(inet.GetHeader("Content-Length"));
+    return 1;
+}
+
+} // namespace korlan
