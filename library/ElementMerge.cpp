@@ -47,8 +47,17 @@ constexpr ElementKind SymbolLike(LocalWord alreadyStored, LocalWord word) {
 
 // Padstacks have no question of their own; they ask as packages.
 constexpr ElementKind kKinds[] = {
-    {kPartLibraryType, {" Part is already stored in lib:", "991483"}, {"Part ", "5828"}, 13, 15, 17, 20, D_Device,
-     DB_DeviceMap, D_LoadDevice, D_SaveDevice},
+    {kPartLibraryType,
+     {" Part is already stored in lib:", "991483"},
+     {"Part ", "5828"},
+     13,
+     15,
+     17,
+     20,
+     D_Device,
+     DB_DeviceMap,
+     D_LoadDevice,
+     D_SaveDevice},
     SymbolLike({" Symbol is already stored in lib:", "991882"}, {"Symbol ", "4467"}),
     SymbolLike({" Package is already stored in lib:", "991482"}, {" Package ", "991884"}),
     SymbolLike({" Package is already stored in lib:", "991482"}, {" Padstack ", "991883"}),
@@ -184,8 +193,7 @@ struct Merge {
 
 void FillItemsList(const std::string& libraryPath) {
     Elements = {};
-    const OpenedLibrary library(libraryPath,
-                                Right(libraryPath, 5) == ".PART" ? kPartLibraryType : kSymbolLibraryType);
+    const OpenedLibrary library(libraryPath, Right(libraryPath, 5) == ".PART" ? kPartLibraryType : kSymbolLibraryType);
     Elements.library = library.Handle();
     if (!library.IsOpen()) return;
     for (std::string name; !(name = SuiteText(E_GetLibDirName())).empty();) Elements.names.Append(name);

@@ -36,8 +36,12 @@ void LoadList(Table<Entry>& list, const char* section, FromValue fromValue) {
     }
 }
 
-const std::string& NameOf(const std::string& name) { return name; }
-const std::string& NameOf(const LibraryFlag& flag) { return flag.name; }
+const std::string& NameOf(const std::string& name) {
+    return name;
+}
+const std::string& NameOf(const LibraryFlag& flag) {
+    return flag.name;
+}
 
 // Place of the name in the list, 0 = none.
 template <typename Entry>

@@ -46,8 +46,8 @@ void E_CloseLibrary(LibraryHandle library);
 using ElementHandle = std::int32_t; // greater than 0; 0 = none
 using MapHandle = std::int32_t;     // the map of the loaded elements of one sort
 
-ElementHandle D_Device();  // a new part without content, in the map under an empty name; 0 on failure
-MapHandle DB_DeviceMap();  // the loaded parts
+ElementHandle D_Device(); // a new part without content, in the map under an empty name; 0 on failure
+MapHandle DB_DeviceMap(); // the loaded parts
 // From the element that E_OpenLibToRead prepared, name included; into the one that E_OpenLibToWrite prepared.
 bool D_LoadDevice(ElementHandle part, LibraryHandle library);
 bool D_SaveDevice(ElementHandle part, LibraryHandle library);
@@ -64,7 +64,7 @@ bool S_LoadSymbol(ElementHandle symbol, LibraryHandle library);
 bool S_SaveSymbol(ElementHandle symbol, LibraryHandle library);
 
 // ---- maps; names match without regard to case ----
-bool OM_Delete(MapHandle map, const std::string& name); // false when there is none of that name
+bool OM_Delete(MapHandle map, const std::string& name);        // false when there is none of that name
 bool O_Rename(ElementHandle element, const std::string& name); // false when another one in its map has the name
 ElementHandle OM_GetFirst(MapHandle map);
 ElementHandle OM_SearchName(MapHandle map, const std::string& name);

@@ -86,7 +86,9 @@ void RequireApart(Places& bodies) {
 
 } // namespace
 
-bool SameName(std::string_view left, std::string_view right) { return Capitals(left) == Capitals(right); }
+bool SameName(std::string_view left, std::string_view right) {
+    return Capitals(left) == Capitals(right);
+}
 
 std::optional<Kind> KindOfExtension(std::string_view path) {
     const std::string extension = Capitals(path.substr(std::min(path.rfind('.'), path.size())));
@@ -147,7 +149,8 @@ LibraryFile ParseLibrary(std::string_view bytes) {
 std::string LibraryBytes(const LibraryFile& library) {
     std::string bodies, directory;
     for (const Element& element : library.elements) {
-        if (element.name.empty() || element.name.size() > kLongestName || element.descriptor.size() > kLongestDescriptor)
+        if (element.name.empty() || element.name.size() > kLongestName ||
+            element.descriptor.size() > kLongestDescriptor)
             throw LibraryFileError("a text of impossible length: " + element.name);
         AppendNumber(directory, kHeadSize + bodies.size(), 4);
         AppendNumber(directory, element.body.size(), 4);

@@ -124,7 +124,7 @@ int32_t E_SetString(const char* name, const char* value) {
 const char* E_GetString(const char* name) {
     static std::string answer;
     const auto found = memory.strings.find(name);
-    answer = found != memory.strings.end() ? found->second
+    answer = found != memory.strings.end()    ? found->second
              : std::string(name) == "IniFile" ? IniFileFromFolder()
                                               : std::string();
     return answer.c_str();
@@ -196,12 +196,22 @@ const char* E_GetLibDirName(void) {
     return memory.directory[memory.nextName++].c_str();
 }
 
-int32_t E_CloseLibrary(int32_t library) { return memory.libraries.erase(library) != 0 ? 1 : 0; }
+int32_t E_CloseLibrary(int32_t library) {
+    return memory.libraries.erase(library) != 0 ? 1 : 0;
+}
 
-int32_t D_Device(void) { return NewElement(kDeviceMap); }
-int32_t DB_DeviceMap(void) { return kDeviceMap; }
-int32_t D_LoadDevice(int32_t device, int32_t library) { return Load(kDeviceMap, device, library); }
-int32_t D_SaveDevice(int32_t device, int32_t library) { return Save(kDeviceMap, device, library); }
+int32_t D_Device(void) {
+    return NewElement(kDeviceMap);
+}
+int32_t DB_DeviceMap(void) {
+    return kDeviceMap;
+}
+int32_t D_LoadDevice(int32_t device, int32_t library) {
+    return Load(kDeviceMap, device, library);
+}
+int32_t D_SaveDevice(int32_t device, int32_t library) {
+    return Save(kDeviceMap, device, library);
+}
 
 int32_t D_ReadDevice(int32_t device, SuiteDevice* record) {
     const LoadedElement* loaded = FindLoaded(kDeviceMap, device);
@@ -210,10 +220,18 @@ int32_t D_ReadDevice(int32_t device, SuiteDevice* record) {
     return 1;
 }
 
-int32_t S_Symbol(void) { return NewElement(kSymbolMap); }
-int32_t DB_SymbMap(void) { return kSymbolMap; }
-int32_t S_LoadSymbol(int32_t symbol, int32_t library) { return Load(kSymbolMap, symbol, library); }
-int32_t S_SaveSymbol(int32_t symbol, int32_t library) { return Save(kSymbolMap, symbol, library); }
+int32_t S_Symbol(void) {
+    return NewElement(kSymbolMap);
+}
+int32_t DB_SymbMap(void) {
+    return kSymbolMap;
+}
+int32_t S_LoadSymbol(int32_t symbol, int32_t library) {
+    return Load(kSymbolMap, symbol, library);
+}
+int32_t S_SaveSymbol(int32_t symbol, int32_t library) {
+    return Save(kSymbolMap, symbol, library);
+}
 
 int32_t OM_Delete(int32_t map, const char* name) {
     return memory.loaded.erase(OM_SearchName(map, name)) != 0 ? 1 : 0;

@@ -79,11 +79,15 @@ void Sample::Serve() {
     if (!Answers(port_)) throw std::runtime_error("the sample's server does not answer");
 }
 
+void Sample::StopServer() {
+    if (server_ <= 0) return;
+    kill(server_, SIGTERM);
+    waitpid(server_, nullptr, 0);
+    server_ = -1;
+}
+
 Sample::~Sample() {
-    if (server_ > 0) {
-        kill(server_, SIGTERM);
-        waitpid(server_, nullptr, 0);
-    }
+    StopServer();
     std::error_code ignored;
     fs::remove_all(out_, ignored);
 }

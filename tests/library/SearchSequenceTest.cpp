@@ -1,0 +1,90 @@
+#include "library/SearchSequence.h"
+
+#include "tests/support/Installation.h"
+
+namespace korlan::test {
+
+namespace {
+
+class SearchSequenceTest : public Installation {};
+
+const std::string kSeven = "1=A.PART\r\n2=B.PART\r\n3=C.PART\r\n4=D.PART\r\n5=E.PART\r\n6=F.PART\r\n7=G.PART\r\n";
+
+} // namespace
+
+TEST_F(SearchSequenceTest, AddsWhatIsNotListed) {
+    constexpr std::int32_t kAsked = -1; // GetSSQNum instead of UpdateLibSSQ
+    const struct {
+        const char* what;
+        std::int32_t kind;
+        std::string name, before, after;
+        std::int32_t position;
+    } cases[] = {
+        {"position 8 behind seven", kAsked, "New.Part",
+         "[DEVLIBS]\r\n" + kSeven + "[KLN_DEVLIBS]\r\n1=A.PART,1\r\n2=B.PART,0\r\n",
+         "[DEVLIBS]\r\n" + kSeven + "8=NEW.PART\r\n[KLN_DEVLIBS]\r\n1=A.PART,1\r\n2=B.PART,0\r\n3=NEW.PART,1\r\n", 8},
+        {"only the case differs", kAsked, "c.pArT", "[DEVLIBS]\r\n" + kSeven, "[DEVLIBS]\r\n" + kSeven, 3},
+        {"letters beyond ASCII too", kAsked, "\xC3\xBC.PART", "[DEVLIBS]\r\n1=\xC3\x9C.PART\r\n",
+         "[DEVLIBS]\r\n1=\xC3\x9C.PART\r\n", 1},
+        {"no section", kAsked, "a.part", "[X]\r\n", "[X]\r\n[DEVLIBS]\r\n1=A.PART\r\n[KLN_DEVLIBS]\r\n1=A.PART,1\r\n",
+         1},
+        {"a gap ends the list", kAsked, "N.PART", "[DEVLIBS]\r\n1=A.PART\r\n2=\r\n3=C.PART\r\n",
+         "[DEVLIBS]\r\n1=A.PART\r\n2=N.PART\r\n3=C.PART\r\n[KLN_DEVLIBS]\r\n1=N.PART,1\r\n", 2},
+        {"flag already there", 2, "S.SYMBOL", "[SCHLIBS]\r\n[KLN_SCHLIBS]\r\n1=s.symbol,0\r\n",
+         "[SCHLIBS]\r\n1=S.SYMBOL\r\n[KLN_SCHLIBS]\r\n1=s.symbol,0\r\n", 0},
+        {"listed without a flag", 3, "P.PACKAGE", "[LAYLIBS]\r\n1=p.package\r\n", "[LAYLIBS]\r\n1=p.package\r\n", 0},
+        {"packages", 3, "p.Package", "", "[LAYLIBS]\r\n1=P.PACKAGE\r\n[KLN_LAYLIBS]\r\n1=P.PACKAGE,1\r\n", 0},
+        {"padstacks", 4, "p.padstack", "", "[PADLIBS]\r\n1=P.PADSTACK\r\n[KLN_PADLIBS]\r\n1=P.PADSTACK,1\r\n", 0},
+        {"parts are not added so", 1, "A.PART", "[X]\r\n", "[X]\r\n", 0},
+        {"unknown kinds", 0, "A.SYMBOL", "[X]\r\n", "[X]\r\n", 0},
+        {"unknown kinds", 5, "A.SYMBOL", "[X]\r\n", "[X]\r\n", 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.what) + ": " + c.name + " into\n" + c.before);
+        drive.Write(kIni, c.before);
+        LoadSearchSequences();
+        for (int time = 1; time <= 2; ++time) { // the second time changes nothing more
+            std::int32_t position = 0;
+            if (c.kind == kAsked)
+                GetSSQNum(c.name, position);
+            else
+                UpdateLibSSQ(c.name, c.kind);
+            EXPECT_EQ(position, c.position);
+            EXPECT_EQ(drive.Read(kIni), c.after);
+        }
+    }
+}
+
+TEST_F(SearchSequenceTest, LoadsFlagsAndForgetsWhatItHeld) {
+    drive.Write(
+        kIni, "[SCHLIBS]\r\n1=a.symbol\r\n[KLN_DEVLIBS]\r\n1=A.PART,1\r\n2=B,C.PART, 0\r\n3=D.PART\r\n4=E.PART,-7\r\n");
+    LoadSearchSequences();
+    const Table<LibraryFlag>& flags = SequenceOf(kPartKind).flags;
+    const LibraryFlag expected[] = {{"A.PART", 1}, {"B,C.PART", 0}, {"D.PART", 0}, {"E.PART", -7}};
+    ASSERT_EQ(flags.UpperBound(), 4);
+    for (std::int32_t i = 1; i <= 4; ++i) {
+        EXPECT_EQ(flags[i].name, expected[i - 1].name);
+        EXPECT_EQ(flags[i].flag, expected[i - 1].flag) << flags[i].name;
+    }
+    EXPECT_EQ(SequenceOf(kSymbolKind).names[1], "a.symbol");
+    drive.Write(kIni, "[DEVLIBS]\r\n");
+    LoadSearchSequences();
+    EXPECT_EQ(flags.UpperBound(), 0);
+    EXPECT_EQ(SequenceOf(kSymbolKind).names.UpperBound(), 0);
+}
+
+TEST_F(SearchSequenceTest, KeepsTheNameWhenTheIniCannotBeWritten) {
+    drive.MakeFolders(kIni); // a folder in its place
+    LoadSearchSequences();
+    for (const std::int32_t expected : {1, 2, 1}) {
+        std::int32_t position = 0;
+        GetSSQNum(expected == 1 ? "one.PART" : "two.PART", position);
+        EXPECT_EQ(position, expected);
+    }
+    UpdateLibSSQ("s.symbol", kSymbolKind);
+    EXPECT_EQ(SequenceOf(kSymbolKind).names[1], "S.SYMBOL");
+    EXPECT_EQ(SequenceOf(kSymbolKind).flags[1].flag, 1);
+    EXPECT_THAT(Desktop().boxes, testing::IsEmpty());
+}
+
+} // namespace korlan::test

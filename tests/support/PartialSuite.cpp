@@ -1,0 +1,6 @@
+// A suite library that lacks all procedures but one.
+#include "platform/linux/SuiteAbi.h"
+
+int32_t E_SetString(const char*, const char*) {
+    return 1;
+}
