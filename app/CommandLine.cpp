@@ -45,6 +45,13 @@ bool IsBareDrive(const std::string& path) {
            path[0] < 90;
 }
 
+void ReturnTo(const std::string& folder) {
+    try {
+        ChangeCurrentFolder(folder);
+    } catch (const RuntimeError&) { // where we came from has gone, which says nothing about the folder tried
+    }
+}
+
 } // namespace
 
 void ParseCommandLine() {
@@ -68,7 +75,7 @@ void CheckFolderPath(std::string& path, std::int32_t& failed) {
     try {
         const std::string previous = CurrentFolder();
         ChangeCurrentFolder(path);
-        ChangeCurrentFolder(previous);
+        ReturnTo(previous);
     } catch (const RuntimeError& error) {
         failed = 1;
         ShowMsgBox(GetLocalText("Path: ", "991019") + path + GetLocalText(" not available", "99961") + "\n" +

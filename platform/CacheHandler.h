@@ -1,5 +1,6 @@
 // The disk clean-up handler for the internet cache, shaped like the system's own (Initialize, GetSpaceUsed, Purge).
-// Links in the cache are not followed. A failure of one of the three raises a RuntimeError.
+// Links in the cache are not followed. A failure of one of the three raises a RuntimeError; one that its callback stops
+// ends early without an error.
 #pragma once
 
 #include <cstdint>

@@ -206,7 +206,7 @@ long Transfer::Status() const {
 
 std::size_t Transfer::Take(std::span<char> block) {
     const std::size_t count = std::min(block.size(), Available());
-    std::memcpy(block.data(), body_.data() + taken_, count);
+    std::copy_n(body_.begin() + static_cast<std::ptrdiff_t>(taken_), count, block.begin());
     taken_ += count;
     if (paused_ && Available() < kKeptBytes / 2) {
         paused_ = false;

@@ -11,9 +11,10 @@ using CommandLine = AppTest;
 TEST_F(CommandLine, FolderAndFileArguments) {
     drive.MakeFolders("Suite One\\Sys");
     drive.MakeFolders("Other");
-    drive.AddDrive('z', "/nowhere at all");
     drive.Write("Jobs\\Board.txt", "x");
+    drive.AddDrive('z', drive.HostPathOf("Jobs\\Board.txt")); // no folder
     const std::string ownFolder = "C:\\KORLAN\\sys";
+    ChangeCurrentFolder("C:\\Other");
     const struct {
         const char* line;
         std::string sysPath, file;

@@ -21,7 +21,9 @@ using test::Row;
 struct MainTable {
     std::string file, table;
 };
-void PrintTo(const MainTable& value, std::ostream* out) { *out << value.file; }
+void PrintTo(const MainTable& value, std::ostream* out) {
+    *out << value.file;
+}
 
 class JetFiles : public testing::TestWithParam<MainTable> {};
 
@@ -69,13 +71,13 @@ INSTANTIATE_TEST_SUITE_P(
 
 ColumnType TypeOf(const std::string& name) {
     static const std::map<std::string, ColumnType> kTypes = {
-        {"BOOLEAN", ColumnType::YesNo},    {"BYTE", ColumnType::Byte},
-        {"INT", ColumnType::Integer},      {"LONG", ColumnType::Long},
-        {"MONEY", ColumnType::Currency},   {"FLOAT", ColumnType::Single},
-        {"DOUBLE", ColumnType::Double},    {"SHORT_DATE_TIME", ColumnType::Date},
-        {"BINARY", ColumnType::Binary},    {"TEXT", ColumnType::Text},
-        {"OLE", ColumnType::Ole},          {"MEMO", ColumnType::Memo},
-        {"GUID", ColumnType::Guid},        {"NUMERIC", ColumnType::Decimal},
+        {"BOOLEAN", ColumnType::YesNo},  {"BYTE", ColumnType::Byte},
+        {"INT", ColumnType::Integer},    {"LONG", ColumnType::Long},
+        {"MONEY", ColumnType::Currency}, {"FLOAT", ColumnType::Single},
+        {"DOUBLE", ColumnType::Double},  {"SHORT_DATE_TIME", ColumnType::Date},
+        {"BINARY", ColumnType::Binary},  {"TEXT", ColumnType::Text},
+        {"OLE", ColumnType::Ole},        {"MEMO", ColumnType::Memo},
+        {"GUID", ColumnType::Guid},      {"NUMERIC", ColumnType::Decimal},
     };
     return kTypes.at(name);
 }
@@ -136,9 +138,12 @@ TEST(JetTables, AreFoundByTheirWholeNameOnly) {
         std::int32_t error;
     };
     const Case cases[] = {
-        {"jet3/notable.mdb", "Files", kErrNoSuchTable}, {"SP1.mdb", "File", kErrNoSuchTable},
-        {"SP1.mdb", "", kErrNoSuchTable},               {"SP1.mdb", "msysobjects", 0},
-        {"order.mdb", "FILES2", 0},                     {"SP1.mdb", "Tables", kErrNoSuchTable}, // of another type
+        {"jet3/notable.mdb", "Files", kErrNoSuchTable},
+        {"SP1.mdb", "File", kErrNoSuchTable},
+        {"SP1.mdb", "", kErrNoSuchTable},
+        {"SP1.mdb", "msysobjects", 0},
+        {"order.mdb", "FILES2", 0},
+        {"SP1.mdb", "Tables", kErrNoSuchTable}, // of another type
         {"jet3/norows.mdb", "fIlEs", 0},
     };
     for (const Case& c : cases) {

@@ -427,7 +427,9 @@ TEST_F(Desktop, TheWindowGoesWhereTheProgramPutsIt) {
     form.Move(30 * 15, 20 * 15);
     const QRect room = window_->screen()->availableGeometry();
     EXPECT_TRUE(window_->width() > room.width() || room.contains(window_->geometry()));
-    if (room.width() >= 800) EXPECT_EQ(window_->pos(), QPoint(30, 20));
+    if (room.width() >= 800) {
+        EXPECT_EQ(window_->pos(), QPoint(30, 20));
+    }
     EXPECT_FLOAT_EQ(ScreenWidth(), static_cast<float>(room.width() * 15));
     SetMousePointer(MousePointer::Hourglass);
     SetMousePointer(MousePointer::Hourglass);

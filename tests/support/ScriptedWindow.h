@@ -1,5 +1,5 @@
-// The windows of the desktop as a script: stands in for the part of platform/Window.h that finds the running suite. Handle
-// n is the n-th title, from the top of the z-order down.
+// The windows of the desktop as a script: stands in for the part of platform/Window.h that finds the running suite.
+// Handle n is the n-th title, from the top of the z-order down.
 #pragma once
 
 #include <string>

@@ -25,6 +25,14 @@ int LinesOf(const std::string& name) {
     return name == "lblUpdate" || name == "lblMsgline" || name == "LblOptionExplain" ? 2 : 1;
 }
 
+// As wide as its caption, and never narrower than buttons usually are.
+class WideButton : public QPushButton {
+public:
+    using QPushButton::QPushButton;
+    QSize sizeHint() const override { return QPushButton::sizeHint().expandedTo({88, 0}); }
+    QSize minimumSizeHint() const override { return sizeHint(); }
+};
+
 // A hairline between the page and its buttons, in the theme's own colours.
 class Hairline : public QWidget {
 public:
@@ -55,8 +63,7 @@ QWidget* FormView::MakeWidget(Control& control) {
 }
 
 QWidget* FormView::MakeButton(Button& button) {
-    auto* widget = new QPushButton(this);
-    widget->setMinimumWidth(88);
+    auto* widget = new WideButton(this);
     connect(widget, &QPushButton::clicked, this, [&button] { RunGesture([&button] { button.UserClick(); }); });
     return widget;
 }

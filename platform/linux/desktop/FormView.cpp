@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
+#include <QThread>
 #include <QWindow>
 #include <utility>
 
@@ -143,15 +144,18 @@ void FormView::ShowForm() {
     show();
     QElapsedTimer waiting;
     waiting.start();
-    while (windowHandle() && !windowHandle()->isExposed() && waiting.elapsed() < kExposeMilliseconds)
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents, 10);
+    while (windowHandle() && !windowHandle()->isExposed() && waiting.elapsed() < kExposeMilliseconds) {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        QThread::msleep(1);
+    }
 }
 
 // A window that had to be larger than its record keeps the centre the program has asked for, and stays on the screen.
 void FormView::MoveToPlace() {
     if (!moved_) return;
-    QRect place(QPoint(0, 0), size());
-    place.moveCenter({Pixels(form_.Left() + form_.Width() / 2), Pixels(form_.Top() + form_.Height() / 2)});
+    const QPoint corner(Pixels(form_.Left()) - (width() - Pixels(form_.Width())) / 2,
+                        Pixels(form_.Top()) - (height() - Pixels(form_.Height())) / 2);
+    QRect place(corner, size());
     const QRect room = screen()->availableGeometry();
     place.moveRight(qMin(place.right(), room.right()));
     place.moveBottom(qMin(place.bottom(), room.bottom()));

@@ -17,9 +17,15 @@ struct Ink {
     QColor light;
 };
 
-QColor On(const Ink& ink) {
-    return QGuiApplication::palette().color(QPalette::Base).lightness() < 128 ? ink.light : ink.dark;
-}
+// The colours one picture is drawn in: its ink, and the ground it stands on.
+struct Colours {
+    bool selected; // on a selected row everything takes the colour of its text
+    QColor Ground() const { return QGuiApplication::palette().color(selected ? QPalette::Highlight : QPalette::Base); }
+    QColor On(const Ink& ink) const {
+        if (selected) return QGuiApplication::palette().color(QPalette::HighlightedText);
+        return Ground().lightness() < 128 ? ink.light : ink.dark;
+    }
+};
 
 const Ink kGreen{QColor(0x1a, 0x7f, 0x4b), QColor(0x4c, 0xc3, 0x8a)};
 const Ink kGrey{QColor(0x6b, 0x72, 0x80), QColor(0x9a, 0xa4, 0xb2)};
@@ -38,26 +44,26 @@ void DrawDot(QPainter& painter, const QColor& colour) {
 }
 
 // A disc with an arrow into a tray: this file will be fetched.
-void DrawFetch(QPainter& painter) {
+void DrawFetch(QPainter& painter, const Colours& colours) {
     painter.setPen(Qt::NoPen);
-    painter.setBrush(On(kGreen));
+    painter.setBrush(colours.On(kGreen));
     painter.drawEllipse(QPointF(8, 8), 7, 7);
-    painter.setPen(Stroke(QGuiApplication::palette().color(QPalette::Base), 1.6));
+    painter.setPen(Stroke(colours.Ground(), 1.6));
     painter.drawLine(QPointF(8, 4.3), QPointF(8, 9.6));
     painter.drawPolyline(QPolygonF{{5.4, 7.4}, {8, 10}, {10.6, 7.4}});
     painter.drawLine(QPointF(5.2, 12), QPointF(10.8, 12));
 }
 
 // An empty ring with a bar: this file stays as it is.
-void DrawLeave(QPainter& painter) {
+void DrawLeave(QPainter& painter, const Colours& colours) {
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(Stroke(On(kGrey)));
+    painter.setPen(Stroke(colours.On(kGrey)));
     painter.drawEllipse(QPointF(8, 8), 6.2, 6.2);
     painter.drawLine(QPointF(5.2, 8), QPointF(10.8, 8));
 }
 
-void DrawFolder(QPainter& painter, bool open) {
-    const QColor line = On(kAmber);
+void DrawFolder(QPainter& painter, const Colours& colours, bool open) {
+    const QColor line = colours.On(kAmber);
     QColor fill = line;
     fill.setAlpha(90);
     painter.setPen(Stroke(line, 1.3));
@@ -66,16 +72,16 @@ void DrawFolder(QPainter& painter, bool open) {
     if (open) painter.drawPolygon(QPolygonF{{1.5, 13}, {4, 7.6}, {15.2, 7.6}, {13.5, 13}});
 }
 
-void DrawPage(QPainter& painter) {
-    painter.setPen(Stroke(On(kBlue), 1.3));
+void DrawPage(QPainter& painter, const Colours& colours) {
+    painter.setPen(Stroke(colours.On(kBlue), 1.3));
     painter.setBrush(Qt::NoBrush);
     painter.drawPolygon(QPolygonF{{3.5, 1.5}, {9.5, 1.5}, {12.5, 4.5}, {12.5, 14.5}, {3.5, 14.5}});
     painter.drawLine(QPointF(6, 7.5), QPointF(10, 7.5));
     painter.drawLine(QPointF(6, 10.5), QPointF(10, 10.5));
 }
 
-void DrawPart(QPainter& painter) {
-    painter.setPen(Stroke(On(kBlue), 1.3));
+void DrawPart(QPainter& painter, const Colours& colours) {
+    painter.setPen(Stroke(colours.On(kBlue), 1.3));
     painter.setBrush(Qt::NoBrush);
     painter.drawRoundedRect(QRectF(4.5, 2.5, 7, 11), 1, 1);
     for (const qreal y : {4.8, 8.0, 11.2}) {
@@ -84,16 +90,16 @@ void DrawPart(QPainter& painter) {
     }
 }
 
-void DrawImage(QPainter& painter, std::int32_t image) {
+void DrawImage(QPainter& painter, const Colours& colours, std::int32_t image) {
     switch (image) {
-    case 1: DrawDot(painter, On(kGrey)); break;
-    case 2: DrawPage(painter); break;
-    case 3: DrawLeave(painter); break;
-    case 4: DrawDot(painter, On(kBlue)); break;
-    case 5: DrawFolder(painter, true); break;
-    case 6: DrawFolder(painter, false); break;
-    case 7: DrawPart(painter); break;
-    case 8: DrawFetch(painter); break;
+    case 1: DrawDot(painter, colours.On(kGrey)); break;
+    case 2: DrawPage(painter, colours); break;
+    case 3: DrawLeave(painter, colours); break;
+    case 4: DrawDot(painter, colours.On(kBlue)); break;
+    case 5: DrawFolder(painter, colours, true); break;
+    case 6: DrawFolder(painter, colours, false); break;
+    case 7: DrawPart(painter, colours); break;
+    case 8: DrawFetch(painter, colours); break;
     default: break;
     }
 }
@@ -127,7 +133,7 @@ public:
         if (image_ == kProgram)
             DrawProgram(*painter);
         else
-            DrawImage(*painter, image_);
+            DrawImage(*painter, {mode == QIcon::Selected}, image_);
         painter->restore();
     }
 
@@ -224,7 +230,7 @@ SidePicture::SidePicture(QWidget* parent) : QWidget(parent) {
 }
 
 QSize SidePicture::sizeHint() const {
-    return {150, 300};
+    return {136, 300};
 }
 
 QSize SidePicture::minimumSizeHint() const {

@@ -1,0 +1,89 @@
+#include "app/localise/LocalText.h"
+#include "app/localise/UpdtFONT.h"
+#include "platform/TextLibrary.h"
+#include "tests/app/AppFixture.h"
+
+namespace korlan::test {
+namespace {
+
+using LocalisationTest = AppTest;
+
+TEST_F(LocalisationTest, ALocalTextKeepsTheOuterBlanksOfTheDefault) {
+    drive.Write("KLNLOCAL.TXT", "4925 = Schliessen\r\n991870 =  vor dem Start  \r\n327 = Weiter\r\n");
+    L32_Object_Create("C:\\KLNLOCAL.TXT");
+    const struct {
+        const char *fallback, *identifier, *text;
+    } rows[] = {
+        {"Close ", "4925", "Schliessen "},
+        {" before running Live Update", "991870", " vor dem Start"},
+        {"Next", "327", "Weiter"},
+        {"   Next  ", " 327", "   Weiter  "},
+        {"", "327", "Weiter"},
+        {" unknown ", "12345", " unknown "},
+        {" no number ", "Next", " no number "},
+        {" none ", "", " none "},
+        {" negative ", "-327", " negative "},
+        {" too large ", "99999999999", " too large "},
+    };
+    for (const auto& row : rows) EXPECT_EQ(GetLocalText(row.fallback, row.identifier), row.text) << row.identifier;
+    L32_Object_Create("C:\\missing.txt");
+    EXPECT_EQ(GetLocalText(" Close ", "4925"), " Close ");
+}
+
+TEST_F(LocalisationTest, TheCountryTableChoosesTheLanguageFolder) {
+    const struct {
+        const char *section, *folder;
+    } rows[] = {
+        {"", "English"},
+        {"Number=2\r\nDefault=2,7\r\n1=English,EN,1\r\n2=Deutsch,GERMAN,1031", "GERMAN"},
+        {"Number=2\r\nDefault= 2 , 7\r\n1=English,EN,1\r\n2=Deutsch,GERMAN,1031", "GERMAN"},
+        {"Number=2\r\n1=English,EN,1\r\n2=Deutsch,GERMAN,1031", "EN"}, // no "Default"
+        {"Number=2\r\nDefault=3,0\r\n1=English,EN,1", "EN"},
+        {"Number=2\r\nDefault=-1\r\n1=English,EN,1", "EN"},
+        {"Number=2\r\nDefault=2\r\n1=English,EN,1", "English"}, // entry 2 is missing
+        {"Number=1\r\nDefault=1\r\n1=Deutsch", "English"},      // without a folder
+        {"Number=0\r\nDefault=1\r\n1=Deutsch,GERMAN,1", "English"},
+        {"Number=-5\r\nDefault=1\r\n1=Deutsch,GERMAN,1", "English"},
+        {"Number=2000000000\r\nDefault=2\r\n2=Deutsch,GERMAN,1", "GERMAN"},
+    };
+    for (const auto& row : rows) {
+        WriteIni(std::string("[COUNTRY]\r\n") + row.section + "\r\n");
+        LoadLocalisation();
+        EXPECT_EQ(Language.languagePath, std::string("C:\\KORLAN\\COUNTRY\\") + row.folder) << row.section;
+    }
+    WriteIni("[COUNTRY]\r\nNumber=2\r\nDefault=2,7\r\n2=Deutsch,GERMAN,1031\r\n");
+    LoadLocalisation();
+    EXPECT_EQ(Language.countries.selectedNumber, 7);
+    EXPECT_EQ(Language.countries.entries[1].number, 65535);
+    EXPECT_EQ(Language.countries.entries[2].languageName, "Deutsch");
+    EXPECT_EQ(Language.countries.entries[2].number, 1031);
+}
+
+TEST_F(LocalisationTest, TheFormIsDressedInTextsAndFonts) {
+    WriteIni("[COUNTRY]\r\n1=Deutsch,GERMAN,1\r\n");
+    drive.Write("KORLAN\\COUNTRY\\GERMAN\\KLNLOCAL.TXT", "9989 = A&ktualisieren\r\n991867 = Aktualisierung\r\n");
+    drive.Write("KORLAN\\COUNTRY\\GERMAN\\KLW32VFONT.EVF",
+                "[Font]\r\nName=Verdana\r\nSize=10\r\nCharSet=238\r\n[HeadFont]\r\nSize=500\r\nCharSet=-4\r\nBold=0\r\n"
+                "[ControlFont]\r\nName=  \r\nSize=big\r\nBold=1\r\n");
+    Desktop().charset = 204;
+    frmUpdate.cmdUpdate.SetCaption("changed since");
+    LoadLocalisation();
+    EXPECT_EQ(frmUpdate.cmdUpdate.Caption(), "A&ktualisieren");
+    EXPECT_EQ(frmUpdate.form.Caption(), " Aktualisierung");
+    EXPECT_EQ(frmUpdate.cmdHelp.Caption(), "&Help");
+    EXPECT_EQ(frmUpdate.lblMsgline.Font(), (FontSpec{"Verdana", 10, 238, false}));
+    EXPECT_EQ(frmUpdate.lvwFilesList.Font(), frmUpdate.lblMsgline.Font());
+    EXPECT_EQ(frmUpdate.lblMainHead.Font(), (FontSpec{"Arial", 14, 0, false}));
+    EXPECT_EQ(frmUpdate.LblLive.Font(), frmUpdate.lblMainHead.Font());
+    EXPECT_EQ(frmUpdate.cmdCancel.Font(), (FontSpec{"MS Sans Serif", 9, 204, true}));
+    EXPECT_EQ(frmUpdate.Option3.Font(), frmUpdate.cmdCancel.Font());
+
+    WriteIni(""); // and back to English without any file
+    LoadLocalisation();
+    EXPECT_EQ(frmUpdate.cmdUpdate.Caption(), "&Update");
+    EXPECT_EQ(frmUpdate.lblMainHead.Font(), (FontSpec{"Arial", 14, 204, true}));
+    EXPECT_EQ(frmUpdate.lblUpdate.Font(), (FontSpec{"MS Sans Serif", 9, 204, false}));
+}
+
+} // namespace
+} // namespace korlan::test

@@ -1,0 +1,267 @@
+// Databases as the program sees them: the kinds of file, what reading and writing give, and every error number.
+#include "platform/Database.h"
+
+#include "platform/DatabaseError.h"
+#include "tests/support/Failing.h"
+#include "tests/support/TempFolder.h"
+
+#include <sqlite3.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace korlan {
+namespace {
+
+using test::ErrorOf;
+using test::TempDrive;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// Another program with the same file open.
+class OtherProgram {
+public:
+    explicit OtherProgram(const std::string& hostPath) { Check(sqlite3_open(hostPath.c_str(), &connection_)); }
+    OtherProgram(const OtherProgram&) = delete;
+    OtherProgram& operator=(const OtherProgram&) = delete;
+    ~OtherProgram() { sqlite3_close(connection_); }
+    void Run(const char* sql) { Check(sqlite3_exec(connection_, sql, nullptr, nullptr, nullptr)); }
+
+private:
+    void Check(int code) {
+        if (code != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(connection_));
+    }
+    sqlite3* connection_ = nullptr;
+};
+
+class Databases : public testing::Test {
+protected:
+    Databases() {
+        OtherProgram(drive_.HostPathOf("Parts.abd"))
+            .Run("CREATE TABLE PartFields (Name TEXT, Library TEXT, SSQNum INTEGER, Price REAL, Icon BLOB);"
+                 "CREATE INDEX ByLibrary ON PartFields (Library);"
+                 "INSERT INTO PartFields VALUES ('74LS00', 'TTL.PART', 1, 0.1, x'0aFF');"
+                 "INSERT INTO PartFields VALUES ('40001', 'CMOS.PART', NULL, 1e6, NULL);"
+                 "INSERT INTO PartFields VALUES ('74LS04', 'ttl.part', -2147483648, -2.0, NULL);");
+    }
+    void CopyTestFile(const std::string& name, const std::string& as) const {
+        std::filesystem::copy_file(KLN_TEST_DATA "/jet/" + name, drive_.HostPathOf(as));
+    }
+    static std::unique_ptr<Database> Open(const std::string& name = "Parts.abd",
+                                          const std::string& connect = ";pwd=kqz") {
+        return OpenDatabase(TempDrive::Path(name), false, false, connect);
+    }
+    static std::vector<std::string> ColumnOf(Database& database, const std::string& tableOrSql,
+                                             const std::string& column = "Name") {
+        std::vector<std::string> values;
+        const auto rows = database.OpenRecordset(tableOrSql);
+        for (; !rows->Eof(); rows->MoveNext()) values.push_back(rows->Text(column));
+        return values;
+    }
+    static void Add(Recordset& rows, const std::string& name, const std::string& library) {
+        rows.AddNew();
+        rows.SetText("Name", name);
+        rows.SetText("LIBRARY", library);
+        rows.SetNumber("SSQNum", 7);
+        rows.Update();
+    }
+
+    TempDrive drive_;
+};
+
+TEST_F(Databases, GiveEveryValueAsText) {
+    const auto database = Open("parts.ABD", "");
+    EXPECT_THAT(ColumnOf(*database, "PARTFIELDS", "ssqnum"), ElementsAre("1", "", "-2147483648"));
+    EXPECT_THAT(ColumnOf(*database, "select * from [PartFields];", "Price"), ElementsAre("0.1", "1000000", "-2"));
+    EXPECT_THAT(ColumnOf(*database, "PartFields", "Icon"), ElementsAre("0aff", "", ""));
+    EXPECT_THAT(ColumnOf(*database, "SELECT Count(*) AS n FROM PartFields", "N"), ElementsAre("3"));
+}
+
+TEST_F(Databases, CompareTextsWithoutCase) {
+    const auto database = Open();
+    EXPECT_THAT(ColumnOf(*database, "SELECT * FROM PartFields WHERE (Name = '74ls04') AND (Library = 'TTL.part')"),
+                ElementsAre("74LS04"));
+    EXPECT_THAT(ColumnOf(*database, "SELECT * FROM PartFields WHERE Library = 'O''HARA.PART'"), IsEmpty());
+    database->Execute("DELETE * from PartFields WHERE Library = 'TTL.PART'");
+    EXPECT_THAT(ColumnOf(*Open(), "PartFields"), ElementsAre("40001"));
+    database->Execute("delete  *  FROM PartFields");
+    EXPECT_THAT(ColumnOf(*Open(), "PartFields"), IsEmpty());
+}
+
+TEST_F(Databases, KeepWhatIsAddedAndEdited) {
+    const auto database = Open();
+    {
+        const auto rows = database->OpenRecordset("SELECT * FROM PartFields WHERE (Name = '40001')");
+        rows->Edit();
+        rows->SetText("Library", "O'HARA.PART");
+        rows->SetText("library", "ÄÖ\"'.PART"); // the last one counts
+        EXPECT_EQ(rows->Text("Library"), "CMOS.PART") << "reading is of the stored row";
+        rows->Update();
+        EXPECT_EQ(rows->Text("Library"), "ÄÖ\"'.PART");
+        rows->Edit(); // begun and dropped
+        rows->SetText("Library", "dropped");
+        rows->MoveNext();
+        EXPECT_TRUE(rows->Eof());
+        Add(*rows, "new", "X.PART");
+        rows->Close();
+    }
+    {
+        const auto rows = database->OpenRecordset("PartFields");
+        for (int i = 0; i < 3; ++i) Add(*rows, "part" + std::to_string(i), "Y.PART");
+        // neither closed by the caller nor in a transaction: what was added stays
+    }
+    const auto other = Open();
+    EXPECT_THAT(ColumnOf(*other, "PartFields"),
+                ElementsAre("74LS00", "40001", "74LS04", "new", "part0", "part1", "part2"));
+    EXPECT_THAT(ColumnOf(*other, "PartFields", "Library"),
+                ElementsAre("TTL.PART", "ÄÖ\"'.PART", "ttl.part", "X.PART", "Y.PART", "Y.PART", "Y.PART"));
+    EXPECT_THAT(ColumnOf(*other, "SELECT * FROM PartFields WHERE Name = 'new'", "SSQNum"), ElementsAre("7"));
+}
+
+TEST_F(Databases, EndTransactionsAsAsked) {
+    const auto database = Open();
+    const auto rows = database->OpenRecordset("PartFields");
+    Add(*rows, "before", "X.PART");
+    database->BeginTrans(); // what was gathered before it stays
+    Add(*rows, "lost", "X.PART");
+    database->Execute("DELETE * FROM PartFields WHERE Name = '40001'");
+    database->Rollback();
+    EXPECT_THAT(ColumnOf(*Open(), "PartFields"), ElementsAre("74LS00", "40001", "74LS04", "before"));
+    database->BeginTrans();
+    Add(*rows, "kept", "X.PART");
+    EXPECT_THAT(ColumnOf(*Open(), "PartFields"), ElementsAre("74LS00", "40001", "74LS04", "before"));
+    database->CommitTrans();
+    EXPECT_THAT(ColumnOf(*Open(), "PartFields"), ElementsAre("74LS00", "40001", "74LS04", "before", "kept"));
+    EXPECT_EQ(ErrorOf([&] { database->Rollback(); }), kErrNoTransaction);
+}
+
+TEST_F(Databases, RaiseTheNumbersOfTheEngine) {
+    drive_.Write("text.mdb", "this is no database, and never was one, whatever its name says");
+    drive_.Write("short.mdb", "SQL");
+    drive_.Write("empty.mdb", "");
+    drive_.Write("broken.mdb", drive_.Read("Parts.abd").replace(100, 200, 200, '\x55'));
+    drive_.MakeFolders("folder.mdb");
+    const auto database = Open();
+    const auto rows = database->OpenRecordset("PartFields");
+    const auto joined = database->OpenRecordset("SELECT count(*) FROM PartFields");
+    const struct {
+        const char* what;
+        std::function<void()> call;
+        std::int32_t error;
+    } cases[] = {
+        {"missing file", [] { Open("missing.mdb"); }, kErrDatabaseMissing},
+        {"missing folder", [] { Open("nowhere\\x.mdb"); }, kErrDatabaseMissing},
+        {"folder", [] { Open("folder.mdb"); }, kErrCannotOpenDatabase},
+        {"text", [] { Open("text.mdb"); }, kErrUnrecognizedFormat},
+        {"short", [] { Open("short.mdb"); }, kErrUnrecognizedFormat},
+        {"empty", [] { Open("empty.mdb"); }, kErrUnrecognizedFormat},
+        {"broken", [] { Open("broken.mdb"); }, kErrUnrecognizedFormat},
+        {"missing table", [&] { database->OpenRecordset("Files"); }, kErrNoSuchTable},
+        {"missing table in SQL", [&] { database->OpenRecordset("SELECT * FROM Files"); }, kErrNoSuchTable},
+        {"missing table in DELETE", [&] { database->Execute("DELETE * FROM Files"); }, kErrNoSuchTable},
+        {"unknown name", [&] { database->OpenRecordset("SELECT * FROM PartFields WHERE x = 1"); }, kErrMissingName},
+        {"quote in a name", [&] { database->Execute("DELETE * from PartFields WHERE Library = 'O'HARA.PART'"); },
+         kErrSqlSyntax},
+        {"missing column", [&] { rows->Text("FileName"); }, kErrNoSuchColumn},
+        {"missing column set", [&] { rows->AddNew(), rows->SetText("FileName", ""); }, kErrNoSuchColumn},
+        {"set without edit", [&] { rows->MoveNext(), rows->SetText("Name", ""); }, kErrUpdateWithoutEdit},
+        {"update without edit", [&] { rows->Update(); }, kErrUpdateWithoutEdit},
+        {"computed rows", [&] { joined->AddNew(); }, kErrReadOnlyDatabase},
+        {"past the end", [&] { rows->MoveNext(), rows->MoveNext(), rows->MoveNext(); }, kErrNoCurrentRecord},
+        {"text past the end", [&] { rows->Text("Name"); }, kErrNoCurrentRecord},
+        {"edit past the end", [&] { rows->Edit(); }, kErrNoCurrentRecord},
+    };
+    for (const auto& c : cases) EXPECT_EQ(ErrorOf(c.call), c.error) << c.what;
+    EXPECT_FALSE(drive_.Exists("missing.mdb"));
+}
+
+TEST_F(Databases, WaitForNobodyLong) {
+    OtherProgram other(drive_.HostPathOf("Parts.abd"));
+    const auto database = Open();
+    const auto rows = database->OpenRecordset("SELECT * FROM PartFields WHERE Name = 'none'");
+    other.Run("BEGIN IMMEDIATE");
+    EXPECT_EQ(ErrorOf([&] { database->Execute("DELETE * FROM PartFields"); }), kErrDatabaseLocked);
+    EXPECT_EQ(ErrorOf([&] { Add(*rows, "x", "y"); }), kErrDatabaseLocked);
+    other.Run("ROLLBACK");
+    EXPECT_EQ(ErrorOf([&] { Add(*rows, "later", "y"); }), 0) << "a lock that is gone does no harm";
+    rows->Close();
+    other.Run("BEGIN EXCLUSIVE");
+    EXPECT_EQ(ErrorOf([] { Open(); }), kErrDatabaseLocked);
+    other.Run("ROLLBACK");
+    EXPECT_THAT(ColumnOf(*Open(), "PartFields"), ElementsAre("74LS00", "40001", "74LS04", "later"));
+    const auto exclusive = OpenDatabase(TempDrive::Path("Parts.abd"), true, false, "");
+    EXPECT_THROW(other.Run("SELECT * FROM PartFields"), std::runtime_error);
+}
+
+TEST_F(Databases, RefuseToWriteWhatIsReadOnly) {
+    CopyTestFile("jet3/SP1.mdb", "SP1.mdb");
+    drive_.SetMode("SP1.mdb", 0644);
+    drive_.Write("marked.abd", drive_.Read("Parts.abd"));
+    drive_.SetMode("marked.abd", 0444);
+    const std::string before = drive_.Read("SP1.mdb");
+    const std::unique_ptr<Database> databases[] = {
+        OpenDatabase(TempDrive::Path("Parts.abd"), false, true, ""),
+        Open("marked.abd"),
+        Open("SP1.mdb"),
+    };
+    for (const auto& database : databases) {
+        const bool isJet = database == databases[2];
+        const auto rows = database->OpenRecordset(isJet ? "SELECT * FROM Files" : "PartFields");
+        const std::string column = isJet ? "FileName" : "Name";
+        EXPECT_FALSE(rows->Text(column).empty());
+        const auto change = [&](auto begin) { begin(), rows->SetText(column, "x"), rows->Update(); };
+        EXPECT_EQ(ErrorOf([&] { change([&] { rows->AddNew(); }); }), kErrReadOnlyDatabase);
+        EXPECT_EQ(ErrorOf([&] { change([&] { rows->Edit(); }); }), kErrReadOnlyDatabase);
+        EXPECT_EQ(ErrorOf([&] { database->Execute("DELETE * from PartFields"); }), kErrReadOnlyDatabase);
+    }
+    EXPECT_EQ(drive_.Read("SP1.mdb"), before);
+}
+
+TEST_F(Databases, ReadJetFiles) {
+    CopyTestFile("types.mdb", "types.mdb");
+    CopyTestFile("jet3/missingcol.mdb", "missingcol.mdb");
+    const auto database = Open("TYPES.MDB", "");
+    const auto rows = database->OpenRecordset("SELECT * FROM files");
+    EXPECT_EQ(rows->Text("FILEDATE"), "10-3-2003,7:1:1");
+    EXPECT_EQ(rows->Text("Active"), "True");
+    for (int i = 0; i < 5; ++i) rows->MoveNext();
+    EXPECT_EQ(rows->Text("FileName"), "F.DLL");
+    EXPECT_EQ(rows->Text("FileSize"), "") << "NULL is empty text";
+    EXPECT_EQ(ErrorOf([&] { rows->Text("Nothing"); }), kErrNoSuchColumn);
+    EXPECT_THAT(ColumnOf(*database, "Files", "FilePath"),
+                ElementsAre("Root", "\\LIB", "\\SYS", "\\JOB", "\\KDS_CML", "", "\\KDS_MOD", "\\KDS_SBK"));
+    EXPECT_EQ(ErrorOf([&] { database->OpenRecordset("Filez"); }), kErrNoSuchTable);
+    EXPECT_EQ(ErrorOf([&] { database->OpenRecordset("SELECT * FROM Files WHERE 1=1"); }), kErrOperationNotSupported);
+    EXPECT_EQ(ErrorOf([&] { Open("missingcol.mdb")->OpenRecordset("Files")->Text("Filedate"); }), kErrNoSuchColumn);
+    std::filesystem::resize_file(drive_.HostPathOf("types.mdb"), 17 << 20);
+    EXPECT_EQ(ErrorOf([&] { Open("types.mdb"); }), kErrUnrecognizedFormat) << "too large";
+}
+
+TEST_F(Databases, AskForThePasswordOfJetFiles) {
+    CopyTestFile("Parts.abd", "Parts4.abd");
+    CopyTestFile("jet3/Parts.abd", "Parts3.abd");
+    CopyTestFile("jet3/password.mdb", "password.mdb");
+    CopyTestFile("SP1.mdb", "open.mdb");
+    const struct {
+        const char *file, *connect;
+        std::int32_t error;
+    } cases[] = {
+        {"Parts4.abd", ";pwd=kqz", 0},
+        {"Parts4.abd", "", kErrBadPassword},
+        {"Parts4.abd", ";pwd=KQZ", kErrBadPassword},
+        {"Parts4.abd", "kqz", kErrBadPassword},
+        {"Parts4.abd", "MS Access;PWD=kqz;", 0},
+        {"Parts3.abd", ";pwd=kqz", 0},
+        {"Parts3.abd", ";pwd=kq", kErrBadPassword},
+        {"Parts3.abd", ";pwd=", kErrBadPassword},
+        {"password.mdb", ";pwd=Secret#1", 0},
+        {"password.mdb", "", kErrBadPassword},
+        {"open.mdb", ";pwd=anything", 0},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(ErrorOf([&] { Open(c.file, c.connect); }), c.error) << c.file << ' ' << c.connect;
+    EXPECT_EQ(ColumnOf(*Open("Parts4.abd"), "PartFields"), ColumnOf(*Open("Parts3.abd"), "PartFields"));
+}
+
+} // namespace
+} // namespace korlan

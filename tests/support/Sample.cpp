@@ -1,0 +1,104 @@
+#include "tests/support/Sample.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <thread>
+
+namespace korlan::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path MakeOut() {
+    std::string name = (fs::temp_directory_path() / "kln-sample-XXXXXX").string();
+    if (!mkdtemp(name.data())) throw std::runtime_error("cannot make " + name);
+    fs::permissions(name, fs::perms(0755)); // the server runs as somebody else
+    for (const char* folder : {"config", "cache", "runtime"}) fs::create_directory(fs::path(name) / folder);
+    return name;
+}
+
+sockaddr_in Loopback(int port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    return address;
+}
+
+int FreePort() {
+    const int listener = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address = Loopback(0);
+    socklen_t size = sizeof address;
+    bind(listener, reinterpret_cast<sockaddr*>(&address), size);
+    getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
+    close(listener);
+    return ntohs(address.sin_port);
+}
+
+bool Answers(int port) {
+    const int client = socket(AF_INET, SOCK_STREAM, 0);
+    const sockaddr_in address = Loopback(port);
+    const bool connected = connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    close(client);
+    return connected;
+}
+
+int Shell(const std::string& command) {
+    const int status = std::system(command.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+} // namespace
+
+Sample::Sample(int country)
+    : out_(MakeOut()), port_(FreePort()), drives_("KLN_DRIVES", (out_ / "drives").string()),
+      config_("XDG_CONFIG_HOME", (out_ / "config").string()), cache_("XDG_CACHE_HOME", (out_ / "cache").string()),
+      runtime_("XDG_RUNTIME_DIR", (out_ / "runtime").string()) {
+    const std::string command = std::string(KLN_SOURCE "/sample/layout ") + out_.string() + " " + std::to_string(port_) +
+                                " " KLN_BUILD " --country " + std::to_string(country);
+    if (Shell(command) != 0) throw std::runtime_error("failed: " + command);
+    Serve();
+}
+
+void Sample::Serve() {
+    server_ = fork();
+    if (server_ == 0) {
+        execl(KLN_SOURCE "/sample/serve", "serve", out_.c_str(), nullptr);
+        _exit(127);
+    }
+    for (int attempt = 0; attempt < 200 && !Answers(port_); ++attempt)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    if (!Answers(port_)) throw std::runtime_error("the sample's server does not answer");
+}
+
+void Sample::StopServer() {
+    if (server_ <= 0) return;
+    kill(server_, SIGTERM);
+    waitpid(server_, nullptr, 0);
+    server_ = -1;
+}
+
+Sample::~Sample() {
+    StopServer();
+    std::error_code ignored;
+    fs::remove_all(out_, ignored);
+}
+
+std::string Sample::Ini() const {
+    std::ifstream file(Program() / "SYS" / "TESSARY.INI", std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+int Sample::Compare(const std::string& command) const {
+    return Shell(KLN_SOURCE "/sample/compare " + command + " " + out_.string());
+}
+
+} // namespace korlan::test

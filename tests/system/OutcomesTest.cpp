@@ -1,0 +1,108 @@
+// Each way in which a start of the wizard can lead somewhere, and what its closing starts.
+#include "tests/support/XServer.h"
+#include "tests/system/WizardFixture.h"
+
+#include "platform/SettingsStore.h"
+
+namespace korlan {
+namespace {
+
+namespace fs = std::filesystem;
+using test::Process;
+using test::ProcessEnded;
+using test::StartedProgram;
+
+class OutcomesTest : public test::WizardFixture {
+protected:
+    void WriteNote(const std::string& text) const { std::ofstream(sample.Served() / "KlnUpdt.txt") << text; }
+    static bool ShownToAnybody() {
+        for (QWidget* top : QApplication::topLevelWidgets())
+            if (top->isVisible()) return true;
+        return false;
+    }
+};
+
+TEST_F(OutcomesTest, SecondInstance) {
+    const std::string before = sample.Ini();
+    Prepare();
+    Process().anotherInstance = true;
+    EXPECT_THROW(Form_Load(), ProcessEnded);
+    EXPECT_FALSE(ShownToAnybody());
+    EXPECT_EQ(sample.Ini(), before);
+}
+
+TEST_F(OutcomesTest, SuiteRunning) {
+    const test::XServer server;
+    const test::OtherProgram suite;
+    suite.MakeWindow("Korlan: BOARD1", true);
+    suite.Sync();
+    Prepare();
+    EXPECT_THROW(Form_Load(), ProcessEnded);
+    EXPECT_EQ(people.boxes, std::vector<std::string>{"Close Korlan before running Live Update"});
+    EXPECT_EQ(frmUpdate.lvwFilesList.Count(), 0);
+}
+
+TEST_F(OutcomesTest, SelfUpdate) {
+    WriteNote("1-1-2200,0:0:0\r\nnewer\r\n");
+    Prepare();
+    EXPECT_THROW(Form_Load(), ProcessEnded);
+    const std::vector<StartedProgram> expected{{"C:\\KORLAN\\KLNUPSLF.EXE", WindowStyle::NormalFocus}};
+    EXPECT_EQ(Process().started, expected);
+    EXPECT_TRUE(people.boxes.empty());
+}
+
+TEST_F(OutcomesTest, NoUpdatesOffersTheReminderAndFinishStoresIt) {
+    std::ofstream(sample.Program() / "SYS" / "TESSARY.INI", std::ios::app)
+        << "\r\n[LIVEUPDATEFROMWEB]\r\nNumber=3\r\n1=SP1.mdb\r\n2=sp2.MDB\r\n3=SP3.mdb\r\n";
+    Start();
+    EXPECT_EQ(frmUpdate.lblUpdate.Caption(), "No updates found");
+    EXPECT_EQ(frmUpdate.WizardState, 1);
+    EXPECT_FALSE(Find<QPushButton>("cmdUpdate")->isVisible());
+    auto* third = Find<QRadioButton>("Option4");
+    ASSERT_TRUE(third->isVisible());
+    QTest::mouseClick(third, Qt::LeftButton);
+    DoEvents();
+    EXPECT_EQ(frmUpdate.LblOptionExplain.Caption(), "Turn Off any future Live Updates");
+    EXPECT_TRUE(Ends("cmdCancel"));
+    EXPECT_EQ(GetSetting("Korlan", "Setup", "NoUpdt", "-"), "1");
+    EXPECT_EQ(GetSetting("Korlan", "Setup", "LiveUpd", "-"), "-");
+}
+
+TEST_F(OutcomesTest, ConnectionError) {
+    sample.StopServer();
+    Start();
+    EXPECT_EQ(frmUpdate.lblUpdate.Caption(),
+              "Live Update Error. An internet connection error occured.Please try again later");
+    EXPECT_EQ(Caption("cmdCancel"), "&Close");
+    EXPECT_TRUE(Find<QRadioButton>("Option2")->isChecked());
+    EXPECT_TRUE(Ends("cmdCancel"));
+    EXPECT_EQ(GetSetting("Korlan", "Setup", "NoUpdt", "-"), "0");
+}
+
+TEST_F(OutcomesTest, ClosingTheWindowStartsTheCompanionAfterARunThatBroughtANewUpdater) {
+    Start();
+    EXPECT_EQ(frmUpdate.WizardState, 0);
+    Press("cmdUpdate");
+    EXPECT_EQ(Caption("cmdCancel"), "Next");
+    EXPECT_THROW(CloseByTitleBar(), ProcessEnded);
+    const StartedProgram companion{"C:\\KORLAN\\KLNUPDTR.exe KEMO274", WindowStyle::MinimizedFocus};
+    ASSERT_FALSE(Process().started.empty());
+    EXPECT_EQ(Process().started.back(), companion);
+}
+
+TEST_F(OutcomesTest, ClosingTheListStartsNothing) {
+    Start();
+    EXPECT_THROW(CloseByTitleBar(), ProcessEnded);
+    EXPECT_TRUE(Process().started.empty());
+}
+
+TEST_F(OutcomesTest, GermanWindow) {
+    const test::Sample german(2);
+    Start();
+    EXPECT_EQ(frmUpdate.form.Caption(), "Korlan Live-Update");
+    EXPECT_EQ(Caption("cmdUpdate"), "Akt&ualisieren");
+    EXPECT_EQ(frmUpdate.lvwFilesList.Row(1).subItems[2], "Nicht aktualisiert");
+}
+
+} // namespace
+} // namespace korlan

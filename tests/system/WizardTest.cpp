@@ -1,0 +1,73 @@
+#include "tests/system/WizardFixture.h"
+
+namespace korlan {
+namespace {
+
+namespace fs = std::filesystem;
+using WizardTest = test::WizardFixture;
+
+TEST_F(WizardTest, FromTheSearchToAnUpdatedInstallation) {
+    ASSERT_EQ(sample.Compare("snapshot"), 0);
+    Start();
+    EXPECT_EQ(frmUpdate.WizardState, 0);
+    EXPECT_EQ(frmUpdate.IsBusy, 0);
+    EXPECT_GT(frmUpdate.lvwFilesList.Count(), 20);
+    EXPECT_TRUE(Find<QAbstractItemView>("lvwFilesList")->isVisible());
+
+    Toggle("KLNLOCAL.TXT"); // a language's file takes the program's own files along
+    EXPECT_FALSE(Checked("TESSARY.EXE"));
+    EXPECT_TRUE(Checked("SUBCIR.IDX"));
+    Toggle("TESSARY.EXE");
+    EXPECT_TRUE(Checked("KLNLOCAL.TXT"));
+    for (std::int32_t row = 1; row <= frmUpdate.lvwFilesList.Count(); ++row)
+        EXPECT_TRUE(frmUpdate.lvwFilesList.Row(row).checked) << frmUpdate.lvwFilesList.Row(row).text;
+
+    const fs::path third = sample.Served() / "KLWUPDTDOTTDLL.zip";
+    fs::rename(third, third.string() + ".gone");
+    Press("cmdUpdate");
+    ASSERT_EQ(people.boxes.size(), 1u);
+    EXPECT_EQ(people.boxes[0], "File Not Found : " + Suite.UpdateUrl + "/KLWUPDTDOTTDLL.zip");
+    EXPECT_TRUE(Find<QPushButton>("CmdRetry")->isVisible());
+    EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "LiveUpdate Failed.Click Retry to try again");
+    EXPECT_EQ(frmUpdate.IsBusy, 1);
+    EXPECT_EQ(sample.Ini().find("LIVEUPDATEFROMWEB"), std::string::npos);
+
+    fs::rename(third.string() + ".gone", third);
+    Press("CmdRetry");
+    EXPECT_EQ(Caption("cmdCancel"), "Next");
+    EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "Live Update completed Successfully");
+    EXPECT_EQ(frmUpdate.WizardState, 2);
+
+    Press("cmdCancel");
+    EXPECT_EQ(Caption("cmdCancel"), "Finish");
+    EXPECT_TRUE(Find<QRadioButton>("Option2")->isChecked());
+    EXPECT_FALSE(Find<QAbstractItemView>("lvwFilesList")->isVisible());
+    EXPECT_TRUE(Ends("cmdCancel"));
+    EXPECT_EQ(sample.Compare("report"), 0);
+
+    Start(); // every pack is recorded: nothing is fetched
+    EXPECT_EQ(frmUpdate.lblUpdate.Caption(), "No updates found");
+    EXPECT_EQ(frmUpdate.WizardState, 1);
+    EXPECT_EQ(Caption("cmdCancel"), "Finish");
+    EXPECT_EQ(people.boxes.size(), 1u);
+}
+
+TEST_F(WizardTest, ASecondSearchOverTheSameCatalogueFindsNothingInAnyTimeZone) {
+    const test::ScopedVariable east("TZ", "Australia/Sydney");
+    tzset();
+    Start();
+    Press("cmdUpdate");
+    EXPECT_EQ(Caption("cmdCancel"), "Next");
+    for (const char* zone : {"Australia/Sydney", "America/Los_Angeles", "Asia/Kolkata", "UTC"}) {
+        const test::ScopedVariable here("TZ", zone);
+        tzset();
+        ForgetAppliedPacks();
+        Start();
+        EXPECT_EQ(frmUpdate.lblUpdate.Caption(), "No updates found") << zone;
+        EXPECT_EQ(frmUpdate.lvwFilesList.Count(), 0) << zone;
+    }
+    EXPECT_TRUE(people.boxes.empty());
+}
+
+} // namespace
+} // namespace korlan
