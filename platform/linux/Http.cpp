@@ -17,9 +17,9 @@ using SteadyClock = std::chrono::steady_clock;
 
 constexpr int kSliceMilliseconds = 50;
 constexpr long kRedirectLimit = 20;
-constexpr long kReceiveBytes = 64 * 1024;        // one receive of the socket
-constexpr std::size_t kKeptBytes = 256 * 1024;   // an unread body is paused from here on
-constexpr std::size_t kHeaderBytes = 256 * 1024; // more header text than this is no honest answer
+constexpr long kReceiveBytes = 64L * 1024;         // one receive of the socket
+constexpr std::size_t kKeptBytes = 256UL * 1024;   // an unread body is paused from here on
+constexpr std::size_t kHeaderBytes = 256UL * 1024; // more header text than this is no honest answer
 
 std::chrono::milliseconds timeLimit{60'000};
 
