@@ -1,7 +1,7 @@
 // How fast a download runs: DownloadFile, with the progress text of every block and a form nobody shows, against
 // libcurl's plain call into a file, as it comes and with the receive size of the back end; same server, same folder, in
-// turns. Prints the medians in MB/s and the ratio of each plain call's time to DownloadFile's (above 1: ours is faster).
-// Usage: TransferBench [MB a file] [rounds]
+// turns. Prints the medians in MB/s and the ratio of each plain call's time to DownloadFile's (above 1: ours is
+// faster). Usage: TransferBench [MB a file] [rounds]
 #include "app/frmUpdate.h"
 #include "tests/support/HttpServer.h"
 #include "tests/support/ScriptedDesktop.h"
@@ -40,7 +40,8 @@ bool FetchInBlocks(const std::string& url, const std::string& path, std::int32_t
     return done == 1 && Run.DownloadFailed == 0;
 }
 
-template <typename Fetch> double Seconds(Fetch fetch) {
+template <typename Fetch>
+double Seconds(Fetch fetch) {
     const auto start = std::chrono::steady_clock::now();
     if (!fetch()) {
         std::fprintf(stderr, "a download failed\n");
@@ -84,6 +85,8 @@ int main(int argc, char** argv) {
     std::printf("file %d MB, %d rounds, medians\n", megabytes, rounds);
     std::printf("DownloadFile                %6.0f MB/s  %.2f us a block\n", megabytes / ours,
                 ours * 1e6 / (megabytes * 1024.0));
-    std::printf("libcurl, 16 KB a receive    %6.0f MB/s  ratio %.2f\n", megabytes / Median(plain), Median(plain) / ours);
-    std::printf("libcurl, 64 KB a receive    %6.0f MB/s  ratio %.2f\n", megabytes / Median(tuned), Median(tuned) / ours);
+    std::printf("libcurl, 16 KB a receive    %6.0f MB/s  ratio %.2f\n", megabytes / Median(plain),
+                Median(plain) / ours);
+    std::printf("libcurl, 64 KB a receive    %6.0f MB/s  ratio %.2f\n", megabytes / Median(tuned),
+                Median(tuned) / ours);
 }
