@@ -38,8 +38,8 @@ public:
     virtual void Rollback() = 0;
 };
 
-// connect: "" or ";pwd=" and the password. A Jet file that has a password must get it (else 3031); other files take any.
-// Never creates a file: a missing one raises 3024, one that is no database or is damaged 3343, a locked one 3260.
+// connect: "" or ";pwd=" and the password. A Jet file that has a password must get it (else 3031); other files take
+// any. Never creates a file: a missing one raises 3024, one that is no database or is damaged 3343, a locked one 3260.
 std::unique_ptr<Database> OpenDatabase(const std::string& path, bool exclusive, bool readOnly,
                                        const std::string& connect);
 
