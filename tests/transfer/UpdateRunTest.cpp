@@ -177,6 +177,7 @@ TEST_F(UpdateRunTest, InstallsLibrariesAndModelsByTheirKind) {
 TEST_F(UpdateRunTest, AHostileArchiveWritesNothingOutsideItsFolder) {
     drive.Write("outside.txt", "mine");
     Offer("A.DLL", "SYS\\", "");
+    Desktop().answers = {kAnswerNo}; // two members end on one name
     server.Answer("/u/A.DLL.zip", {.body = test::ZipWriter()
                                                .Add({.name = "../../outside.txt", .data = "theirs"})
                                                .Add({.name = "C:\\outside.txt", .data = "theirs"})
@@ -185,7 +186,7 @@ TEST_F(UpdateRunTest, AHostileArchiveWritesNothingOutsideItsFolder) {
     EXPECT_EQ(UpdateFilesFromWeb(), 0);
     EXPECT_EQ(drive.Read("outside.txt"), "mine");
     EXPECT_EQ(drive.Read("KORLAN/SYS/A.DLL"), "new");
-    EXPECT_EQ(drive.Names("KORLAN/SYS"), std::vector<std::string>{"A.DLL"});
+    EXPECT_EQ(drive.Names("KORLAN/SYS"), (std::vector<std::string>{"A.DLL", "outside.txt"}));
 }
 
 TEST_F(UpdateRunTest, CreatesTheCataloguesFoldersInsideTheInstallation) {
