@@ -10,8 +10,9 @@ namespace korlan {
 
 std::string FileExtension(const std::string& fileName); // upper-cased
 
-bool CheckSPCFile(std::int32_t index);      // simulation models
-bool CheckLibPartFile(std::int32_t index);  // part libraries
-bool CheckOtherLibFile(std::int32_t index); // symbol, package, padstack libraries; sets Run.LibElementKind to 2, 3, 4, else 0
+bool CheckSPCFile(std::int32_t index);     // simulation models
+bool CheckLibPartFile(std::int32_t index); // part libraries
+bool CheckOtherLibFile(
+    std::int32_t index); // symbol, package, padstack libraries; sets Run.LibElementKind to 2, 3, 4, else 0
 
 } // namespace korlan

@@ -27,7 +27,8 @@ void AddListRow(const FileRecord& record) {
     ListView& list = frmUpdate.lvwFilesList;
     const std::int32_t row = frmUpdate.CheckedCount + 1;
     list.AddRow(row, "FILE-" + record.FilePath + "\\" + record.FileName, record.FileName, "NOTDELETE");
-    list.SetSubItem(row, 1, UpperCase(Left(record.LocalFolder, static_cast<std::int64_t>(record.LocalFolder.size()) - 1)));
+    list.SetSubItem(row, 1,
+                    UpperCase(Left(record.LocalFolder, static_cast<std::int64_t>(record.LocalFolder.size()) - 1)));
     list.SetSubItem(row, 2, record.FileSize);
     list.SetSubItem(row, 3, GetLocalText("Not updated", "991858"));
     list.SetSubItem(row, kDesignationSubItem, record.FilePath);
@@ -77,8 +78,7 @@ bool RowsLinked(const std::string& changed, const std::string& other, const std:
     if (IsHelpFile(otherName)) return false;
     const std::string from = UpperCase(changed);
     const std::string to = UpperCase(other);
-    return changed == other ||
-           (Contains(from, "\\COUNTRY") && (to == "ROOT" || Contains(to, "\\COUNTRY"))) ||
+    return changed == other || (Contains(from, "\\COUNTRY") && (to == "ROOT" || Contains(to, "\\COUNTRY"))) ||
            (Contains(from, "ROOT") && Contains(to, "\\COUNTRY")) ||
            (Contains(from, "\\LIB") && (Contains(to, "\\KDS_CML") || Contains(to, "\\LIB"))) ||
            (Contains(from, "\\KDS_CML") && Contains(to, "\\LIB"));

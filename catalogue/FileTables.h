@@ -37,15 +37,15 @@ private:
 
 struct FileRecord {
     std::string FileName;
-    std::string FileSize; // as the catalogue has it
-    std::string Filedate; // D-M-YYYY,H:M:S in UTC
-    std::string FileZipName; // key of the record: the archive's path on the server
-    std::string FilePath;    // destination designation
+    std::string FileSize;        // as the catalogue has it
+    std::string Filedate;        // D-M-YYYY,H:M:S in UTC
+    std::string FileZipName;     // key of the record: the archive's path on the server
+    std::string FilePath;        // destination designation
     std::int32_t UpdateFlag = 0; // 1 = newer on the server, or missing here
     std::string LocalFile;       // full path of the installed file
     std::string ServerZipName;
-    std::string TempZipFile; // where the archive is kept during a run
-    std::string LocalFolder; // destination folder, ending in "\"
+    std::string TempZipFile;        // where the archive is kept during a run
+    std::string LocalFolder;        // destination folder, ending in "\"
     std::int32_t TransferState = 0; // 1 = the archive is in the temporary folder
 };
 
@@ -66,7 +66,7 @@ struct NewFolderRecord {
 };
 
 // Where a key stands first in a table that only grows at its end. It catches up with the table at every look-up.
-template <typename Element, std::string Element::* key>
+template <typename Element, std::string Element::*key>
 class FirstPlace {
 public:
     std::int32_t Find(const Table<Element>& table, const std::string& wanted) { // 0 = nowhere
@@ -90,9 +90,9 @@ struct FileTables {
     Table<NewFolderRecord> NewFolderArray;
     FirstPlace<FileRecord, &FileRecord::FileZipName> FileIndex;
     FirstPlace<NewFolderRecord, &NewFolderRecord::FolderZipName> FolderIndex;
-    Table<std::string> AppliedSPList;  // names of the service packs recorded as applied
-    Table<std::string> AppliedSPCList; // archive names of the simulation-model files installed
-    Table<std::string> UpdatedFiles;   // archive names installed by the run, in install order
+    Table<std::string> AppliedSPList;            // names of the service packs recorded as applied
+    Table<std::string> AppliedSPCList;           // archive names of the simulation-model files installed
+    Table<std::string> UpdatedFiles;             // archive names installed by the run, in install order
     std::unique_ptr<Database> CatalogueDatabase; // at most one catalogue open at a time
 };
 

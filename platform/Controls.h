@@ -18,7 +18,20 @@ namespace korlan {
 enum class ControlKind { Form, Label, Button, OptionButton, ListView, ImageList, PictureBox, FileListBox };
 
 // What of a control has changed; the host re-reads that part of the record.
-enum class Aspect { Caption, Visible, Enabled, Font, Value, Focus, Columns, RowAdded, RowChanged, Cleared, Repaint, Place };
+enum class Aspect {
+    Caption,
+    Visible,
+    Enabled,
+    Font,
+    Value,
+    Focus,
+    Columns,
+    RowAdded,
+    RowChanged,
+    Cleared,
+    Repaint,
+    Place
+};
 
 class Control {
 public:
@@ -81,7 +94,7 @@ public:
     OptionButton(std::string name, std::string tag, std::string designCaption);
     bool Value() const { return value_; }
     void SetGroup(std::vector<OptionButton*> group) { group_ = std::move(group); }
-    void SetFocus();  // selects it and runs its click
+    void SetFocus(); // selects it and runs its click
     std::function<void()> OnClick;
     void UserClick(); // gesture: selects it and runs its click
 

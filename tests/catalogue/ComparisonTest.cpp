@@ -36,8 +36,9 @@ TEST_F(ComparisonTest, MarksWhatIsMissingOrOlder) {
         const char* date;
         const char* flag;
     } cases[] = {
-        {"5-3-2004,9:7:12", "0"},    {" 5-3-2004,9:7:12 ", "0"}, {"5-3-2004,9:7:59", "0"}, {"5-3-2004,9:8:0", "1"},
-        {"05-03-2004,09:08:00", "1"}, {"5-3-2004,9:6:59", "0"},   {"6-3-2004,0:0:0", "1"},  {"5-3-2004,9:8:xx", "1"}, // the seconds are never read
+        {"5-3-2004,9:7:12", "0"},  {" 5-3-2004,9:7:12 ", "0"},   {"5-3-2004,9:7:59", "0"},
+        {"5-3-2004,9:8:0", "1"},   {"05-03-2004,09:08:00", "1"}, {"5-3-2004,9:6:59", "0"},
+        {"6-3-2004,0:0:0", "1"},   {"5-3-2004,9:8:xx", "1"}, // the seconds are never read
         {"5-3-2003,23:59:0", "0"},
     };
     Install("KORLAN/SYS/A.DLL", 9, 7, 12);
@@ -99,7 +100,7 @@ TEST_F(ComparisonTest, AnErrorEndsThePassAndLeavesThePacksUnmarked) {
         const char* date;
         const char* flags;
     } cases[] = {
-        {"B.DLL", "ROOT", "1-1-2004,0:0:0", "100"},         // no second component
+        {"B.DLL", "ROOT", "1-1-2004,0:0:0", "100"},          // no second component
         {"B.DLL", "\\SYS\\..\\..", "1-1-2004,0:0:0", "100"}, // out of the installation
         {"..\\B.DLL", "\\SYS", "1-1-2004,0:0:0", "100"},
         {"INSTALLED.DLL", "\\SYS", "not a date", "110"}, // keeps its interim mark

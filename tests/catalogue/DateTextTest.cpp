@@ -1,6 +1,6 @@
+#include "catalogue/DateText.h"
 #include "app/frmUpdate.h"
 #include "catalogue/Catalogue.h"
-#include "catalogue/DateText.h"
 #include "catalogue/FileKinds.h"
 #include "catalogue/FileTables.h"
 #include "platform/RuntimeError.h"
@@ -65,11 +65,11 @@ TEST(FileKinds, ByTheTextAfterTheFirstDot) {
         bool spc, part, other;
         std::int32_t kind;
     } cases[] = {
-        {"OPAMP.SPC", true, false, false, 0},      {"opamp.spc", true, false, false, 0},
-        {"A.B.SPC", false, false, false, 0},       {"SPC", true, false, false, 0},
-        {"TTL.PART", false, true, false, 0},       {"X.SYMBOL", false, false, true, 2},
-        {"X.package", false, false, true, 3},      {"X.PADSTACK", false, false, true, 4},
-        {"X.DLL", false, false, false, 0},         {"", false, false, false, 0},
+        {"OPAMP.SPC", true, false, false, 0}, {"opamp.spc", true, false, false, 0},
+        {"A.B.SPC", false, false, false, 0},  {"SPC", true, false, false, 0},
+        {"TTL.PART", false, true, false, 0},  {"X.SYMBOL", false, false, true, 2},
+        {"X.package", false, false, true, 3}, {"X.PADSTACK", false, false, true, 4},
+        {"X.DLL", false, false, false, 0},    {"", false, false, false, 0},
     };
     for (const auto& c : cases) {
         ResetProgram();

@@ -20,7 +20,8 @@ protected:
         ResetProgram();
         ResetProcess();
         Process().programPath = "C:\\KORLAN\\KlnUpdt.EXE";
-        for (const char* folder : {"KORLAN/Temp", "KORLAN/SYS", "KORLAN/LIB", "KORLAN/KDS_CML"}) drive.MakeFolders(folder);
+        for (const char* folder : {"KORLAN/Temp", "KORLAN/SYS", "KORLAN/LIB", "KORLAN/KDS_CML"})
+            drive.MakeFolders(folder);
         Suite.IniFilePath = "C:\\KORLAN\\SYS\\TESSARY.INI";
         Suite.TempFolder = "C:\\KORLAN\\Temp";
         Suite.LibDir = "C:\\KORLAN\\LIB";

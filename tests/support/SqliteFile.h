@@ -23,7 +23,8 @@ inline void RunSql(const std::string& file, const std::string& sql) {
 
 // The SQL of a catalogue: each row is name, designation, size, date, archive.
 inline std::string CatalogueSql(const std::vector<std::vector<std::string>>& rows) {
-    std::string sql = "CREATE TABLE Files (FileName TEXT, FilePath TEXT, FileSize TEXT, Filedate TEXT, FileZipName TEXT);";
+    std::string sql =
+        "CREATE TABLE Files (FileName TEXT, FilePath TEXT, FileSize TEXT, Filedate TEXT, FileZipName TEXT);";
     for (const auto& row : rows) {
         sql += "INSERT INTO Files VALUES (";
         for (std::size_t i = 0; i < row.size(); ++i) sql += (i ? ",'" : "'") + row[i] + "'";

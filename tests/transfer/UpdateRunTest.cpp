@@ -136,7 +136,8 @@ TEST_F(UpdateRunTest, AnArchiveLeftOverIsReusedWhenItHoldsTheCataloguesVersion) 
         bool reused;
     } cases[] = {
         {"current", Archive("A.DLL", "kept"), true},
-        {"another time", test::ZipWriter().Add({.name = "A.DLL", .data = "x", .extendedTime = kStamp + 1}).Bytes(), false},
+        {"another time", test::ZipWriter().Add({.name = "A.DLL", .data = "x", .extendedTime = kStamp + 1}).Bytes(),
+         false},
         {"another file", Archive("B.DLL", "x"), false},
         {"damaged", "PK no archive", false},
     };
