@@ -77,7 +77,7 @@ std::uint32_t DefinitionPage(const JetFile& file, std::string_view name) {
     throw RuntimeError(kErrReadOnlyDatabase, "Cannot update. Database or object is read-only");
 }
 
-class JetRecordset : public Recordset {
+class JetRecordset final : public Recordset {
 public:
     explicit JetRecordset(JetTable table) : table_(std::move(table)), names_(NamesOf(table_)) {}
 
@@ -110,7 +110,7 @@ private:
     std::size_t row_ = 0;
 };
 
-class JetDatabase : public Database {
+class JetDatabase final : public Database {
 public:
     explicit JetDatabase(std::shared_ptr<const JetFile> file) : file_(std::move(file)) {}
 

@@ -77,10 +77,11 @@ DataPage::DataPage(const Layout& layout, ByteView page)
 StoredRow DataPage::Row(std::uint32_t row) const {
     Require(row < rowCount_, "a row that its page does not have");
     constexpr std::uint16_t kStartBits = 0x1FFF;
-    const std::uint16_t entry = page_.U16(offsetsAt_ + 2 * row);
+    const std::uint16_t entry = page_.U16(offsetsAt_ + std::size_t{2} * row);
     const std::size_t start = entry & kStartBits;
-    const std::size_t end = row == 0 ? page_.Size() : page_.U16(offsetsAt_ + 2 * (row - 1)) & kStartBits;
-    Require(offsetsAt_ + 2 * rowCount_ <= start && start <= end && end <= page_.Size(), "a row outside its page");
+    const std::size_t end = row == 0 ? page_.Size() : page_.U16(offsetsAt_ + std::size_t{2} * (row - 1)) & kStartBits;
+    Require(offsetsAt_ + std::size_t{2} * rowCount_ <= start && start <= end && end <= page_.Size(),
+            "a row outside its page");
     return {page_.Part(start, end - start), static_cast<std::uint16_t>(entry & ~kStartBits)};
 }
 

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <memory>
 
 namespace korlan {
@@ -11,7 +12,7 @@ namespace korlan {
 bool DecodeCodePage(unsigned codePage, std::string_view bytes, std::string& out) {
     const std::string name = "CP" + std::to_string(codePage);
     const iconv_t opened = iconv_open("UTF-8", name.c_str());
-    if (opened == iconv_t(-1)) return false;
+    if (reinterpret_cast<std::intptr_t>(opened) == -1) return false;
     const std::unique_ptr<void, int (*)(iconv_t)> converter(opened, iconv_close);
     std::string in(bytes); // iconv wants to be able to write there
     char* next = in.data();

@@ -43,7 +43,7 @@ Query PrepareQuery(sqlite3* connection, const std::string& tableOrSql) {
     return {SqliteStatement(connection, SqliteDialect(sql)), "", 0};
 }
 
-class SqliteRecordset : public Recordset {
+class SqliteRecordset final : public Recordset {
 public:
     SqliteRecordset(std::shared_ptr<SqliteConnection> connection, const std::string& tableOrSql)
         : connection_(std::move(connection)), query_(PrepareQuery(connection_->Handle(), tableOrSql)),
@@ -180,7 +180,7 @@ void SqliteRecordset::Close() {
     connection_->WriteGathered();
 }
 
-class SqliteDatabase : public Database {
+class SqliteDatabase final : public Database {
 public:
     explicit SqliteDatabase(std::shared_ptr<SqliteConnection> connection) : connection_(std::move(connection)) {}
 
