@@ -27,6 +27,7 @@ enum ErrorNumber : std::int32_t {
     kErrElementIndex = 35600,    // a row or an image of that number does not exist
     kErrElementNotFound = 35601, // a row or an image of that key does not exist
     kErrKeyNotUnique = 35602,    // a row of that key is already there
+    kErrObjectNotSet = 91,       // a procedure of an object that is not there was called
     kErrNoLibraryEntry = 453,    // a library lacks a procedure
     kErrDatabase = 3000,         // first number of the database engine's own errors
     kErrDeliberateAbort = 9999,  // raised by the program itself to leave a procedure

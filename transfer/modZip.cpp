@@ -1,0 +1,110 @@
+#include "transfer/modZip.h"
+
+#include "app/TextHelpers.h"
+#include "platform/MsgBox.h"
+#include "platform/RuntimeError.h"
+#include "platform/ZipLibrary.h"
+
+#include <algorithm>
+
+namespace korlan {
+
+ZipModule modZip;
+
+namespace {
+
+// Kept: the two parts of the style are joined as texts, which gives 483 and not 51. The box shows Yes, No and Cancel,
+// "No" as default.
+std::int32_t OverwriteStyle() {
+    return ToInteger(DecimalText(kBoxExclamation) + DecimalText(kBoxYesNoCancel));
+}
+
+std::int32_t AnswerOverwrite(const std::string& member) {
+    switch (ShowMsgBox("Overwrite " + member + "?", OverwriteStyle(), "VBUnZip32 - File Already Exists!")) {
+    case kAnswerYes: return kOverwriteYes;
+    case kAnswerNo: return kOverwriteNo;
+    default: return kOverwriteNone;
+    }
+}
+
+std::int32_t AnswerPassword(std::string& password, std::size_t maxLength) {
+    if (modZip.SkipPassword != 0) return kPasswordSkip;
+    const std::string answer = ShowInputBox("Please Enter The Password!", "", true);
+    if (answer.empty()) {
+        modZip.SkipPassword = 1;
+        return kPasswordSkip;
+    }
+    password = Left(answer, static_cast<std::int64_t>(maxLength));
+    return kPasswordGiven;
+}
+
+std::string Padded(std::string text, std::size_t width) {
+    text.resize(std::max(text.size(), width), ' ');
+    return text;
+}
+
+std::string TwoDigits(std::int32_t number) {
+    return Right("0" + DecimalText(number), 2);
+}
+
+void CollectListing(const ListedMember& member) {
+    const auto line = [](const std::string& name, const std::string& size, const std::string& date,
+                         const std::string& time) {
+        modZip.ListText += Padded(name, 50) + " " + Padded(size, 10) + " " + Padded(date, 10) + " " + time + "\n";
+    };
+    if (modZip.ListText.empty()) line("Filename:", "Size", "Date", "Time");
+    line(member.name, std::to_string(member.size),
+         DecimalText(member.year) + "-" + TwoDigits(member.month) + "-" + TwoDigits(member.day),
+         TwoDigits(member.hour) + ":" + TwoDigits(member.minute));
+}
+
+DCL MakeOptions(const std::string& zipFile, const std::string& folder, const std::array<std::int16_t, 15>& flags) {
+    return {flags[0], flags[1],  flags[2],  flags[3],  flags[4],  flags[5],  flags[6], flags[7], flags[8],
+            flags[9], flags[10], flags[11], flags[12], flags[13], flags[14], zipFile,  folder};
+}
+
+USERFUNCTIONS MakeCallbacks() {
+    USERFUNCTIONS functions;
+    functions.print = [](std::string_view text) {
+        modZip.TextBuffer += text;
+        return 0;
+    };
+    functions.replace = AnswerOverwrite;
+    functions.password = [](std::string& password, std::size_t maxLength, const std::string&) {
+        return AnswerPassword(password, maxLength);
+    };
+    functions.message = CollectListing;
+    functions.service = [](const std::string&, std::uint64_t) { return 0; };
+    return functions;
+}
+
+} // namespace
+
+std::int32_t VBUnzip(const std::string& zipFile, const std::string& folder,
+                     const std::array<std::int16_t, 15>& optionFlags) {
+    try {
+        modZip.SkipPassword = 0;
+        modZip.TextBuffer.clear();
+        modZip.ListText.clear();
+        UnzipVersion version;
+        version.structlen = sizeof version;
+        UzpVersion2(version);
+        USERFUNCTIONS functions = MakeCallbacks();
+        return Wiz_SingleEntryUnzip(0, {}, 0, {}, MakeOptions(zipFile, folder, optionFlags), functions);
+    } catch (const RuntimeError& error) {
+        throw RuntimeError(error.Number(), error.Description(), "CodeModule::VBUnzip");
+    }
+}
+
+void Unzip(std::int32_t& completed, std::int32_t, std::string& zipFile, std::string& folder, std::int32_t& result) {
+    completed = 0;
+    try {
+        if (!zipFile.empty()) modZip.ZipFileName = zipFile;
+        if (!folder.empty()) modZip.ExtractFolder = folder;
+        result = VBUnzip(modZip.ZipFileName, modZip.ExtractFolder, modZip.OptionFlags);
+        completed = 1;
+    } catch (const RuntimeError&) { // seen by the completion flag
+    }
+}
+
+} // namespace korlan
