@@ -56,7 +56,7 @@ bool Walk(int folder, const std::string& hostPath, const Visit& visit) {
         if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) continue;
         const bool isFolder = S_ISDIR(status.st_mode);
         if (isFolder) {
-            const std::string path = hostPath + "/" + name;
+            const std::string path = std::string(hostPath).append("/").append(name);
             const FileHandle below(openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
             if (!below && !IsMissing(errno)) RaiseHostError(errno, path);
             if (below && !Walk(below.Descriptor(), path, visit)) return false;

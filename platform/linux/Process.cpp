@@ -42,7 +42,7 @@ std::string FindOnPath(const std::string& name) { // "" when it is not there
     const std::string path = Variable("PATH");
     for (std::size_t at = 0; at <= path.size();) {
         const std::size_t end = std::min(path.find(':', at), path.size());
-        const std::string candidate = path.substr(at, end - at) + "/" + name;
+        std::string candidate = path.substr(at, end - at) + "/" + name;
         if (candidate[0] == '/' && end > at && MayRun(candidate)) return candidate;
         at = end + 1;
     }
@@ -115,16 +115,14 @@ std::vector<std::string> SplitArguments(std::string_view line) {
             const bool beforeQuote = behind < line.size() && line[behind] == '"';
             argument.append(beforeQuote ? backslashes / 2 : backslashes, '\\');
             at = behind;
-            if (beforeQuote && backslashes % 2 == 1) {
-                argument += line[at++];
-            } else if (beforeQuote && quoted && at + 1 < line.size() && line[at + 1] == '"') {
+            if (!beforeQuote || backslashes % 2 == 1) {
+                if (beforeQuote || backslashes == 0) argument += line[at++];
+            } else if (quoted && at + 1 < line.size() && line[at + 1] == '"') {
                 argument += '"';
                 at += 2;
-            } else if (beforeQuote) {
+            } else {
                 quoted = !quoted;
                 ++at;
-            } else if (backslashes == 0) {
-                argument += line[at++];
             }
         }
     }
@@ -162,6 +160,7 @@ bool IsWindowsProgram(const std::string& hostPath) {
 // the errno value with which the program could not be started.
 int Spawn(std::vector<std::string> words) {
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (std::string& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
     std::array<int, 2> ends{};

@@ -195,7 +195,7 @@ std::int64_t InstantOfDosTime(std::uint32_t date, std::uint32_t time) {
     clock.tm_hour = static_cast<int>(time >> 11);
     clock.tm_min = static_cast<int>(time >> 5 & 63);
     clock.tm_sec = static_cast<int>(time & 31) * 2;
-    constexpr std::time_t kDay = 24 * 60 * 60; // more than any zone is away from UTC
+    constexpr std::time_t kDay = 86'400; // more than any zone is away from UTC
     const std::time_t wall = timegm(&clock);
     const std::int64_t before = wall - OffsetFromUtc(wall - kDay), after = wall - OffsetFromUtc(wall + kDay);
     const auto showsThatTime = [&](std::int64_t instant) { return instant + OffsetFromUtc(instant) == wall; };

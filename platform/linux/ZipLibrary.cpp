@@ -42,7 +42,7 @@ int Gravity(Outcome outcome) {
 
 using ArchiveReader = std::unique_ptr<archive, int (*)(archive*)>;
 
-constexpr std::size_t kBlock = 128 * 1024;      // bytes read from the archive at a time
+constexpr std::size_t kBlock = 131'072;         // bytes read from the archive at a time
 constexpr std::size_t kLongestPassword = 256;   // characters
 constexpr std::int32_t kMostWrongPasswords = 3; // in a row
 

@@ -68,7 +68,8 @@ std::string Probe(TransferControl& control, const std::string& url) {
 class HttpTest : public testing::Test {
 protected:
     HttpTest() {
-        for (const char* name : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY", "no_proxy", "NO_PROXY"})
+        for (const char* name :
+             {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY", "no_proxy", "NO_PROXY"})
             unset_.emplace_back(name, std::nullopt);
     }
     ~HttpTest() override { SetHttpTimeLimit(std::chrono::seconds(60)); }
@@ -276,7 +277,7 @@ TEST_F(HttpTest, GivesUpAtTheTimeLimit) {
     EXPECT_EQ(1024u, body.bytes.size());
 }
 
-TEST_F(HttpTest, ClosingWhileAReadWaitsEndsTheRead) {
+TEST_F(HttpTest, ClosingDuringAWaitEndsIt) {
     server_.Answer("/body", {.body = Pattern(100), .declaredLength = "3000", .stallsAfter = 100});
     HttpHandle toClose = 0;
     const HttpHandle session = OpenHttpSession("KlnUpdt", [&] {
@@ -294,6 +295,14 @@ TEST_F(HttpTest, ClosingWhileAReadWaitsEndsTheRead) {
     EXPECT_TRUE(server_.AllConnectionsClosed());
     EXPECT_EQ(0, OpenHttpUrl(session, server_.Url("/body")));
     EXPECT_FALSE(ReadAll(first).well);
+
+    server_.Answer("/headers", {.stallsBeforeHeaders = true});
+    toClose = OpenHttpSession("KlnUpdt", [&] {
+        CloseHttpHandle(toClose);
+        return true;
+    });
+    EXPECT_EQ(0, OpenHttpUrl(toClose, server_.Url("/headers")));
+    EXPECT_TRUE(server_.AllConnectionsClosed());
 }
 
 TEST_F(HttpTest, AHandlerThatThrowsInAWaitLeavesNothingBehind) {

@@ -184,39 +184,35 @@ int InAnotherProcess(Body body) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-TEST_F(ProcessTest, OneInstanceOnly) {
-    MakeProgram("BIN/holder");
-    for (const bool session : {true, false}) {
-        SCOPED_TRACE(session ? "session folder" : "shared folder");
-        const std::string lock = "/tmp/klnupdt-" + std::to_string(geteuid()) + ".lock";
-        const ScopedVariable runtime("XDG_RUNTIME_DIR",
-                                     session ? std::optional(drive_.HostPathOf("BIN")) : std::nullopt);
-        EXPECT_EQ(InAnotherProcess([&] { // 0 = all as it should be, else the number of the step
-                      if (AnotherInstanceRunning()) return 1;
-                      if (AnotherInstanceRunning()) return 2; // itself is no other one
-                      if (InAnotherProcess([] { // a copy of this process would hold the same lock: a new one asks
-                              return execl("/proc/self/exe", "ProcessTest",
-                                           "--gtest_filter=*DISABLED_AsAnotherInstance",
-                                           "--gtest_also_run_disabled_tests", "--gtest_brief=1", nullptr);
-                          }) != 0)
-                          return 3;
-                      return 0;
-                  }),
-                  0);
-        EXPECT_EQ(InAnotherProcess([] { return AnotherInstanceRunning() ? 1 : 0; }), 0) << "the first one is gone";
-        if (!session) {
-            std::filesystem::remove(lock);
-            std::filesystem::create_symlink(drive_.HostPathOf("BIN/victim"), lock);
-            EXPECT_EQ(InAnotherProcess([] { return AnotherInstanceRunning() ? 1 : 0; }), 0);
-            EXPECT_FALSE(drive_.Exists("BIN/victim")) << "a link was followed";
-            std::filesystem::remove(lock);
-        }
-    }
+int IsAnotherRunning() {
+    return AnotherInstanceRunning() ? 1 : 0;
 }
 
-// A part of OneInstanceOnly, run by it while it holds the lock.
-TEST(ProcessTestChild, DISABLED_AsAnotherInstance) {
-    EXPECT_TRUE(AnotherInstanceRunning());
+TEST_F(ProcessTest, OneInstanceOnly) {
+    const ScopedVariable runtime("XDG_RUNTIME_DIR", drive_.HostPathOf("BIN"));
+    int ready[2], done[2];
+    ASSERT_TRUE(pipe(ready) == 0 && pipe(done) == 0);
+    const pid_t first = fork();
+    if (first == 0) {
+        close(done[1]);
+        const char answers = static_cast<char>(IsAnotherRunning() + 2 * IsAnotherRunning());
+        char end = 0;
+        _exit(write(ready[1], &answers, 1) == 1 && read(done[0], &end, 1) == 0 ? 0 : 1);
+    }
+    char answers = 0;
+    ASSERT_EQ(read(ready[0], &answers, 1), 1);
+    EXPECT_EQ(answers, 0) << "it took itself for another one";
+    EXPECT_EQ(InAnotherProcess(IsAnotherRunning), 1);
+    for (const int end : {ready[0], ready[1], done[0], done[1]}) close(end);
+    waitpid(first, nullptr, 0);
+    EXPECT_EQ(InAnotherProcess(IsAnotherRunning), 0) << "the first one has ended";
+}
+
+TEST_F(ProcessTest, TheInstanceLockFollowsNoLink) {
+    const ScopedVariable runtime("XDG_RUNTIME_DIR", drive_.HostPathOf("BIN"));
+    std::filesystem::create_symlink(drive_.HostPathOf("victim"), drive_.HostPathOf("BIN/klnupdt.lock"));
+    EXPECT_EQ(InAnotherProcess(IsAnotherRunning), 0);
+    EXPECT_FALSE(drive_.Exists("victim"));
 }
 
 // A program that outlives this one must not keep the next one from starting.
@@ -231,7 +227,7 @@ TEST_F(ProcessTest, AStartedProgramDoesNotHoldTheInstance) {
                   return 1;
               }),
               0);
-    EXPECT_EQ(InAnotherProcess([] { return AnotherInstanceRunning() ? 1 : 0; }), 0);
+    EXPECT_EQ(InAnotherProcess(IsAnotherRunning), 0);
 }
 
 } // namespace
