@@ -116,7 +116,7 @@ TEST_F(BareWindow, SetTextReachesReadersOfEitherName) {
         EXPECT_EQ(other.TextProperty(window, "WM_NAME"), title);
         EXPECT_EQ(At(window).GetText(), title);
     }
-    At(window).SetText(std::string(3000000, 'x')); // longer than a request may be: the connection must outlive it
+    At(window).SetText(std::string(20000000, 'x')); // longer than a request may be: the connection must outlive it
     EXPECT_EQ(At(window).GetText(), std::string(254, 'x'));
 }
 

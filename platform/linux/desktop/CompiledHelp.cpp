@@ -146,7 +146,7 @@ bool IsPage(const std::string& path) {
 std::string FirstPage(const CompiledHelp& help, const std::string& wanted) {
     if (help.Find(wanted)) return wanted;
     for (const HelpTopic& topic : help.topics)
-        if (const std::string page = topic.page.substr(0, topic.page.find('#')); help.Find(page)) return page;
+        if (std::string page = topic.page.substr(0, topic.page.find('#')); help.Find(page)) return page;
     for (const auto& [path, bytes] : help.objects)
         if (IsPage(path)) return path;
     return {};

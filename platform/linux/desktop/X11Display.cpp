@@ -183,6 +183,7 @@ std::vector<xcb_window_t> Display::TopLevels() const {
     for (std::size_t place = 0; place < children.size(); ++place) level.push_back({children[place], place});
     for (int depth = 0; depth <= kDeepestFrame && !level.empty(); ++depth) {
         std::vector<std::pair<xcb_get_property_cookie_t, xcb_query_tree_cookie_t>> asked;
+        asked.reserve(level.size());
         for (const Candidate& one : level)
             asked.emplace_back(AskProperty(connection_, one.window, Atom(kWmState), 8),
                                xcb_query_tree(connection_, one.window));
