@@ -65,8 +65,8 @@ constexpr ElementKind kKinds[] = {
 
 struct LibError {
     std::int32_t code;
+    bool named; // the name stands between the two texts
     LocalWord before;
-    bool named; // the name stands behind `before`
     LocalWord after;
 };
 
@@ -74,31 +74,31 @@ constexpr LocalWord kNothing{nullptr, nullptr};
 constexpr LocalWord kAlreadyLoaded{" already loaded", "99197"};
 constexpr LocalWord kFromDiskLibrary{" from disk library", "99708"};
 constexpr LibError kLibErrors[] = {
-    {1, {"Symbol/Package: ", "991282"}, true, {" is not used in any part", "99788"}},
-    {2, {"Can't quit at this time", "99362"}, false, kNothing},
-    {5, {"Can't load Symbol/Package: ", "99357"}, true, kNothing},
-    {6, {"Can't find Symbol/Package: ", "99350"}, true, kNothing},
-    {7, {"Symbol/Package with name: ", "991280"}, true, kAlreadyLoaded},
-    {8, {"Can't Read Browser Profile", "99394"}, false, kNothing},
-    {10, {"Can't save Symbol/Package: ", "99380"}, true, kNothing},
-    {13, {"Can't find Part: ", "99345"}, true, kNothing},
-    {14, {"Can't read Part: ", "99364"}, true, kNothing},
-    {15, {"Can't load Part: ", "99353"}, true, kNothing},
-    {17, {"Part with name: ", "99558"}, true, kAlreadyLoaded},
-    {18, {"Can't delete Part: ", "99338"}, true, kFromDiskLibrary},
-    {19, {"Can't rename Symbol/Package: ", "99360"}, true, kNothing},
-    {20, {"Can't save Part: ", "99375"}, true, kNothing},
-    {21, {"Can't delete Symbol/Package: ", "99342"}, true, kFromDiskLibrary},
-    {70, {"No Part File selected", "99940"}, false, kNothing},
-    {76, {"Can't create temporary Padstack", "99328"}, false, kNothing},
-    {77, {"Can't find Symbol in the search sequence: ", "5094"}, true, kNothing},
-    {78, {"Can't find Package in the search sequence: ", "5095"}, true, kNothing},
-    {79, {"Can't find Padstack in the search sequence: ", "5096"}, true, kNothing},
-    {kLibraryNotOpened, {"Can't open library: ", "99361"}, true, kNothing},
-    {120, {"Element Template File Invalid.", "99648"}, false, kNothing},
-    {122, {"Model Template File Invalid.", "99899"}, false, kNothing},
-    {200, {"Library File: ", "3341"}, true, {" not found", "99962"}},
-    {300, {"Library Browser Options Error ", "5060"}, false, kNothing},
+    {1, true, {"Symbol/Package: ", "991282"}, {" is not used in any part", "99788"}},
+    {2, false, {"Can't quit at this time", "99362"}, kNothing},
+    {5, true, {"Can't load Symbol/Package: ", "99357"}, kNothing},
+    {6, true, {"Can't find Symbol/Package: ", "99350"}, kNothing},
+    {7, true, {"Symbol/Package with name: ", "991280"}, kAlreadyLoaded},
+    {8, false, {"Can't Read Browser Profile", "99394"}, kNothing},
+    {10, true, {"Can't save Symbol/Package: ", "99380"}, kNothing},
+    {13, true, {"Can't find Part: ", "99345"}, kNothing},
+    {14, true, {"Can't read Part: ", "99364"}, kNothing},
+    {15, true, {"Can't load Part: ", "99353"}, kNothing},
+    {17, true, {"Part with name: ", "99558"}, kAlreadyLoaded},
+    {18, true, {"Can't delete Part: ", "99338"}, kFromDiskLibrary},
+    {19, true, {"Can't rename Symbol/Package: ", "99360"}, kNothing},
+    {20, true, {"Can't save Part: ", "99375"}, kNothing},
+    {21, true, {"Can't delete Symbol/Package: ", "99342"}, kFromDiskLibrary},
+    {70, false, {"No Part File selected", "99940"}, kNothing},
+    {76, false, {"Can't create temporary Padstack", "99328"}, kNothing},
+    {77, true, {"Can't find Symbol in the search sequence: ", "5094"}, kNothing},
+    {78, true, {"Can't find Package in the search sequence: ", "5095"}, kNothing},
+    {79, true, {"Can't find Padstack in the search sequence: ", "5096"}, kNothing},
+    {kLibraryNotOpened, true, {"Can't open library: ", "99361"}, kNothing},
+    {120, false, {"Element Template File Invalid.", "99648"}, kNothing},
+    {122, false, {"Model Template File Invalid.", "99899"}, kNothing},
+    {200, true, {"Library File: ", "3341"}, {" not found", "99962"}},
+    {300, false, {"Library Browser Options Error ", "5060"}, kNothing},
 };
 
 // A library of the suite, closed at the end of the block.

@@ -16,12 +16,14 @@ namespace {
 constexpr const char* kAppliedSection = "LIVEUPDATESPCFILEFROMWEB";
 constexpr const char* kRebuildSection = "LIVEUPDATESPCFROMWEB";
 
+// Whether it was extracted. The completion flag alone says nothing of a missing or damaged archive; the library's code
+// does, and then a file that came out all the same still counts.
 bool Extract(const FileRecord& record, std::int32_t index, std::string folder) {
     std::string archive = record.TempZipFile;
     std::int32_t completed = 0;
     std::int32_t result = 0;
     Unzip(completed, index, archive, folder, result);
-    return completed != 0;
+    return completed != 0 && (result == 0 || FileExists(folder + record.FileName));
 }
 
 void RemoveFile(const std::string& path) {

@@ -8,9 +8,10 @@
 namespace korlan {
 
 // Installs the SPC file of FileArray entry `index`: appends its models to the installed file, or extracts it where none
-// is installed. In every case, a failed extraction included, its archive joins AppliedSPCList and the INI file, and
-// success = 1. Errors while reading the new file or appending go to the caller; then nothing is recorded and `success`
-// is left alone. May yield and show a box (extraction).
+// is installed. In every case, a missing archive and a failed extraction included (both change no file and give no
+// message), its archive joins AppliedSPCList and the INI file, and success = 1. Errors while reading the new file or
+// appending go to the caller; then nothing is recorded and `success` is left alone. May yield and show a box
+// (extraction).
 void UpdateSPCFile(std::int32_t& success, std::int32_t index);
 
 // Appends four empty lines and the whole of `newFile` to `targetFile` in one write at its end: a process killed before

@@ -1,6 +1,7 @@
-// Files and folders by Windows-form paths ("C:\KORLAN\SYS"). Names match without regard to case, exact spelling first; a
-// new file keeps the spelling it was given. "Attributes normal" means that the owner may write. Failures raise a
-// RuntimeError (53 no file, 76 no folder, 70 access refused, 75 wrong kind, 61 disk full) unless said otherwise.
+// Files and folders by Windows-form paths ("C:\KORLAN\SYS"). Names match without regard to case, exact spelling first;
+// a new file keeps the spelling it was given. "Attributes normal" means that the owner may write. Failures raise a
+// RuntimeError (53 no file, 76 no folder or drive, 70 access refused, 75 read-only or of the wrong kind, 61 disk full)
+// unless said otherwise. Only regular files are read.
 #pragma once
 
 #include <cstddef>
@@ -20,8 +21,8 @@ std::string FindNormalFile(const std::string& pattern);
 std::vector<std::string> ListNormalFiles(const std::string& folder); // names, sorted without regard to case
 void SetAttributesNormal(const std::string& path);
 bool EraseFile(const std::string& path); // false when it is missing, read-only, a folder or in a folder that refuses
-void RenameFile(const std::string& from, const std::string& to);
-std::int64_t FileLength(const std::string& path); // bytes
+void RenameFile(const std::string& from, const std::string& to); // a new name that is taken raises 58
+std::int64_t FileLength(const std::string& path);                // bytes
 
 bool FolderExists(const std::string& path);
 void CreateOneFolder(const std::string& path); // its parent must be there
@@ -29,8 +30,8 @@ std::string CurrentFolder();
 void ChangeCurrentFolder(const std::string& path);
 
 // The four calls that read a file's time stamp, shaped like the Windows ones whose oddities the program keeps.
-std::int32_t OpenForStamp(const std::string& path);                      // -1 on failure, else a handle
-bool ReadWriteTime(std::int32_t handle, std::int64_t& ticks);            // 100 ns since 1601-01-01 UTC; false on a bad handle
+std::int32_t OpenForStamp(const std::string& path);           // -1 on failure, else a handle
+bool ReadWriteTime(std::int32_t handle, std::int64_t& ticks); // 100 ns since 1601-01-01 UTC; false on a bad handle
 void CloseStamp(std::int32_t handle);
 struct CalendarTime {
     std::int32_t year, month, day, hour, minute, second; // UTC

@@ -1,7 +1,7 @@
 // HTTP in the shape of the Windows internet layer: a session, an opened URL, reads in blocks; and the transfer control
-// that asks for status and headers only. http and https, nothing else, redirects (at most 20) included. No cache; bodies
-// as sent, never unpacked; the system's proxy settings; certificates are verified for https. All calls come from one
-// thread; a call may be made from within the wait of another.
+// that asks for status and headers only. http and https, nothing else, redirects (at most 20) included. No cache;
+// bodies as sent, never unpacked; the system's proxy settings; certificates are verified for https. All calls come from
+// one thread; a call may be made from within the wait of another.
 #pragma once
 
 #include <chrono>
@@ -25,10 +25,10 @@ void SetHttpTimeLimit(std::chrono::milliseconds limit);
 // `agent` is the User-Agent text. Never blocks. 0 when the host gives no session.
 HttpHandle OpenHttpSession(const std::string& agent, WaitSlice wait);
 
-// Sends a GET and waits for the headers of the final answer. 0 when the address is malformed, nobody answers, the status
-// is 400 or above or the wait is abandoned. The address goes out as it stands but for blanks (%20; trailing ones go),
-// backslashes before the query (/) and bytes above 127 (percent form). Of a body that nobody reads a few hundred KB are
-// fetched, not more.
+// Sends a GET and waits for the headers of the final answer. 0 when the address is malformed, nobody answers, the
+// status is 400 or above or the wait is abandoned. The address goes out as it stands but for blanks (%20; trailing ones
+// go), backslashes before the query (/) and bytes above 127 (percent form). Of a body that nobody reads a few hundred
+// KB are fetched, not more.
 HttpHandle OpenHttpUrl(HttpHandle session, const std::string& url);
 
 // Waits until `block` is full or the body ends. read = 0 with true is the end of the body, which a broken connection

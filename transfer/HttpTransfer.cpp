@@ -20,7 +20,9 @@ constexpr std::int32_t kErrInternet = -2147220504; // the object-error base plus
 
 constexpr const char* kAgent = "KlnUpdt";
 
-std::string EscapedUrl(const std::string& url) { return Replace(url, "#", "%23"); }
+std::string EscapedUrl(const std::string& url) {
+    return Replace(url, "#", "%23");
+}
 
 bool YieldUnlessCancelled() {
     DoEvents();
@@ -59,7 +61,9 @@ void EraseOlderCopy(const std::string& path) {
     }
 }
 
-std::string KilobyteText(std::int32_t bytes) { return SignedText(RoundHalfEven(bytes / 1024.0)); }
+std::string KilobyteText(std::int32_t bytes) {
+    return SignedText(RoundHalfEven(bytes / 1024.0));
+}
 
 // The text on the message line. Everything that stays the same from block to block is put together once.
 class ProgressLine {

@@ -2,6 +2,7 @@
 
 #include "app/Paths.h"
 #include "app/TextHelpers.h"
+#include "catalogue/FileKinds.h"
 #include "catalogue/FileTables.h"
 #include "platform/Component.h"
 #include "platform/Process.h"
@@ -9,11 +10,6 @@
 
 namespace korlan {
 namespace {
-
-// Kept: everything behind the first "." counts, so A.B.DLL has the extension B.DLL. Without a "." it is the whole name.
-std::string ExtensionOf(const std::string& name) {
-    return UpperCase(Mid(name, InStr(name, ".") + 1));
-}
 
 // No file of the suite has a quote in its path; one that had could add words of its own to a command.
 bool IsRegistered(const FileRecord& record) {
@@ -26,7 +22,10 @@ bool IsComponentServer(const std::string& name) {
 }
 
 void Start(const std::string& command) {
-    StartProgram(command, WindowStyle::MinimizedFocus);
+    try {
+        StartProgram(command, WindowStyle::MinimizedFocus);
+    } catch (const RuntimeError&) { // a registration that fails does so unseen
+    }
 }
 
 } // namespace
@@ -34,7 +33,7 @@ void Start(const std::string& command) {
 std::int32_t RegisterFile(std::int32_t recordIndex) {
     const FileRecord& record = Tables.FileArray[recordIndex];
     if (!IsRegistered(record)) return 0;
-    const std::string extension = ExtensionOf(record.FileName), quotedPath = "\"" + record.LocalFile + "\"";
+    const std::string extension = FileExtension(record.FileName), quotedPath = "\"" + record.LocalFile + "\"";
     if (extension == "DLL" || extension == "OCX")
         Start("regsvr32 /s " + quotedPath);
     else if (extension == "EXE" && IsComponentServer(record.FileName))
@@ -47,7 +46,7 @@ std::int32_t RegisterFile(std::int32_t recordIndex) {
 std::int32_t UnregisterFile(std::int32_t recordIndex) {
     const FileRecord& record = Tables.FileArray[recordIndex];
     if (!IsRegistered(record)) return 0;
-    const std::string extension = ExtensionOf(record.FileName);
+    const std::string extension = FileExtension(record.FileName);
     if (extension == "DLL" || extension == "OCX" || extension == "EXE") // kept: executables through regsvr32 too
         Start("regsvr32 /u /s \"" + record.LocalFile + "\"");
     else if (extension == "TLB")

@@ -48,11 +48,22 @@ char16_t Unit(std::string_view bytes, std::size_t at) {
     return static_cast<char16_t>(Byte(bytes, at) | Byte(bytes, at + 1) << 8);
 }
 
+// Length of the ASCII text at the start; most values are nothing else.
+std::size_t PlainRun(std::string_view bytes) {
+    const auto end = std::find_if(bytes.begin(), bytes.end(), [](char c) { return c == 0 || (c & 0x80) != 0; });
+    return static_cast<std::size_t>(end - bytes.begin());
+}
+
 void AppendSqueezed(std::string& out, std::string_view bytes) {
     UnitJoiner joiner(out);
     bool squeezed = true;
     for (std::size_t at = 0; at < bytes.size();) {
-        if (bytes[at] == 0) {
+        const std::size_t plain = squeezed ? PlainRun(bytes.substr(at)) : 0;
+        if (plain > 0) {
+            joiner.Finish();
+            out.append(bytes.substr(at, plain));
+            at += plain;
+        } else if (bytes[at] == 0) {
             squeezed = !squeezed;
             ++at;
         } else if (squeezed) {

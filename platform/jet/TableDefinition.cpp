@@ -10,8 +10,7 @@ constexpr std::size_t kMostDefinitionPages = 256, kMostColumns = 255, kMostRealI
 constexpr std::size_t kNextPageAt = 4, kPageHeadSize = 8;
 constexpr std::uint8_t kFlagFixed = 1;
 
-// The whole first page, then each further one without its head. A chain that comes back to a page is damage: the file
-// has no more pages than its size allows, so one longer than the limit or the file must have done so.
+// The whole first page, then each further one without its head. A chain that comes back to one of its pages is damage.
 std::string JoinedDefinition(const JetFile& file, std::uint32_t firstPage) {
     std::string joined;
     std::vector<std::uint32_t> seen;

@@ -26,12 +26,6 @@ namespace {
 
 // --- Spelling of names -----------------------------------------------------------------------------------------------
 
-struct Listing {
-    ChangeStamp stamp;
-    std::unordered_map<std::string, std::string> spellingOf; // by the name in upper case
-    bool lasting = false;                                    // the stamp will show every later change
-};
-
 // File systems of this machine that are known to stamp a folder at each change of its names. On any other a listing is
 // read anew whenever it is asked for.
 bool StampsItsFolders(int folder) {
@@ -43,41 +37,56 @@ bool StampsItsFolders(int folder) {
            type == OVERLAYFS_SUPER_MAGIC || type == kXfs || type == kF2fs;
 }
 
-Listing ReadListing(const std::string& hostFolder) {
-    Listing listing;
-    const std::int64_t now = ChangeStamp::Now();
-    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(hostFolder.c_str()), closedir);
-    struct stat status {};
-    if (!folder || fstat(dirfd(folder.get()), &status) != 0) return listing;
-    listing.stamp = ChangeStamp::Of(status);
-    listing.lasting = listing.stamp.Settled(now) && StampsItsFolders(dirfd(folder.get()));
-    while (const dirent* entry = readdir(folder.get())) {
-        std::string& spelling = listing.spellingOf[FoldCase(entry->d_name)];
-        if (spelling.empty() || entry->d_name < spelling) spelling = entry->d_name;
-    }
-    return listing;
-}
-
-// Listings by folder. One is used only while the folder's stamp is the one it was read under, and is kept only when
-// that stamp had settled: an old listing can therefore not hide a new file.
+// Keeps the listings of folders. One is kept only when the folder's stamp had settled before it was read, and used only
+// while the folder still has that stamp: an old listing can therefore not hide a new file.
 class ListingCache {
 public:
+    // The spelling of that name in the folder, the first in byte order; nothing when there is none.
     std::optional<std::string> Find(const std::string& hostFolder, const std::string& foldedName) {
+        const std::lock_guard lock(mutex_);
+        const std::int64_t now = ChangeStamp::Now();
         struct stat status {};
         if (stat(hostFolder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return std::nullopt;
-        const std::lock_guard lock(mutex_);
-        const auto identity = std::pair(status.st_dev, status.st_ino);
-        auto found = listings_.find(identity);
-        if (found == listings_.end() || !found->second.lasting || found->second.stamp != ChangeStamp::Of(status)) {
+        auto known = listings_.find(Identity(status));
+        if (known == listings_.end() || known->second.stamp != ChangeStamp::Of(status)) {
+            const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(hostFolder.c_str()), closedir);
+            if (!folder || fstat(dirfd(folder.get()), &status) != 0) return std::nullopt;
+            const ChangeStamp stamp = ChangeStamp::Of(status);
+            if (!stamp.Settled(now) || !StampsItsFolders(dirfd(folder.get()))) return Scan(folder.get(), foldedName);
             if (listings_.size() >= kMostFolders) listings_.clear();
-            found = listings_.insert_or_assign(identity, ReadListing(hostFolder)).first;
+            known = listings_.insert_or_assign(Identity(status), Read(folder.get(), stamp)).first;
         }
-        const auto spelling = found->second.spellingOf.find(foldedName);
-        if (spelling == found->second.spellingOf.end()) return std::nullopt;
+        const auto spelling = known->second.spellingOf.find(foldedName);
+        if (spelling == known->second.spellingOf.end()) return std::nullopt;
         return spelling->second;
     }
 
 private:
+    struct Listing {
+        ChangeStamp stamp;
+        std::unordered_map<std::string, std::string> spellingOf; // by the name in upper case
+    };
+
+    static std::pair<dev_t, ino_t> Identity(const struct stat& status) { return {status.st_dev, status.st_ino}; }
+
+    static void TakeFirst(std::string& spelling, const char* other) {
+        if (spelling.empty() || other < spelling) spelling = other;
+    }
+
+    static Listing Read(DIR* folder, const ChangeStamp& stamp) {
+        Listing listing{stamp, {}};
+        while (const dirent* entry = readdir(folder))
+            TakeFirst(listing.spellingOf[FoldCase(entry->d_name)], entry->d_name);
+        return listing;
+    }
+
+    static std::optional<std::string> Scan(DIR* folder, const std::string& foldedName) { // for a folder in motion
+        std::string spelling;
+        while (const dirent* entry = readdir(folder))
+            if (FoldCase(entry->d_name) == foldedName) TakeFirst(spelling, entry->d_name);
+        return spelling.empty() ? std::nullopt : std::optional(spelling);
+    }
+
     static constexpr std::size_t kMostFolders = 256;
     std::mutex mutex_;
     std::map<std::pair<dev_t, ino_t>, Listing> listings_;
@@ -112,12 +121,34 @@ bool IsLetter(char letter) {
     return UpperLetter(letter) >= 'A' && UpperLetter(letter) <= 'Z';
 }
 
+// The folders that links lead to, "" for a link that leads nowhere. Kept while the link itself stays as it is.
+class LinkCache {
+public:
+    std::string Target(const std::string& link) {
+        const std::lock_guard lock(mutex_);
+        const std::int64_t now = ChangeStamp::Now();
+        struct stat status {};
+        if (lstat(link.c_str(), &status) != 0) return {};
+        const ChangeStamp stamp = ChangeStamp::Of(status);
+        const auto known = targets_.find(link);
+        if (known != targets_.end() && known->second.first == stamp) return known->second.second;
+        std::string target = RealPath(link);
+        if (!target.empty() && stamp.Settled(now)) targets_.insert_or_assign(link, std::pair(stamp, target));
+        return target;
+    }
+
+private:
+    std::mutex mutex_;
+    std::map<std::string, std::pair<ChangeStamp, std::string>> targets_;
+};
+
 // The host folder of a drive without a slash at its end ("" for the root); nothing when there is no such drive.
 std::optional<std::string> DriveRoot(char letter) {
+    static LinkCache links;
     const std::string folder = DrivesFolder() + "/";
     const char upper = UpperLetter(letter);
     for (const char spelling : {static_cast<char>(upper + 32), upper}) {
-        const std::string root = RealPath(folder + spelling + ":");
+        const std::string root = links.Target(folder + spelling + ":");
         if (!root.empty()) return root == "/" ? std::string() : root;
     }
     if (upper == 'Z') return std::string();
@@ -268,8 +299,7 @@ std::optional<std::string> SpellingInFolder(const std::string& hostFolder, std::
     static ListingCache cache;
     const std::string folder = hostFolder + "/";
     if (IsThere(folder + std::string(name))) return std::string(name);
-    auto spelling = cache.Find(folder, FoldCase(name));
-    return spelling;
+    return cache.Find(folder, FoldCase(name));
 }
 
 std::string HostPath(const std::string& windowsPath) {

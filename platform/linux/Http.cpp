@@ -49,8 +49,10 @@ std::string WireUrl(std::string_view url) {
     const std::size_t query = std::min(url.find('?'), url.size());
     std::string wire;
     for (std::size_t i = 0; i < url.size(); ++i) {
-        if (url[i] == ' ') wire += "%20";
-        else wire += url[i] == '\\' && i < query ? '/' : url[i];
+        if (url[i] == ' ')
+            wire += "%20";
+        else
+            wire += url[i] == '\\' && i < query ? '/' : url[i];
     }
     for (const std::string_view scheme : {"http://", "https://"}) {
         const bool hostFollows = wire.size() > scheme.size() && !std::strchr("/?#", wire[scheme.size()]);
@@ -275,14 +277,17 @@ HandleTable& Handles() {
     return table;
 }
 
-template <typename Table> typename Table::mapped_type Find(const Table& table, HttpHandle handle) {
+template <typename Table>
+typename Table::mapped_type Find(const Table& table, HttpHandle handle) {
     const auto found = table.find(handle);
     return found == table.end() ? nullptr : found->second;
 }
 
 } // namespace
 
-void SetHttpTimeLimit(std::chrono::milliseconds limit) { timeLimit = limit; }
+void SetHttpTimeLimit(std::chrono::milliseconds limit) {
+    timeLimit = limit;
+}
 
 HttpHandle OpenHttpSession(const std::string& agent, WaitSlice wait) {
     auto session = NewSession(agent, std::move(wait));
@@ -346,7 +351,9 @@ TransferControl::TransferControl(const std::string& agent) : impl_(std::make_uni
 
 TransferControl::~TransferControl() = default;
 
-void TransferControl::SetUrl(const std::string& url) { impl_->url = url; }
+void TransferControl::SetUrl(const std::string& url) {
+    impl_->url = url;
+}
 
 void TransferControl::ExecuteGet() {
     impl_->transfer.reset();

@@ -126,7 +126,8 @@ std::string ReadProfileFile(OptionalText section, OptionalText key, OptionalText
                             const std::string& hostPath) {
     int error = 0;
     const auto text = Cache().Load(hostPath, error);
-    return (text ? *text : ProfileText("")).Read(section, key, fallback, bufferSize);
+    return text ? text->Read(section, key, fallback, bufferSize)
+                : ProfileText("").Read(section, key, fallback, bufferSize);
 }
 
 int WriteProfileFile(std::string_view section, OptionalText key, OptionalText value, const std::string& givenPath) {

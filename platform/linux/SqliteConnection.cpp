@@ -98,8 +98,8 @@ void SqliteConnection::Gather() {
 
 void SqliteConnection::WriteGathered() {
     if (!gathering_) return;
-    gathering_ = false;
     if (InTransaction()) Run("COMMIT"); // a full disk may have ended it already
+    gathering_ = false;                 // only now: a commit that meets a lock is tried again later
 }
 
 std::string SqliteText(sqlite3_stmt* statement, int column) {

@@ -15,7 +15,7 @@ namespace korlan {
 namespace {
 
 std::string QuotedName(std::string_view name) {
-    std::string quoted = "\"";
+    std::string quoted(1, '"');
     for (const char c : name) quoted.append(c == '"' ? 2 : 1, c);
     return quoted + '"';
 }
@@ -135,8 +135,8 @@ std::string SqliteRecordset::InsertSql() const {
     if (set_.empty()) return start + " DEFAULT VALUES";
     std::string columns, values;
     for (const auto& entry : set_) {
-        columns += (columns.empty() ? "" : ",") + QuotedName(names_[entry.first]);
-        values += values.empty() ? "?" : ",?";
+        columns.append(columns.empty() ? "" : ",").append(QuotedName(names_[entry.first]));
+        values.append(values.empty() ? "?" : ",?");
     }
     return start + '(' + columns + ") VALUES (" + values + ')';
 }
@@ -144,7 +144,7 @@ std::string SqliteRecordset::InsertSql() const {
 std::string SqliteRecordset::UpdateSql() const {
     std::string assignments;
     for (const auto& entry : set_)
-        assignments += (assignments.empty() ? "" : ",") + QuotedName(names_[entry.first]) + "=?";
+        assignments.append(assignments.empty() ? "" : ",").append(QuotedName(names_[entry.first])).append("=?");
     return "UPDATE " + QuotedName(query_->table) + " SET " + assignments + " WHERE _rowid_=?";
 }
 

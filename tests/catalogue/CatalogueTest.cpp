@@ -179,10 +179,10 @@ TEST_F(CatalogueTest, CancelEndsTheLoopAfterThePackUnderWay) {
                     {"TWO.DLL", "Root", "1", "1-1-2004,0:0:0", "two.zip"}});
     ServePack("B", {{"THREE.DLL", "Root", "1", "1-1-2004,0:0:0", "three.zip"}});
     test::Desktop().onControlChanged = [](const Control&, Aspect, std::int32_t) {
-        if (Tables.FileArray.UpperBound() == 1) Run.CancelRequested = 1; // between the rows of the first pack
+        if (Tables.FileArray.UpperBound() == 1) korlan::Run.CancelRequested = 1; // between the rows of the first pack
     };
     EXPECT_EQ(Search(), 1);
-    EXPECT_EQ(Run.CancelRequested, 1);
+    EXPECT_EQ(korlan::Run.CancelRequested, 1);
     EXPECT_EQ(Tables.FileArray.UpperBound(), 2);
     EXPECT_EQ(Tables.FileArraySP[2].Files.UpperBound(), 0);
 }

@@ -74,11 +74,11 @@ TEST(FileKinds, ByTheTextAfterTheFirstDot) {
     for (const auto& c : cases) {
         ResetProgram();
         Tables.FileArray.Append({}).FileName = c.name;
-        Run.LibElementKind = 9;
+        korlan::Run.LibElementKind = 9;
         EXPECT_EQ(CheckSPCFile(1), c.spc) << c.name;
         EXPECT_EQ(CheckLibPartFile(1), c.part) << c.name;
         EXPECT_EQ(CheckOtherLibFile(1), c.other) << c.name;
-        EXPECT_EQ(Run.LibElementKind, c.kind) << c.name;
+        EXPECT_EQ(korlan::Run.LibElementKind, c.kind) << c.name;
     }
     EXPECT_THROW(CheckSPCFile(2), RuntimeError);
 }

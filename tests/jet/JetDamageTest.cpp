@@ -169,23 +169,35 @@ void EveryChainIsARing(std::string& bytes) {
     }
 }
 
-// Empty pieces that name themselves: only who counts bytes and pieces comes to an end.
-void EveryPieceIsEmpty(std::string& bytes) {
-    EveryChainIsARing(bytes);
-    for (const std::size_t page : DataPagesOf(bytes, jet::kLongValueOwner)) {
-        PutNumber(bytes, page + 14, 4092, 2);
-        PutNumber(bytes, page + 4092, static_cast<std::uint32_t>(page / 4096 << 8), 4);
-    }
-}
-
-// The first page of an inline map, the first bitmap page of the other kind; in 32 bits the former would wrap into the
-// file.
-void UsageMapLeavesTheFile(std::string& bytes) {
+// Offset of the usage map's row.
+std::size_t UsageMapAt(const std::string& bytes) {
     const std::size_t pageSize = PageSizeOf(bytes);
     const std::size_t definition = DefinitionPageOf(bytes, "Files") * pageSize;
-    const std::size_t map = RowAt(bytes, GetU32(bytes, definition + (pageSize == 2048 ? 35 : 55)));
-    ASSERT_EQ(bytes[map], pageSize == 2048 ? 0 : 1) << "the kind of map in this file";
-    PutNumber(bytes, map + 1, 0xFFFFFFF0, 4);
+    return RowAt(bytes, GetU32(bytes, definition + (pageSize == 2048 ? 35 : 55)));
+}
+
+void BitmapPageOutsideTheFile(std::string& bytes) {
+    ASSERT_EQ(bytes[UsageMapAt(bytes)], 1) << "the kind of map in this file";
+    PutNumber(bytes, UsageMapAt(bytes) + 1, 0xFFFFFFF0, 4);
+}
+
+// Eight pages before page 0: in 32 bits the numbers would wrap to the very pages of the table.
+void InlineMapWraps(std::string& bytes) {
+    const std::size_t map = UsageMapAt(bytes);
+    ASSERT_EQ(GetU32(bytes, map + 1) << 8 | static_cast<std::uint8_t>(bytes[map]), 0U) << "inline, from page 0 on";
+    bytes.replace(map + 5, 128, '\0' + bytes.substr(map + 5, 127));
+    PutNumber(bytes, map + 1, 0xFFFFFFF8, 4);
+}
+
+void InlineMapNamesAPageOfAnother(std::string& bytes) {
+    const std::size_t page = DataPagesOf(bytes, 2).at(0) / PageSizeOf(bytes); // of the catalogue
+    char& bits = bytes[UsageMapAt(bytes) + 5 + page / 8];
+    bits = static_cast<char>(bits | 1 << page % 8);
+}
+
+void RowStartsAmongTheOffsets(std::string& bytes) {
+    const std::size_t page = DataPagesOf(bytes, DefinitionPageOf(bytes, "Files")).at(0);
+    PutNumber(bytes, page + 14 + 2 * ((GetU32(bytes, page + 12) & 0xFFFF) - 1), 14, 2);
 }
 
 constexpr std::size_t kMovedRow = 26 * 4096 + 0xEE3; // a pointer to page 31, row 50
@@ -253,9 +265,10 @@ TEST(HostileFiles, AreRefusedAsNoDatabase) {
     const HostileFile files[] = {
         {"order.mdb", DefinitionNamesItself, "a definition that names itself"},
         {"texts.mdb", EveryChainIsARing, "a long value of another length"},
-        {"texts.mdb", EveryPieceIsEmpty, "a long value of another length"},
-        {"deleted.mdb", UsageMapLeavesTheFile, "a page outside the file"},
-        {"jet3/deleted.mdb", UsageMapLeavesTheFile, "a page outside the file"},
+        {"deleted.mdb", BitmapPageOutsideTheFile, "a page outside the file"},
+        {"jet3/deleted.mdb", InlineMapWraps, "a page outside the file"},
+        {"jet3/deleted.mdb", InlineMapNamesAPageOfAnother, "a page of another table"},
+        {"SP1.mdb", RowStartsAmongTheOffsets, "a row outside its page"},
         {"deleted.mdb", MovedRowNamesItself, "a moved row that leads to no body"},
         {"deleted.mdb", MovedRowNamesALiveRow, "a moved row that leads to no body"},
         {"deleted.mdb", MovedRowLeavesTheFile, "a page outside the file"},

@@ -220,7 +220,7 @@ TEST_F(PartDatabaseTest, ASinglePartIsAddedThenRefreshed) {
     UpdateLibDBDeleteFromFile("C:\\Korlan\\LIB\\A.PART", "Y");
     EXPECT_THAT(Names(), ElementsAre("A.PART:X"));
     WriteParts("A.PART", {{"X", " P two|IX1|SIM1|Texas|IC|TTL|DIL|0|None|SYM0 ", ""},
-                          {"LONG", "P " + std::string(1022, 'n') + kFields, ""},
+                          {"LONG", "P " + std::string(1022 - 2 - kFields.size(), 'n') + kFields, ""},
                           {"FIT", "P " + std::string(1021 - 2 - kFields.size(), 'n') + kFields, ""}});
     for (const char* part : {"X", "LONG", "FIT"}) UpdateLibDB("C:\\Korlan\\LIB\\A.PART", LoadedPart("A.PART", part));
     EXPECT_THAT(

@@ -82,6 +82,30 @@ TEST_F(SpcModelsTest, TheTwoFolderComparisons) {
     }
 }
 
+TEST_F(SpcModelsTest, AnArchiveThatCannotBeExtractedIsRecordedAllTheSame) {
+    const std::string good = drive.Read(kArchive);
+    for (const bool wasInstalled : {true, false}) {
+        for (const std::size_t length : {good.size(), good.size() - 30, std::size_t{0}}) { // 0: no archive
+            SCOPED_TRACE(std::to_string(length) + (wasInstalled ? " installed" : " new"));
+            drive.Write(kIni, "");
+            std::filesystem::remove(drive.HostPathOf(kInstalled));
+            if (wasInstalled) drive.Write(kInstalled, "own");
+            drive.Write(kArchive, good.substr(0, length));
+            if (length == 0) std::filesystem::remove(drive.HostPathOf(kArchive));
+            const std::int32_t before = Tables.AppliedSPCList.UpperBound();
+            EXPECT_EQ(Update(), 1);
+            EXPECT_EQ(Tables.AppliedSPCList.UpperBound(), before + 1);
+            const bool extracted = length == good.size();
+            EXPECT_EQ(RebuildRequested(), extracted);
+            EXPECT_EQ(drive.Exists(kInstalled) ? drive.Read(kInstalled) : "",
+                      (wasInstalled ? "own" : "") + (!extracted     ? ""
+                                                     : wasInstalled ? kAppended
+                                                                    : kModels));
+        }
+    }
+    EXPECT_THAT(Desktop().boxes, testing::IsEmpty());
+}
+
 TEST_F(SpcModelsTest, WhatFails) {
     drive.Write(kInstalled, "own");
     drive.Write("Korlan/Temp/sp/EMPTY.zip", ZipWriter().Add({.name = "OTHER.SPC", .data = "x"}).Bytes());

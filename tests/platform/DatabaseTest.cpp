@@ -193,6 +193,20 @@ TEST_F(Databases, WaitForNobodyLong) {
     EXPECT_THROW(other.Run("SELECT * FROM PartFields"), std::runtime_error);
 }
 
+// A reader elsewhere lets changes be gathered but not written.
+TEST_F(Databases, WriteWhatALockHeldUp) {
+    OtherProgram other(drive_.HostPathOf("Parts.abd"));
+    auto database = Open();
+    auto rows = database->OpenRecordset("SELECT * FROM PartFields WHERE Name = 'none'");
+    other.Run("BEGIN; SELECT * FROM PartFields");
+    Add(*rows, "held up", "y");
+    EXPECT_EQ(ErrorOf([&] { rows->Close(); }), kErrDatabaseLocked);
+    other.Run("COMMIT");
+    rows.reset();
+    database.reset();
+    EXPECT_THAT(ColumnOf(*Open(), "PartFields"), ElementsAre("74LS00", "40001", "74LS04", "held up"));
+}
+
 TEST_F(Databases, RefuseToWriteWhatIsReadOnly) {
     CopyTestFile("jet3/SP1.mdb", "SP1.mdb");
     drive_.SetMode("SP1.mdb", 0644);

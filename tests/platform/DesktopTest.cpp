@@ -445,7 +445,7 @@ TEST_F(Desktop, MessageBoxesFollowTheirStyle) {
         QMessageBox::Icon icon;
         std::int32_t closed; // answer of the close box
     };
-    const std::array<Case, 8> cases{{
+    const std::array<Case, 9> cases{{
         {0, "OK", "OK", QMessageBox::NoIcon, kAnswerOk},
         {16, "OK", "OK", QMessageBox::Critical, kAnswerOk},
         {48 + 4096, "OK", "OK", QMessageBox::Warning, kAnswerOk},
@@ -454,6 +454,7 @@ TEST_F(Desktop, MessageBoxesFollowTheirStyle) {
         {3, "Cancel No Yes", "Yes", QMessageBox::NoIcon, kAnswerCancel},
         {483, "Cancel No Yes", "No", QMessageBox::NoIcon, kAnswerCancel},
         {40, "Cancel No Yes", "Yes", QMessageBox::Question, kAnswerCancel},
+        {2, "Abort Ignore Retry", "Abort", QMessageBox::NoIcon, 3},
     }};
     for (const Case& row : cases) {
         SCOPED_TRACE("style " + std::to_string(row.style));

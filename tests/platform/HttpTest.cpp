@@ -68,7 +68,8 @@ std::string Probe(TransferControl& control, const std::string& url) {
 class HttpTest : public testing::Test {
 protected:
     HttpTest() {
-        for (const char* name : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY", "no_proxy", "NO_PROXY"})
+        for (const char* name :
+             {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY", "no_proxy", "NO_PROXY"})
             unset_.emplace_back(name, std::nullopt);
     }
     ~HttpTest() override { SetHttpTimeLimit(std::chrono::seconds(60)); }

@@ -162,7 +162,8 @@ bool HttpServer::SendAnswer(int socket, const std::string& target, const HttpAns
         StallUntilHungUp(socket);
         return false;
     }
-    std::string head = answer.informational + "HTTP/1.1 " + std::to_string(answer.status) + ' ' + answer.reason + "\r\n";
+    std::string head =
+        answer.informational + "HTTP/1.1 " + std::to_string(answer.status) + ' ' + answer.reason + "\r\n";
     for (const auto& [name, value] : answer.headers) head.append(name).append(": ").append(value).append("\r\n");
     const std::string length = answer.declaredLength.value_or(std::to_string(answer.body.size() + answer.filling));
     if (answer.chunked)

@@ -1,5 +1,5 @@
-// A small real HTTP server on 127.0.0.1, one thread a connection, whose misbehaviour is data: what a path answers, where
-// it stalls, where it hangs up. It keeps what was asked, and counts connections and bytes.
+// A small real HTTP server on 127.0.0.1, one thread a connection, whose misbehaviour is data: what a path answers,
+// where it stalls, where it hangs up. It keeps what was asked, and counts connections and bytes.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ struct HttpAnswer {
     std::string reason = "OK";
     std::vector<std::pair<std::string, std::string>> headers{};
     std::string body{};
-    std::uint64_t filling = 0;                  // that many 'x' behind the body, made while they are sent
+    std::uint64_t filling = 0;                   // that many 'x' behind the body, made while they are sent
     std::optional<std::string> declaredLength{}; // other than the true one; "" = no Content-Length at all
     bool chunked = false;
     std::size_t pieceSize = 65536;              // of one chunk, or of one write

@@ -11,7 +11,9 @@ ScriptedDesktop& Desktop() {
     return desktop;
 }
 
-void ResetDesktop() { Desktop() = ScriptedDesktop{}; }
+void ResetDesktop() {
+    Desktop() = ScriptedDesktop{};
+}
 
 std::ostream& operator<<(std::ostream& out, const ShownBox& box) {
     return out << '"' << box.title << "\" style " << box.style << ": \"" << box.text << '"';
@@ -23,8 +25,12 @@ namespace korlan {
 
 using test::Desktop;
 
-void OpenFormHost(Form& form) { Desktop().form = &form; }
-void CloseFormHost() { Desktop().form = nullptr; }
+void OpenFormHost(Form& form) {
+    Desktop().form = &form;
+}
+void CloseFormHost() {
+    Desktop().form = nullptr;
+}
 
 void ControlChanged(const Control& control, Aspect aspect, std::int32_t row) {
     if (Desktop().onControlChanged) Desktop().onControlChanged(control, aspect, row);
@@ -39,10 +45,16 @@ void RunMessageLoop() {
     if (Desktop().onMessageLoop) Desktop().onMessageLoop();
 }
 
-float ScreenWidth() { return Desktop().screenWidth; }
-float ScreenHeight() { return Desktop().screenHeight; }
+float ScreenWidth() {
+    return Desktop().screenWidth;
+}
+float ScreenHeight() {
+    return Desktop().screenHeight;
+}
 
-void SetMousePointer(MousePointer pointer) { Desktop().pointers.push_back(pointer); }
+void SetMousePointer(MousePointer pointer) {
+    Desktop().pointers.push_back(pointer);
+}
 
 std::int32_t ShowMsgBox(const std::string& text, std::int32_t style, const std::string& title) {
     const test::ShownBox box{text, style, title};
@@ -72,6 +84,8 @@ void OpenCompiledHelp(const std::string& file, HelpCommand command, std::int32_t
     Desktop().helpCalls.push_back({file, command, data});
 }
 
-std::int32_t DefaultCharset() { return Desktop().charset; }
+std::int32_t DefaultCharset() {
+    return Desktop().charset;
+}
 
 } // namespace korlan

@@ -69,7 +69,9 @@ StalledListener::~StalledListener() {
     for (const int socket : sockets_) close(socket);
 }
 
-std::string StalledListener::Url() const { return "http://127.0.0.1:" + std::to_string(port_) + "/a"; }
+std::string StalledListener::Url() const {
+    return "http://127.0.0.1:" + std::to_string(port_) + "/a";
+}
 
 StalledLookUp::StalledLookUp(const std::string& name) {
     const std::lock_guard lock(LookUps().mutex);

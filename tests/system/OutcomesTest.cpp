@@ -60,7 +60,7 @@ TEST_F(OutcomesTest, NoUpdatesOffersTheReminderAndFinishStoresIt) {
     EXPECT_FALSE(Find<QPushButton>("cmdUpdate")->isVisible());
     auto* third = Find<QRadioButton>("Option4");
     ASSERT_TRUE(third->isVisible());
-    QTest::mouseClick(third, Qt::LeftButton);
+    third->click();
     DoEvents();
     EXPECT_EQ(frmUpdate.LblOptionExplain.Caption(), "Turn Off any future Live Updates");
     EXPECT_TRUE(Ends("cmdCancel"));

@@ -125,7 +125,8 @@ TEST_F(HttpTransferTest, FailuresBeforeTheFirstBlockLeaveEverythingAlone) {
         {server_.Url("/a"), "C:\\NOWHERE\\a.zip"},
         {server_.Url("/a"), "C:\\FOLDER"},
     };
-    for (const auto& row : rows) EXPECT_EQ(kLeftAlone, Download(row.url, 3, row.saveAs)) << row.url << " " << row.saveAs;
+    for (const auto& row : rows)
+        EXPECT_EQ(kLeftAlone, Download(row.url, 3, row.saveAs)) << row.url << " " << row.saveAs;
     EXPECT_EQ("old", drive_.Read("a.zip"));
     EXPECT_TRUE(server_.AllConnectionsClosed());
     EXPECT_TRUE(Desktop().boxes.empty());
@@ -279,9 +280,18 @@ TEST_F(HttpTransferTest, TellsTheSizeOrShowsWhyNot) {
         {"largest", {.declaredLength = "2147483647", .cutsAfter = 0}, 1, 2147483647, 1, ""},
         {"server error", {.status = 500, .reason = "Oops", .body = "page!"}, 1, 5, 1, ""},
         {"redirect without a place", {.status = 302, .reason = "Found", .body = "page"}, 1, 4, 1, ""},
-        {"401", {.status = 401, .reason = "Unauthorized", .body = "page"}, 0, 77, -1,
+        {"401",
+         {.status = 401, .reason = "Unauthorized", .body = "page"},
+         0,
+         77,
+         -1,
          "Unauthorized Access, Download Terminated!" + url},
-        {"403", {.status = 403, .reason = "Forbidden", .body = "page"}, 0, 0, -1, "Access Denied, Download Terminated!" + url},
+        {"403",
+         {.status = 403, .reason = "Forbidden", .body = "page"},
+         0,
+         0,
+         -1,
+         "Access Denied, Download Terminated!" + url},
         {"404", {.status = 404, .reason = "Not Found", .body = "page"}, 0, 0, 0, "File Not Found : " + url},
         {"404 without a length", {.status = 404, .body = "page", .chunked = true}, 0, 0, 0, "File Not Found : " + url},
     };

@@ -38,8 +38,8 @@ protected:
         list.SetChecked(list.Count(), true);
         if (onServer) server.Answer("/u/" + name + ".zip", {.body = Archive(name, data)});
     }
-    std::string Size(std::int32_t row) { return list.Row(row).subItems.at(1); }
-    std::string Status(std::int32_t row) {
+    std::string Size(std::int32_t row) const { return list.Row(row).subItems.at(1); }
+    std::string Status(std::int32_t row) const {
         const auto& items = list.Row(row).subItems;
         return items.size() < 3 ? "" : items[2];
     }
@@ -65,7 +65,7 @@ TEST_F(UpdateRunTest, FetchesAndInstallsWhatIsChecked) {
     list.SetChecked(3, false);
 
     EXPECT_EQ(UpdateFilesFromWeb(), 0);
-    EXPECT_EQ(Run.DownloadFailed, 0);
+    EXPECT_EQ(korlan::Run.DownloadFailed, 0);
     EXPECT_EQ(drive.Read("KORLAN/A.DLL"), "new a");
     EXPECT_EQ(drive.Read("KORLAN/SYS/NEW/B.DLL"), std::string(5000, 'b'));
     EXPECT_FALSE(drive.Exists("KORLAN/SYS/C.DLL"));
@@ -77,7 +77,7 @@ TEST_F(UpdateRunTest, FetchesAndInstallsWhatIsChecked) {
     EXPECT_EQ(Status(3), "");
     EXPECT_TRUE(list.Row(2).bold);
     EXPECT_FALSE(list.Row(3).bold);
-    EXPECT_EQ(Run.NewUpdaterLoaded, 1);
+    EXPECT_EQ(korlan::Run.NewUpdaterLoaded, 1);
     EXPECT_EQ(std::vector<std::string>(Tables.UpdatedFiles.begin(), Tables.UpdatedFiles.end()),
               (std::vector<std::string>{"A.DLL.zip", "B.DLL.zip", "klnupdta.exe.zip"}));
     ASSERT_EQ(Process().started.size(), 2u);
@@ -97,7 +97,7 @@ TEST_F(UpdateRunTest, AFailedTransferStopsBeforeTheInstallPassAndRetryResumesThe
     server.Answer("/u/B.DLL.zip", {.body = whole, .cutsAfter = 4000});
 
     EXPECT_EQ(UpdateFilesFromWeb(), 0);
-    EXPECT_EQ(Run.DownloadFailed, 1);
+    EXPECT_EQ(korlan::Run.DownloadFailed, 1);
     EXPECT_EQ(frmUpdate.ResumeIndex, 2);
     EXPECT_TRUE(frmUpdate.CmdRetry.Visible());
     EXPECT_FALSE(frmUpdate.cmdUpdate.Visible());
@@ -110,7 +110,7 @@ TEST_F(UpdateRunTest, AFailedTransferStopsBeforeTheInstallPassAndRetryResumesThe
     server.Answer("/u/B.DLL.zip", {.body = whole});
     frmUpdate.IsRetry = 1;
     EXPECT_EQ(UpdateFilesFromWeb(), 0);
-    EXPECT_EQ(Run.DownloadFailed, 0);
+    EXPECT_EQ(korlan::Run.DownloadFailed, 0);
     EXPECT_EQ(Asked("A.DLL"), 3u); // not fetched again
     for (const char* name : {"KORLAN/A.DLL", "KORLAN/B.DLL", "KORLAN/C.DLL"}) EXPECT_TRUE(drive.Exists(name)) << name;
     for (std::int32_t row = 1; row <= 3; ++row) EXPECT_EQ(Status(row), "Updated") << row;
@@ -121,7 +121,7 @@ TEST_F(UpdateRunTest, ASizeOfZeroEndsInTheErrorHandler) {
     Offer("GONE.DLL", "", "", false);
     drive.Write("KORLAN/GONE.DLL", "installed");
     EXPECT_EQ(UpdateFilesFromWeb(), 1);
-    EXPECT_EQ(Run.DownloadFailed, 1);
+    EXPECT_EQ(korlan::Run.DownloadFailed, 1);
     EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "LiveUpdate Failed.Click Retry to try again");
     EXPECT_TRUE(frmUpdate.CmdRetry.Visible());
     EXPECT_EQ(drive.Read("KORLAN/GONE.DLL"), "installed"); // no archive there, so the file stays
@@ -150,7 +150,9 @@ TEST_F(UpdateRunTest, AnArchiveLeftOverIsReusedWhenItHoldsTheCataloguesVersion) 
         EXPECT_EQ(drive.Read("KORLAN/A.DLL"), c.reused ? "kept" : "fetched") << c.what;
         EXPECT_EQ(Asked("A.DLL") - before, c.reused ? 0u : 3u) << c.what;
         EXPECT_FALSE(drive.Exists("KORLAN/Temp/A.DLL")) << c.what;
-        if (!c.reused) EXPECT_EQ(Size(1), " 0KB") << c.what; // untrimmed, and 0 stays
+        if (!c.reused) {
+            EXPECT_EQ(Size(1), " 0KB") << c.what; // untrimmed, and 0 stays
+        }
     }
 }
 
@@ -175,6 +177,7 @@ TEST_F(UpdateRunTest, InstallsLibrariesAndModelsByTheirKind) {
 TEST_F(UpdateRunTest, AHostileArchiveWritesNothingOutsideItsFolder) {
     drive.Write("outside.txt", "mine");
     Offer("A.DLL", "SYS\\", "");
+    Desktop().answers = {kAnswerNo}; // two members end on one name
     server.Answer("/u/A.DLL.zip", {.body = test::ZipWriter()
                                                .Add({.name = "../../outside.txt", .data = "theirs"})
                                                .Add({.name = "C:\\outside.txt", .data = "theirs"})
@@ -183,7 +186,7 @@ TEST_F(UpdateRunTest, AHostileArchiveWritesNothingOutsideItsFolder) {
     EXPECT_EQ(UpdateFilesFromWeb(), 0);
     EXPECT_EQ(drive.Read("outside.txt"), "mine");
     EXPECT_EQ(drive.Read("KORLAN/SYS/A.DLL"), "new");
-    EXPECT_EQ(drive.Names("KORLAN/SYS"), std::vector<std::string>{"A.DLL"});
+    EXPECT_EQ(drive.Names("KORLAN/SYS"), (std::vector<std::string>{"A.DLL", "outside.txt"}));
 }
 
 TEST_F(UpdateRunTest, CreatesTheCataloguesFoldersInsideTheInstallation) {

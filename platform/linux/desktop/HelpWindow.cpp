@@ -24,7 +24,10 @@ namespace {
 
 constexpr qint64 kMostPixels = 16'000'000;
 constexpr std::size_t kLargestPage = 1u << 20;
-constexpr int kDeepestNesting = 40; // tables and lists within one another: the layout calls itself for each
+constexpr std::size_t kLargestStyleSheet = 1u << 16;
+constexpr int kDeepestTables = 10;
+constexpr int kDeepestElements = 1000;
+const QString kNoPage = "<p>This page cannot be shown.</p>";
 constexpr auto kTopicUrl = Qt::UserRole;
 
 QString Text(const std::string& utf8) {
@@ -42,16 +45,23 @@ QString PageText(const std::string& bytes) {
     return Text(TextFromBytes(bytes));
 }
 
-bool NestsTooDeep(const QString& html) {
-    int depth = 0;
-    for (qsizetype at = html.indexOf(u'<'); at >= 0; at = html.indexOf(u'<', at + 1)) {
-        const QStringView tag = QStringView(html).sliced(at + 1);
-        const auto is = [&tag](QLatin1StringView name) { return tag.startsWith(name, Qt::CaseInsensitive); };
-        if (is(QLatin1StringView("table"))) ++depth;
-        if (is(QLatin1StringView("/table"))) depth = std::max(0, depth - 1);
-        if (depth > kDeepestNesting) return true;
+// Refuses what would keep the layout busy for minutes: tables in tables (each doubles the work), thousands of elements
+// in one another, cells thousands of pixels apart.
+bool CanBeLaidOut(const QString& html) {
+    static const QRegularExpression kGiantCells("cell(padding|spacing)\\s*=\\s*[\"']?\\s*[0-9]{4}",
+                                                QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression kTag("<(/?)([a-z][a-z0-9]*)", QRegularExpression::CaseInsensitiveOption);
+    static const QStringList kNeedNoEnd = {"p", "li", "td", "th", "tr", "dt", "dd", "br", "hr", "img", "meta", "link"};
+    int tables = 0, elements = 0;
+    for (auto tag = kTag.globalMatch(html); tag.hasNext();) {
+        const QRegularExpressionMatch one = tag.next();
+        const QString name = one.captured(2).toLower();
+        const int step = one.capturedLength(1) == 0 ? 1 : -1;
+        if (name == "table") tables = std::max(0, tables + step);
+        if (!kNeedNoEnd.contains(name)) elements = std::max(0, elements + step);
+        if (tables > kDeepestTables || elements > kDeepestElements) return false;
     }
-    return false;
+    return !kGiantCells.match(html).hasMatch();
 }
 
 // Never empty: for an empty picture the toolkit would look for a file of that name.
@@ -110,7 +120,7 @@ QUrl HelpPage::Inside(const QUrl& link) const {
         if (!fragment.isEmpty()) url.setFragment(fragment);
     }
     url.setQuery(QString());
-    return url.scheme() == "help" ? url : QUrl();
+    return url.scheme() == "help" && url.authority().isEmpty() ? url : QUrl();
 }
 
 const std::string* HelpPage::Object(const QUrl& inside) const {
@@ -122,10 +132,10 @@ QVariant HelpPage::loadResource(int type, const QUrl& name) {
     const std::string* bytes = Object(inside);
     if (type == QTextDocument::HtmlResource) base_ = inside; // source() is still the page before
     if (type == QTextDocument::ImageResource) return Picture(bytes);
-    if (!bytes || bytes->size() > kLargestPage) return QString("<p></p>");
+    const bool isPage = type == QTextDocument::HtmlResource;
+    if (!bytes || bytes->size() > (isPage ? kLargestPage : kLargestStyleSheet)) return isPage ? kNoPage : QString();
     const QString text = PageText(*bytes);
-    if (type == QTextDocument::HtmlResource && NestsTooDeep(text)) return QString("<p></p>");
-    return text;
+    return isPage && !CanBeLaidOut(text) ? kNoPage : text;
 }
 
 HelpWindow::HelpWindow(CompiledHelp help, const QString& fileName)
@@ -177,7 +187,8 @@ void HelpWindow::FillContents() {
         item->setText(0, Text(topic.title));
         const QUrl url = topic.page.empty() ? QUrl() : page_->UrlOf(Text(topic.page));
         item->setData(0, kTopicUrl, url);
-        if (!url.isEmpty() && !items_.contains(url)) items_.insert(url, item);
+        QTreeWidgetItem* other = items_.value(url); // a heading often shows the page of its first topic
+        if (!url.isEmpty() && (!other || other == item->parent())) items_.insert(url, item);
     }
     for (int i = 0; i < contents_->topLevelItemCount(); ++i) contents_->topLevelItem(i)->setExpanded(true);
 }
@@ -203,6 +214,7 @@ void HelpWindow::MakeToolBar() {
 
 // The contents show where the page belongs, however it was reached.
 void HelpWindow::SelectTopicOf(const QUrl& page) {
+    if (contents_->currentItem() && contents_->currentItem()->data(0, kTopicUrl).toUrl() == page) return;
     QTreeWidgetItem* item = items_.value(page);
     if (!item) item = items_.value(page.adjusted(QUrl::RemoveFragment));
     const QSignalBlocker quiet(contents_);

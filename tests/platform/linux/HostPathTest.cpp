@@ -1,6 +1,7 @@
 #include "platform/linux/HostPath.h"
 
 #include "platform/FileSystem.h"
+#include "platform/linux/ChangeStamp.h"
 #include "tests/support/Failing.h"
 #include "tests/support/TempFolder.h"
 
@@ -92,6 +93,42 @@ TEST(HostPath, AnOldListingNeverHidesAFile) {
     ASSERT_EQ(HostPath("C:\\d\\OTHER"), drive.HostPathOf("d/OTHER"));
     drive.Write("d/Other", "");
     EXPECT_EQ(HostPath("C:\\d\\OTHER"), drive.HostPathOf("d/Other"));
+}
+
+// Newer kernels give every change a stamp of its own, so the rule for coarse stamps is tried on stamps, not files.
+TEST(ChangeStamp, IsTrustedOnlyWhenItsTickIsOver) {
+    constexpr std::int64_t kMillisecond = 1'000'000, kSecond = 1000 * kMillisecond;
+    const struct {
+        std::int64_t changed, now;
+        bool expected;
+    } rows[] = {
+        {100 * kSecond + 1, 100 * kSecond + 1, false},
+        {100 * kSecond + 1, 100 * kSecond + 20 * kMillisecond, false}, // a slow tick is 10 ms
+        {100 * kSecond + 1, 100 * kSecond + 200 * kMillisecond, true},
+        {100 * kSecond, 101 * kSecond + 999 * kMillisecond, false}, // stamps in steps of two seconds
+        {100 * kSecond, 103 * kSecond, true},
+        {100 * kSecond + 1, 90 * kSecond, false}, // the clock was set back
+    };
+    for (const auto& row : rows) {
+        ChangeStamp stamp;
+        stamp.changed = row.changed;
+        EXPECT_EQ(stamp.Settled(row.now), row.expected) << row.changed << " at " << row.now;
+    }
+}
+
+TEST(HostPath, ADriveMayBeMadeAnew) {
+    const TempDrive drive;
+    for (const char* folder : {"first", "second"}) {
+        std::filesystem::create_directory(drive.Top() / folder);
+        std::filesystem::remove(drive.Top() / "drives/e:");
+        drive.AddDrive('e', (drive.Top() / folder).string());
+        for (const int wait : {0, 80, 0}) { // before and after the link is kept
+            std::this_thread::sleep_for(std::chrono::milliseconds(wait));
+            EXPECT_EQ(HostPath("E:\\x"), (drive.Top() / folder / "x").string());
+        }
+    }
+    std::filesystem::remove(drive.Top() / "drives/e:");
+    EXPECT_FALSE(DriveIsThere("E:\\"));
 }
 
 TEST(HostPath, DrivesComeFromTheFirstFolderNamed) {
