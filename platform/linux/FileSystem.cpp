@@ -285,7 +285,7 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::Write(std::string_view bytes) {
-    constexpr std::size_t kBufferSize = 64 * 1024;
+    constexpr std::size_t kBufferSize = std::size_t{64} * 1024;
     if (!impl_->file) RaiseFileError(kErrDeviceIo);
     impl_->buffer += bytes;
     if (impl_->mode == Mode::Append || impl_->buffer.size() >= kBufferSize) impl_->Flush();
