@@ -24,10 +24,6 @@ std::string GetAppFolder() {
     return program.substr(0, program.find_last_of('\\'));
 }
 
-std::string QuotedProgram(const std::string& path) {
-    return Contains(path, " ") ? "\"" + path + "\"" : path;
-}
-
 namespace {
 
 // Two dots, however many dots and blanks follow: Windows drops those at the end of a component.

@@ -12,9 +12,6 @@ bool FileExists(const std::string& path); // it can be opened for reading
 // The folder of the program's own executable, without a trailing backslash.
 std::string GetAppFolder();
 
-// A program's path as a command line begins with it: in double quotes where it holds blanks.
-std::string QuotedProgram(const std::string& path);
-
 // The server names files by texts that become part of a path. One that could lead out of its folder (a component "..",
 // a colon, a zero character) raises 76.
 void RequireInsideFolder(std::string_view relativePath);
