@@ -36,7 +36,8 @@ bool LeadsUpwards(const std::string& component) {
 void RequireInsideFolder(std::string_view relativePath) {
     const std::string path = Replace(relativePath, "/", "\\");
     const std::vector<std::string> components = Split(path, "\\");
-    if (path.find_first_of(std::string_view(":\0", 2)) != std::string::npos ||
+    const auto isForbidden = [](char c) { return c == ':' || static_cast<unsigned char>(c) < ' '; };
+    if (std::any_of(path.begin(), path.end(), isForbidden) ||
         std::any_of(components.begin(), components.end(), LeadsUpwards))
         throw RuntimeError(kErrPathNotFound, "Path not found: " + path);
 }

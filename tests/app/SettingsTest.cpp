@@ -85,7 +85,8 @@ TEST_F(Settings, DesignationsBecomeInstallationFolders) {
 }
 
 TEST_F(Settings, BareNamesHoldNoFolder) {
-    for (const char* name : {"a\\b", "a/b", "..", "C:x"}) EXPECT_THROW(RequireBareName(name), RuntimeError) << name;
+    for (const char* name : {"a\\b", "a/b", "..", "C:x", "a\r\n1=b.SYMBOL"})
+        EXPECT_THROW(RequireBareName(name), RuntimeError) << name;
     for (const char* name : {"A..B.C", "PARTS.ZIP", "..a"}) EXPECT_NO_THROW(RequireBareName(name)) << name;
 }
 
