@@ -36,12 +36,12 @@ constexpr InstallationFolder kFolders[] = {
 } // namespace
 
 std::string ReadIniString(const std::string& section, const std::string& key, const std::string& fallback) {
-    return ReadProfileString(section, key, fallback, kIniBufferSize, Suite.IniFilePath);
+    return ReadProfileValue(section, key, fallback, kIniBufferSize, Suite.IniFilePath);
 }
 
 void WriteIniString(const std::string& section, const std::string& key, const std::string& value,
                     std::int32_t& failed) {
-    const std::int32_t code = WriteProfileString(section, key, value, Suite.IniFilePath);
+    const std::int32_t code = WriteProfileValue(section, key, value, Suite.IniFilePath);
     failed = code == 0 ? 0 : 1;
     if (failed == 0) return;
     ShowMsgBox(GetLocalText("Can't create/write to file: ", "99335") + Suite.IniFilePath + "\n" +
