@@ -3,7 +3,6 @@
 #include "app/Paths.h"
 #include "app/TextHelpers.h"
 #include "app/localise/LocalText.h"
-#include "platform/FileSystem.h"
 #include "platform/IniFile.h"
 #include "platform/MsgBox.h"
 #include "platform/RuntimeError.h"
@@ -73,9 +72,7 @@ void SetTempFolder() {
     AddBackslash(folder);
     Suite.TempFolder = folder + "Temp";
     try {
-        const std::string previous = CurrentFolder();
-        ChangeCurrentFolder(Suite.TempFolder);
-        ChangeCurrentFolder(previous);
+        TryFolder(Suite.TempFolder);
     } catch (const RuntimeError&) { // a missing folder is not reported here
     }
 }
