@@ -466,6 +466,7 @@ TEST_F(Desktop, MessageBoxesFollowTheirStyle) {
             EXPECT_EQ(names.join(' ').toStdString(), row.buttons);
             EXPECT_EQ(box.defaultButton()->objectName().toStdString(), row.standing);
             EXPECT_EQ(box.icon(), row.icon);
+            EXPECT_EQ((box.windowFlags() & Qt::WindowStaysOnTopHint) != 0, (row.style & kBoxSystemModal) != 0);
             EXPECT_EQ(box.textFormat(), Qt::PlainText);
             EXPECT_EQ(box.windowTitle(), "KlnUpdt");
             box.close();
