@@ -186,7 +186,9 @@ struct SplitPath {
 void AppendComponents(std::string_view path, std::vector<std::string>& components) {
     while (!path.empty()) {
         const std::size_t end = std::min(path.find_first_of("\\/"), path.size());
-        const std::string_view component = path.substr(0, end);
+        std::string_view component = path.substr(0, end);
+        if (component.size() > 1 && component.ends_with('.') && component[component.size() - 2] != '.')
+            component.remove_suffix(1); // Windows takes one dot off the end of any name in a path
         path.remove_prefix(std::min(end + 1, path.size()));
         if (component == "..") {
             if (!components.empty()) components.pop_back();

@@ -141,6 +141,9 @@ TEST_F(Desktop, TheListShowsWhatTheRecordSays) {
     lvwFilesList.SetSmallIcon(1, 3);
     EXPECT_NE(model.index(0, 0).data(Qt::DecorationRole).value<QIcon>().pixmap(16).toImage(), checked);
 
+    lvwFilesList.SetSubItem(2, 3, std::string(1'000'000, 'W'));
+    EXPECT_LE(model.index(1, 3).data().toString().size(), 2001) << "the server may call a file what it likes";
+
     for (int row = 4; row <= 5000; ++row) AddRow(std::to_string(row));
     EXPECT_EQ(model.rowCount(), 5000);
     EXPECT_EQ(model.index(4999, 0).data().toString(), "5000");
@@ -468,6 +471,7 @@ TEST_F(Desktop, MessageBoxesFollowTheirStyle) {
             EXPECT_EQ(names.join(' ').toStdString(), row.buttons);
             EXPECT_EQ(box.defaultButton()->objectName().toStdString(), row.standing);
             EXPECT_EQ(box.icon(), row.icon);
+            EXPECT_EQ((box.windowFlags() & Qt::WindowStaysOnTopHint) != 0, (row.style & kBoxSystemModal) != 0);
             EXPECT_EQ(box.textFormat(), Qt::PlainText);
             EXPECT_EQ(box.windowTitle(), "KlnUpdt");
             box.close();

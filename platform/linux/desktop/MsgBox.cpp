@@ -121,6 +121,7 @@ std::int32_t ShowMsgBox(const std::string& text, std::int32_t style, const std::
     box.setText(Breakable(text));
     box.setIcon(IconOf(style));
     box.setWindowModality(Qt::ApplicationModal);
+    box.setWindowFlag(Qt::WindowStaysOnTopHint, (style & kBoxSystemModal) != 0);
     const std::vector<BoxButton> buttons = ButtonsOf(style);
     for (const BoxButton& button : buttons) {
         QPushButton* widget = box.addButton(button.button);
