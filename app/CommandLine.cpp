@@ -45,13 +45,6 @@ bool IsBareDrive(const std::string& path) {
            path[0] < 90;
 }
 
-void ReturnTo(const std::string& folder) {
-    try {
-        ChangeCurrentFolder(folder);
-    } catch (const RuntimeError&) { // where we came from has gone, which says nothing about the folder tried
-    }
-}
-
 } // namespace
 
 void ParseCommandLine() {
@@ -73,9 +66,7 @@ void CheckFolderPath(std::string& path, std::int32_t& failed) {
     failed = 0;
     if (IsBareDrive(path)) return;
     try {
-        const std::string previous = CurrentFolder();
-        ChangeCurrentFolder(path);
-        ReturnTo(previous);
+        TryFolder(path);
     } catch (const RuntimeError& error) {
         failed = 1;
         ShowMsgBox(GetLocalText("Path: ", "991019") + path + GetLocalText(" not available", "99961") + "\n" +

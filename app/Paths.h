@@ -9,11 +9,11 @@ namespace korlan {
 void AddBackslash(std::string& path);     // trims it, then appends "\" unless it ends with one
 bool FileExists(const std::string& path); // it can be opened for reading
 
+// Enters the folder and goes back to where it came from. Raises when the folder cannot be entered.
+void TryFolder(const std::string& folder);
+
 // The folder of the program's own executable, without a trailing backslash.
 std::string GetAppFolder();
-
-// A program's path as a command line begins with it: in double quotes where it holds blanks.
-std::string QuotedProgram(const std::string& path);
 
 // The server names files by texts that become part of a path, and of lines in the suite's INI file. One that could lead
 // out of its folder or its line (a component "..", a colon, a control character) raises 76.

@@ -3,7 +3,6 @@
 #include "app/Paths.h"
 #include "app/TextHelpers.h"
 #include "app/localise/LocalText.h"
-#include "platform/FileSystem.h"
 #include "platform/IniFile.h"
 #include "platform/MsgBox.h"
 #include "platform/RuntimeError.h"
@@ -36,12 +35,12 @@ constexpr InstallationFolder kFolders[] = {
 } // namespace
 
 std::string ReadIniString(const std::string& section, const std::string& key, const std::string& fallback) {
-    return ReadProfileString(section, key, fallback, kIniBufferSize, Suite.IniFilePath);
+    return ReadProfileValue(section, key, fallback, kIniBufferSize, Suite.IniFilePath);
 }
 
 void WriteIniString(const std::string& section, const std::string& key, const std::string& value,
                     std::int32_t& failed) {
-    const std::int32_t code = WriteProfileString(section, key, value, Suite.IniFilePath);
+    const std::int32_t code = WriteProfileValue(section, key, value, Suite.IniFilePath);
     failed = code == 0 ? 0 : 1;
     if (failed == 0) return;
     ShowMsgBox(GetLocalText("Can't create/write to file: ", "99335") + Suite.IniFilePath + "\n" +
@@ -73,9 +72,7 @@ void SetTempFolder() {
     AddBackslash(folder);
     Suite.TempFolder = folder + "Temp";
     try {
-        const std::string previous = CurrentFolder();
-        ChangeCurrentFolder(Suite.TempFolder);
-        ChangeCurrentFolder(previous);
+        TryFolder(Suite.TempFolder);
     } catch (const RuntimeError&) { // a missing folder is not reported here
     }
 }

@@ -56,8 +56,8 @@ void InstallNewFile(const FileRecord& record, std::int32_t index) {
 void RecordApplied(const std::string& archiveName) {
     Tables.AppliedSPCList.Append(archiveName);
     const std::string number = DecimalText(Tables.AppliedSPCList.UpperBound());
-    WriteProfileString(kAppliedSection, "number", number, Suite.IniFilePath);
-    WriteProfileString(kAppliedSection, number, archiveName, Suite.IniFilePath);
+    WriteProfileValue(kAppliedSection, "number", number, Suite.IniFilePath);
+    WriteProfileValue(kAppliedSection, number, archiveName, Suite.IniFilePath);
 }
 
 } // namespace
@@ -84,7 +84,7 @@ void CopyContentsToSPC(std::int32_t& /*success*/, const std::string& newFile, co
 }
 
 void ReCreateMDBFileforSPC(std::int32_t& result) {
-    result = WriteProfileString(kRebuildSection, "SPCFILEMDB", "1", Suite.IniFilePath) == 0 ? 0 : 1;
+    result = WriteProfileValue(kRebuildSection, "SPCFILEMDB", "1", Suite.IniFilePath) == 0 ? 0 : 1;
 }
 
 void LiveUpdateStatusSPC() {

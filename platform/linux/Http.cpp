@@ -99,6 +99,8 @@ public:
     void Stop();
     // Moves every transfer of the session on, then looks at this one's time limit.
     void Turn();
+    // Leaves out of the time limits what has passed while nobody waited: a handler may have asked the user a question.
+    void SkipUnwatchedTime();
     // Waits for the network, a slice at most. False when the session was closed or its owner abandons the wait.
     bool Wait();
 
@@ -127,6 +129,8 @@ private:
     std::vector<char> body_;
     std::size_t taken_ = 0; // bytes at the front of body_ already read
     SteadyClock::time_point lastByte_;
+    SteadyClock::time_point watched_;    // when somebody last waited for this transfer
+    SteadyClock::duration unwatched_{0}; // since the start
     bool headersComplete_ = false;
     bool answered_ = false;
     bool finished_ = false;
@@ -162,6 +166,7 @@ bool Transfer::Start(const std::string& url) {
     curl_easy_setopt(easy_, CURLOPT_PREREQFUNCTION, &RequestStarts);
     curl_easy_setopt(easy_, CURLOPT_PREREQDATA, this);
     RestartClock();
+    watched_ = lastByte_;
     finished_ = curl_multi_add_handle(session_->multi.get(), easy_) != CURLM_OK;
     return !finished_;
 }
@@ -176,12 +181,22 @@ void Transfer::Stop() {
 
 void Transfer::Turn() {
     if (finished_) return;
+    SkipUnwatchedTime();
     int running = 0;
     const bool well = curl_multi_perform(session_->multi.get(), &running) == CURLM_OK;
     CollectFinished();
+    watched_ = SteadyClock::now();
     if (finished_) return;
-    timedOut_ = SteadyClock::now() - lastByte_ > timeLimit;
+    timedOut_ = watched_ - lastByte_ > timeLimit;
     finished_ = timedOut_ || !well;
+}
+
+void Transfer::SkipUnwatchedTime() {
+    const SteadyClock::duration skipped = SteadyClock::now() - watched_;
+    lastByte_ += skipped;
+    unwatched_ += skipped;
+    const auto limit = timeLimit + std::chrono::duration_cast<std::chrono::milliseconds>(unwatched_);
+    if (!answered_) curl_easy_setopt(easy_, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limit.count()));
 }
 
 void Transfer::CollectFinished() {
@@ -196,6 +211,7 @@ void Transfer::CollectFinished() {
 
 bool Transfer::Wait() {
     curl_multi_poll(session_->multi.get(), nullptr, 0, kSliceMilliseconds, nullptr);
+    watched_ = SteadyClock::now();
     if (session_->wait && !session_->wait()) return false;
     return !session_->closed;
 }
@@ -315,7 +331,6 @@ bool ReadHttpBlock(HttpHandle url, std::span<char> block, std::size_t& read) {
     read = 0;
     const auto transfer = Find(Handles().transfers, url);
     if (!transfer) return false;
-    transfer->RestartClock();
     std::size_t taken = transfer->Take(block);
     while (taken < block.size() && !transfer->Finished()) {
         transfer->Turn();

@@ -46,7 +46,7 @@ std::int32_t SystemErrorOf(int error) {
 
 } // namespace
 
-std::string ReadProfileString(OptionalText section, OptionalText key, OptionalText fallback, std::size_t bufferSize,
+std::string ReadProfileValue(OptionalText section, OptionalText key, OptionalText fallback, std::size_t bufferSize,
                               const std::string& file) {
     std::string hostPath; // "" reads as an empty file
     try {
@@ -57,7 +57,7 @@ std::string ReadProfileString(OptionalText section, OptionalText key, OptionalTe
     return ReadProfileFile(section, key, fallback, bufferSize, hostPath);
 }
 
-std::int32_t WriteProfileString(std::string_view section, OptionalText key, OptionalText value,
+std::int32_t WriteProfileValue(std::string_view section, OptionalText key, OptionalText value,
                                 const std::string& file) {
     if (file.empty()) return kSystemAccessDenied;
     const std::string path = FullName(file);

@@ -24,7 +24,7 @@ public:
     // not understood: it spoils the first line, as on Windows.)
     explicit ProfileText(std::string_view bytes);
 
-    // As ReadProfileString; the fallback loses the blanks at its end.
+    // As ReadProfileValue; the fallback loses the blanks at its end.
     std::string Read(OptionalText section, OptionalText key, OptionalText fallback, std::size_t bufferSize) const;
 
     // The whole file with that one change, in the form it has; nothing when it says so already.

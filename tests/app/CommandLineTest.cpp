@@ -3,6 +3,8 @@
 #include "platform/FileSystem.h"
 #include "tests/app/AppFixture.h"
 
+#include <filesystem>
+
 namespace korlan::test {
 namespace {
 
@@ -25,6 +27,10 @@ TEST_F(CommandLine, FolderAndFileArguments) {
         {"\"\" \" \"", ownFolder, "", 0},
         {"/sys:C:\\Suite One\\Sys", "C:\\SUITE ONE\\SYS", "", 0}, // blanks do not separate
         {"\"/SYS:  c:\\suite one\\sys \"", "C:\\SUITE ONE\\SYS", "", 0},
+        {"/sys:C:/suite one/./x/../sys\\", "C:/SUITE ONE/./X/../SYS\\", "", 0},
+        {"/sys:..\\Suite One.", "..\\SUITE ONE.", "", 0},
+        {"/sys:\\\\server\\share", ownFolder, "", 1},
+        {"/sys:D:\\Sys", ownFolder, "", 1}, // no such drive
         {"/sys:q:", "Q:", "", 0}, // a bare drive is not looked at
         {"/sys:Y:\\", "Y:\\", "", 0},
         {"/sys:z:", ownFolder, "", 1}, // Z is
@@ -52,6 +58,17 @@ TEST_F(CommandLine, FolderAndFileArguments) {
         EXPECT_EQ(Desktop().boxes.size(), row.warnings) << row.line;
         EXPECT_EQ(CurrentFolder(), before) << row.line;
     }
+}
+
+TEST_F(CommandLine, AFolderIsFoundAlsoWhenTheOneWeStartedInHasGone) {
+    drive.MakeFolders("Gone");
+    ChangeCurrentFolder("C:\\Gone");
+    std::filesystem::remove(drive.HostPathOf("Gone"));
+    drive.MakeFolders("Suite");
+    Process().commandLine = "/sys:C:\\Suite";
+    ParseCommandLine();
+    EXPECT_EQ(Suite.SysPath, "C:\\SUITE");
+    EXPECT_TRUE(Desktop().boxes.empty());
 }
 
 TEST_F(CommandLine, TheWarningNamesFolderAndReason) {

@@ -100,7 +100,6 @@ TEST_F(Settings, ProgramFolderAndTemporaryFolder) {
     EXPECT_EQ(Suite.TempFolder, "C:\\Missing Place\\Temp");
     EXPECT_EQ(CurrentFolder(), before);
     EXPECT_TRUE(Desktop().boxes.empty());
-    EXPECT_EQ(QuotedProgram(GetAppFolder() + "\\A.EXE"), "\"C:\\Missing Place\\A.EXE\"");
 
     for (auto [path, expected] : {std::pair{" D:\\X ", "D:\\X\\"}, {"D:\\X\\", "D:\\X\\"}, {"  ", "\\"}}) {
         std::string text = path;

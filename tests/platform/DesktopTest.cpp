@@ -16,11 +16,13 @@
 #include <QApplication>
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPainter>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QTest>
 #include <QTimer>
 #include <array>
@@ -138,6 +140,9 @@ TEST_F(Desktop, TheListShowsWhatTheRecordSays) {
     const QImage checked = model.index(0, 0).data(Qt::DecorationRole).value<QIcon>().pixmap(16).toImage();
     lvwFilesList.SetSmallIcon(1, 3);
     EXPECT_NE(model.index(0, 0).data(Qt::DecorationRole).value<QIcon>().pixmap(16).toImage(), checked);
+
+    lvwFilesList.SetSubItem(2, 3, std::string(1'000'000, 'W'));
+    EXPECT_LE(model.index(1, 3).data().toString().size(), 2001) << "the server may call a file what it likes";
 
     for (int row = 4; row <= 5000; ++row) AddRow(std::to_string(row));
     EXPECT_EQ(model.rowCount(), 5000);
@@ -466,6 +471,7 @@ TEST_F(Desktop, MessageBoxesFollowTheirStyle) {
             EXPECT_EQ(names.join(' ').toStdString(), row.buttons);
             EXPECT_EQ(box.defaultButton()->objectName().toStdString(), row.standing);
             EXPECT_EQ(box.icon(), row.icon);
+            EXPECT_EQ((box.windowFlags() & Qt::WindowStaysOnTopHint) != 0, (row.style & kBoxSystemModal) != 0);
             EXPECT_EQ(box.textFormat(), Qt::PlainText);
             EXPECT_EQ(box.windowTitle(), "KlnUpdt");
             box.close();
@@ -476,6 +482,23 @@ TEST_F(Desktop, MessageBoxesFollowTheirStyle) {
              {"Yes", kAnswerYes}, {"No", kAnswerNo}, {"Cancel", kAnswerCancel}}) {
         WhenAsked([name = button](QWidget& box) { Press(box, name); });
         EXPECT_EQ(ShowMsgBox("Overwrite?", 483, "Korlan"), answer) << button;
+    }
+}
+
+TEST_F(Desktop, ABoxKeepsItsTextAndHoldsAllOfIt) {
+    std::string address = "File Not Found : http://127.0.0.1:41234";
+    for (int i = 0; i < 20; ++i) address += "/updates-of-2004";
+    for (const std::string& text : {address, "C:\\" + std::string(400, 'W')}) {
+        WhenAsked([&](QWidget& widget) {
+            auto& box = dynamic_cast<QMessageBox&>(widget);
+            EXPECT_EQ(box.text().remove(QChar(0x200B)).toStdString(), text);
+            EXPECT_EQ(box.text().toStdString() == text, text == address) << "only a stretch no line can hold is broken";
+            const auto* label = box.findChild<QLabel*>("qt_msgbox_label");
+            EXPECT_GE(label->width(), label->minimumSizeHint().width()) << text;
+            EXPECT_LE(box.width(), box.screen()->availableGeometry().width()) << text;
+            box.close();
+        });
+        ShowMsgBox(text, kBoxCritical, "Korlan");
     }
 }
 

@@ -50,21 +50,21 @@ void PutFile(const TempDrive& drive, const std::string& field) {
 }
 
 std::string Get(const char* section, const char* key, const std::string& file = kFile) {
-    return ReadProfileString(section, key, "<none>", 1024, file);
+    return ReadProfileValue(section, key, "<none>", 1024, file);
 }
 
 // Sections, keys and values of a file in their order.
 std::string ContentOf(const std::string& file) {
     std::string content;
     const auto names = [&](OptionalText section) {
-        auto list = SplitAt(ReadProfileString(section, std::nullopt, "", 100'000, file), std::string_view("\0", 1));
+        auto list = SplitAt(ReadProfileValue(section, std::nullopt, "", 100'000, file), std::string_view("\0", 1));
         list.pop_back();
         return list;
     };
     for (const std::string& section : names(std::nullopt)) {
         content += "[" + section + "]\n";
         for (const std::string& key : names(section))
-            content += key + "=" + ReadProfileString(section, key, "", 100'000, file) + "\n";
+            content += key + "=" + ReadProfileValue(section, key, "", 100'000, file) + "\n";
     }
     return content;
 }
@@ -78,7 +78,7 @@ TEST(ProfileReading, AnswersEveryRecordedCase) {
         const TableArgument section(row.at("section")), key(row.at("key")), fallback(row.at("default"));
         const std::string expected = Unescape(row.at("expected"));
         const bool utf8 = row.at("file") != "<ABSENT>" && IsValidUtf8(drive.Read("TEST.INI"));
-        EXPECT_EQ(ReadProfileString(section.Get(), key.Get(), fallback.Get(), std::stoul(row.at("size")), kFile),
+        EXPECT_EQ(ReadProfileValue(section.Get(), key.Get(), fallback.Get(), std::stoul(row.at("size")), kFile),
                   utf8 ? expected : TextFromCodePage(expected))
             << row.at("id") << ": " << row.at("file") << " section " << row.at("section") << " key " << row.at("key");
     }
@@ -94,7 +94,7 @@ TEST(ProfileWriting, LeavesWhatEveryRecordedCaseLeaves) {
         const auto values = SplitAt(row.at("value"), ";;"), returned = SplitAt(row.at("returned"), ";;");
         for (std::size_t i = 0; i < sections.size(); ++i) {
             const TableArgument section(sections[i]), key(keys[i]), value(values[i]);
-            const bool succeeded = WriteProfileString(*section.Get(), key.Get(), value.Get(), kFile) == 0;
+            const bool succeeded = WriteProfileValue(*section.Get(), key.Get(), value.Get(), kFile) == 0;
             EXPECT_EQ(succeeded, returned.at(i) == "1") << row.at("id");
         }
         if (row.at("after") == "<ABSENT>") {
@@ -127,7 +127,7 @@ TEST(ProfileWriting, ChangesOneLineAndNoOtherByte) {
     const auto optional = [](const char* text) { return text ? OptionalText(text) : OptionalText(); };
     for (const auto& row : rows) {
         drive.Write("TEST.INI", row.before);
-        EXPECT_EQ(WriteProfileString(row.section, optional(row.key), optional(row.value), kFile), 0);
+        EXPECT_EQ(WriteProfileValue(row.section, optional(row.key), optional(row.value), kFile), 0);
         EXPECT_EQ(drive.Read("TEST.INI"), row.after) << row.before;
     }
 }
@@ -150,16 +150,16 @@ TEST(ProfileWriting, KeepsTheFormOfTheText) {
     };
     for (const auto& row : rows) {
         drive.Write("TEST.INI", row.before);
-        EXPECT_EQ(WriteProfileString("S", "j", row.value, kFile), 0);
+        EXPECT_EQ(WriteProfileValue("S", "j", row.value, kFile), 0);
         EXPECT_EQ(drive.Read("TEST.INI"), row.after) << row.name;
         EXPECT_EQ(Get("S", "j"), row.name == "code page, not in it" ? "a?" : row.value) << row.name;
     }
     drive.Write("TEST.INI", utf16);
-    EXPECT_EQ(WriteProfileString("S", "a", "1", kFile), 0);
+    EXPECT_EQ(WriteProfileValue("S", "a", "1", kFile), 0);
     EXPECT_EQ(drive.Read("TEST.INI").back(), 'x');
     // A buffer that ends inside a character: the character goes.
     drive.Write("TEST.INI", "[S]\nk=aéé\n");
-    EXPECT_EQ(ReadProfileString("S", "k", "", 5, kFile), "aé");
+    EXPECT_EQ(ReadProfileValue("S", "k", "", 5, kFile), "aé");
 }
 
 TEST(ProfileFiles, FailuresHaveTheSystemsNumbers) {
@@ -184,8 +184,8 @@ TEST(ProfileFiles, FailuresHaveTheSystemsNumbers) {
         {"bare.ini", 3 /* no Windows folder */},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(WriteProfileString("S", "k", "new", row.file), row.expected) << row.file;
-        EXPECT_EQ(ReadProfileString("S", "none", "dflt", 1024, row.file), "dflt") << row.file;
+        EXPECT_EQ(WriteProfileValue("S", "k", "new", row.file), row.expected) << row.file;
+        EXPECT_EQ(ReadProfileValue("S", "none", "dflt", 1024, row.file), "dflt") << row.file;
         EXPECT_NE(DescribeSystemError(row.expected), "");
     }
     EXPECT_EQ(DescribeSystemError(5), "Access is denied.");
@@ -202,7 +202,7 @@ TEST(ProfileFiles, FailuresHaveTheSystemsNumbers) {
     if (geteuid() != 0) return; // files of somebody else cannot be made
     const AsOrdinaryUser user;
     for (const char* file : {"C:\\sealed\\x.ini", "C:\\sealed\\new.ini", "C:\\theirs\\x.ini", "C:\\secret.ini"})
-        EXPECT_EQ(WriteProfileString("S", "k", "new", file), 5) << file;
+        EXPECT_EQ(WriteProfileValue("S", "k", "new", file), 5) << file;
     EXPECT_EQ(Get("S", "k", "C:\\secret.ini"), "<none>");
 }
 
@@ -215,7 +215,7 @@ TEST(ProfileFiles, AFullDiskLeavesTheOldFile) {
     const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
     const rlimit small{20'000, old.rlim_max};
     setrlimit(RLIMIT_FSIZE, &small);
-    const std::int32_t error = WriteProfileString("S", "k", "w", kFile);
+    const std::int32_t error = WriteProfileValue("S", "k", "w", kFile);
     setrlimit(RLIMIT_FSIZE, &old);
     std::signal(SIGXFSZ, oldHandler);
     EXPECT_EQ(error, 112);
@@ -232,7 +232,7 @@ TEST(ProfileFiles, AKilledWriterTearsNothing) {
         const pid_t child = fork();
         ASSERT_GE(child, 0);
         if (child == 0)
-            for (int i = 0;; ++i) WriteProfileString("S", "k", std::to_string(i % 10), kFile);
+            for (int i = 0;; ++i) WriteProfileValue("S", "k", std::to_string(i % 10), kFile);
         std::this_thread::sleep_for(std::chrono::milliseconds(round));
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
@@ -248,8 +248,8 @@ TEST(ProfileFiles, KeepTheirModeTheirNameAndTheirLinks) {
     drive.Write("Real.Ini", "[S]\nk=v\n");
     drive.SetMode("Real.Ini", 0640);
     std::filesystem::create_symlink("Real.Ini", drive.HostPathOf("link.ini"));
-    EXPECT_EQ(WriteProfileString("S", "k", "1", "C:\\REAL.INI"), 0);
-    EXPECT_EQ(WriteProfileString("S", "j", "2", "C:\\LINK.INI"), 0);
+    EXPECT_EQ(WriteProfileValue("S", "k", "1", "C:\\REAL.INI"), 0);
+    EXPECT_EQ(WriteProfileValue("S", "j", "2", "C:\\LINK.INI"), 0);
     EXPECT_THAT(drive.Names(), ElementsAre("Real.Ini", "link.ini"));
     EXPECT_EQ(drive.Read("Real.Ini"), "[S]\nk=1\nj=2\r\n");
     EXPECT_TRUE(std::filesystem::is_symlink(drive.HostPathOf("link.ini")));
@@ -259,8 +259,8 @@ TEST(ProfileFiles, KeepTheirModeTheirNameAndTheirLinks) {
     EXPECT_EQ(status.st_mode & 07777, 0640u);
 
     // A value that is already there: the very file stays.
-    EXPECT_EQ(WriteProfileString("s", "K", "1", "C:\\REAL.INI"), 0);
-    EXPECT_EQ(WriteProfileString("s", "none", std::nullopt, "C:\\REAL.INI"), 0);
+    EXPECT_EQ(WriteProfileValue("s", "K", "1", "C:\\REAL.INI"), 0);
+    EXPECT_EQ(WriteProfileValue("s", "none", std::nullopt, "C:\\REAL.INI"), 0);
     stat(drive.HostPathOf("Real.Ini").c_str(), &after);
     EXPECT_EQ(after.st_ino, status.st_ino);
     EXPECT_EQ(after.st_ctim.tv_nsec, status.st_ctim.tv_nsec);
@@ -279,7 +279,7 @@ TEST(ProfileFiles, AnOutsideChangeIsSeenAtTheNextRead) {
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(80)); // long enough for the file to be kept
     EXPECT_EQ(Get("S", "k"), "399");
-    EXPECT_EQ(WriteProfileString("S", "k", "mine", kFile), 0);
+    EXPECT_EQ(WriteProfileValue("S", "k", "mine", kFile), 0);
     EXPECT_EQ(Get("S", "k"), "mine");
     std::filesystem::remove(drive.HostPathOf("TEST.INI"));
     EXPECT_EQ(Get("S", "k"), "<none>");

@@ -327,6 +327,7 @@ TEST_F(ZipLibraryTest, WhatIsDamagedNeverLands) {
         drive_.MakeFolders("OUT");
         EXPECT_EQ(Unzip(row.bytes), row.code) << printed_;
         EXPECT_EQ(drive_.Names("OUT"), row.landed);
+        EXPECT_THAT(asked_, IsEmpty()) << "a member had two turns";
     }
     drive_.Write("OUT/BAD.TXT", "old");
     answers_ = {kOverwriteYes};

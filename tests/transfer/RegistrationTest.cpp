@@ -110,7 +110,7 @@ TEST_F(RegistrationTest, TypeLibrariesGoToTheirOwnCalls) {
     EXPECT_THAT(typeLibraryCalls, ElementsAre("register C:\\X.TLB", "describe C:\\X.TLB"));
 }
 
-TEST_F(RegistrationTest, AProgramThatDoesNotStartPassesUnseen) {
+TEST_F(RegistrationTest, AProgramThatIsMissingPassesUnseen) {
     Process().missing = {R"("C:\Korlan\KLNDIAGR.EXE" /RegServer)"};
     EXPECT_EQ(CommandOf(RegisterFile, "KLNDIAGR.EXE", "C:\\Korlan\\"), "");
     EXPECT_THROW(RegisterFile(99), RuntimeError) << "no such record";

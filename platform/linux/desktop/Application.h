@@ -27,4 +27,11 @@ inline QString ToQString(const std::string& utf8) {
     return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
 }
 
+// A text as it is shown. Names and sizes come from the server and may be of any length; nobody reads one longer than
+// this, and laying out a megabyte takes a second.
+inline QString ShownText(const std::string& utf8) {
+    constexpr std::size_t kLongest = 2000;
+    return utf8.size() <= kLongest ? ToQString(utf8) : ToQString(utf8.substr(0, kLongest)) + QChar(0x2026);
+}
+
 } // namespace korlan

@@ -100,7 +100,7 @@ void FormView::WidgetChanged(const Control& control, QWidget& widget, Aspect asp
     case Aspect::Caption: {
         const auto* captioned = dynamic_cast<const CaptionedControl*>(&control);
         if (!captioned) return;
-        const QString text = ToQString(captioned->Caption());
+        const QString text = ShownText(captioned->Caption());
         if (control.Kind() == ControlKind::Label) {
             static_cast<FrameLabel&>(widget).SetText(text);
         } else {

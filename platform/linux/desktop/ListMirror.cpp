@@ -46,9 +46,9 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
     const bool first = index.column() == 0;
     switch (role) {
     case Qt::DisplayRole: {
-        if (first) return ToQString(row.text);
+        if (first) return ShownText(row.text);
         const auto subItem = static_cast<std::size_t>(index.column() - 1);
-        return subItem < row.subItems.size() ? ToQString(row.subItems[subItem]) : QString();
+        return subItem < row.subItems.size() ? ShownText(row.subItems[subItem]) : QString();
     }
     case Qt::CheckStateRole: return first ? QVariant(row.checked ? Qt::Checked : Qt::Unchecked) : QVariant();
     case Qt::DecorationRole: return first ? QVariant(ListIcon(row.smallIcon)) : QVariant();

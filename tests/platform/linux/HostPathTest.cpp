@@ -45,6 +45,8 @@ TEST(HostPath, FindsFilesWhateverTheCaseOfTheirLetters) {
         {"C:\\no\\..\\sys", "<C>/SYS"}, // in the text: the folder need not be there
         {"C:\\..\\..\\sys", "<C>/SYS"},
         {"C:\\sys\\mixed.txt . ", "<C>/SYS/MiXed.Txt"},
+        {"C:\\sys.\\mixed.txt", "<C>/SYS/MiXed.Txt"},
+        {"C:\\sys..\\mixed.txt", "<C>/sys../mixed.txt"},
         {"C:\\", "<C>"},
         {"C:", "<C>/both"},
         {"C:A.TXT", "<C>/both/A.TXT"},
