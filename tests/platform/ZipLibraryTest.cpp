@@ -439,12 +439,16 @@ TEST_F(ZipLibraryTest, PasswordsOpenMembersOrLeaveThemOut) {
         {{"a", "b", "c", "right"}, {"one.txt", "one.txt", "one.txt"}, {"plain.txt"}, 82},
     };
     for (const char* encryption : {"zipcrypt", "aes256"}) {
-        const std::string archive = EncryptedArchive(encryption, "right");
         for (const auto& row : cases) {
             SCOPED_TRACE(testing::Message() << encryption << " " << testing::PrintToString(row.passwords));
-            std::filesystem::remove_all(drive_.HostPathOf("OUT"));
-            passwords_ = row.passwords;
-            EXPECT_EQ(Unzip(archive), row.code) << printed_;
+            std::int32_t code = 0;
+            // In one archive of 256 a wrong password passes the old encryption's own check; not in several in a row.
+            for (int archive = 0; archive == 0 || (archive < 5 && passwordAsked_ != row.asked); ++archive) {
+                std::filesystem::remove_all(drive_.HostPathOf("OUT"));
+                passwords_ = row.passwords;
+                code = Unzip(EncryptedArchive(encryption, "right"));
+            }
+            EXPECT_EQ(code, row.code) << printed_;
             EXPECT_EQ(passwordAsked_, row.asked);
             EXPECT_EQ(drive_.Names("OUT"), row.landed);
             for (const std::string& name : row.landed) EXPECT_EQ(drive_.Read("OUT/" + name), "hello");
