@@ -20,7 +20,7 @@ void DoEvents();
 // Handles events until the window has gone.
 void RunMessageLoop();
 
-// Size of the screen's usable area in twips.
+// Size of the whole screen in twips.
 float ScreenWidth();
 float ScreenHeight();
 

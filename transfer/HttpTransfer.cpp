@@ -65,38 +65,20 @@ std::string KilobyteText(std::int32_t bytes) {
     return SignedText(RoundHalfEven(bytes / 1024.0));
 }
 
-// The text on the message line. Everything that stays the same from block to block is put together once.
-class ProgressLine {
+// Counts what has come and shows it on the message line. The counts are 32-bit; outgrowing that raises 6.
+class Progress {
 public:
-    ProgressLine(const std::string& fileName, std::int32_t fileSize)
-        : before_(fileName + " - " + GetLocalText("Transferred : ", "991877")),
+    Progress(const std::string& fileName, std::int32_t fileSize)
+        : fileSize_(fileSize), before_(fileName + " - " + GetLocalText("Transferred : ", "991877")),
           between_(GetLocalText("KB", "991850") + GetLocalText(" of ", "52128") + KilobyteText(fileSize) +
                    GetLocalText("KB", "991850") + " - "),
           after_(GetLocalText("% complete", "991879")) {}
-
-    void Show(std::int32_t received, std::int32_t percent) {
-        text_ = before_;
-        text_ += KilobyteText(received);
-        text_ += between_;
-        text_ += SignedText(percent);
-        text_ += after_;
-        EditMsgline(text_);
-    }
-
-private:
-    std::string before_, between_, after_, text_;
-};
-
-// Counts what has come and shows it. The counts are 32-bit; outgrowing that raises 6.
-class Progress {
-public:
-    Progress(const std::string& fileName, std::int32_t fileSize) : fileSize_(fileSize), line_(fileName, fileSize) {}
 
     void Add(std::size_t bytes) {
         if (fileSize_ == 0) return;
         received_ = RoundHalfEven(static_cast<double>(received_) + static_cast<double>(bytes));
         percent_ = RoundHalfEven(static_cast<double>(received_) / fileSize_ * 100);
-        line_.Show(received_, percent_);
+        EditMsgline(before_ + KilobyteText(received_) + between_ + SignedText(percent_) + after_);
     }
     bool Complete() const { return percent_ == 100; }
 
@@ -104,7 +86,7 @@ private:
     std::int32_t fileSize_;
     std::int32_t received_ = 0;
     std::int32_t percent_ = 0;
-    ProgressLine line_;
+    std::string before_, between_, after_; // what stays the same from block to block
 };
 
 void ReadToFile(HttpHandle url, OutputFile& file, Progress& progress, std::int32_t showStatus) {

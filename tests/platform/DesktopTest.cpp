@@ -435,7 +435,7 @@ TEST_F(Desktop, TheWindowGoesWhereTheProgramPutsIt) {
     if (room.width() >= 800) {
         EXPECT_EQ(window_->pos(), QPoint(30, 20));
     }
-    EXPECT_FLOAT_EQ(ScreenWidth(), static_cast<float>(room.width() * 15));
+    EXPECT_FLOAT_EQ(ScreenWidth(), static_cast<float>(window_->screen()->geometry().width() * 15));
     SetMousePointer(MousePointer::Hourglass);
     SetMousePointer(MousePointer::Hourglass);
     SetMousePointer(MousePointer::Default);

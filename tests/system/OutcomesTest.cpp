@@ -1,4 +1,5 @@
 // Each way in which a start of the wizard can lead somewhere, and what its closing starts.
+#include "tests/support/HttpServer.h"
 #include "tests/support/XServer.h"
 #include "tests/system/WizardFixture.h"
 
@@ -77,6 +78,30 @@ TEST_F(OutcomesTest, ConnectionError) {
     EXPECT_TRUE(Find<QRadioButton>("Option2")->isChecked());
     EXPECT_TRUE(Ends("cmdCancel"));
     EXPECT_EQ(GetSetting("Korlan", "Setup", "NoUpdt", "-"), "0");
+}
+
+// The server takes the question and never answers. No goes on waiting; Yes ends the process from within the wait.
+TEST_F(OutcomesTest, CancelDuringASearchThatHangs) {
+    test::HttpServer silent;
+    silent.Answer("/Update.mdb", {.stallsBeforeHeaders = true});
+    std::ofstream(sample.Program() / "SYS" / "TESSARY.INI") << "[WEB]\r\nUPDATEONLINE=" << silent.Url() << "\r\n";
+    Prepare();
+    QTimer user;
+    QObject::connect(&user, &QTimer::timeout, [&] {
+        if (silent.Targets().empty() || QApplication::activeModalWidget()) return;
+        EXPECT_FALSE(Find<QPushButton>("cmdHelp")->isEnabled() || Find<QPushButton>("cmdUpdate")->isEnabled());
+        CloseByTitleBar();
+        EXPECT_TRUE(frmUpdate.form.Visible());
+        people.answer = people.boxes.empty() ? "No" : "Yes";
+        Find<QPushButton>("cmdCancel")->click();
+    });
+    user.start(30);
+    EXPECT_THROW(Form_Load(), ProcessEnded);
+    const std::string question = "Updation in progress, do you want to quit live update";
+    EXPECT_EQ(people.boxes, (std::vector{question, question}));
+    EXPECT_EQ(GetSetting("Korlan", "Setup", "LiveDay", "-"), "0");
+    EXPECT_EQ(GetSetting("Korlan", "Setup", "LiveUpd", "-"), "-");
+    EXPECT_TRUE(silent.AllConnectionsClosed());
 }
 
 TEST_F(OutcomesTest, ClosingTheWindowStartsTheCompanionAfterARunThatBroughtANewUpdater) {

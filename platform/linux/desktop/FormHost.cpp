@@ -64,12 +64,12 @@ void RunMessageLoop() {
 
 float ScreenWidth() {
     TheApplication();
-    return static_cast<float>(QGuiApplication::primaryScreen()->availableGeometry().width()) * kTwipsPerPixel;
+    return static_cast<float>(QGuiApplication::primaryScreen()->geometry().width()) * kTwipsPerPixel;
 }
 
 float ScreenHeight() {
     TheApplication();
-    return static_cast<float>(QGuiApplication::primaryScreen()->availableGeometry().height()) * kTwipsPerPixel;
+    return static_cast<float>(QGuiApplication::primaryScreen()->geometry().height()) * kTwipsPerPixel;
 }
 
 void SetMousePointer(MousePointer pointer) {

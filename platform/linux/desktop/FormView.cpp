@@ -155,7 +155,7 @@ void FormView::MoveToPlace() {
     if (!moved_) return;
     const QPoint corner(Pixels(form_.Left()) - (width() - Pixels(form_.Width())) / 2,
                         Pixels(form_.Top()) - (height() - Pixels(form_.Height())) / 2);
-    QRect place(corner, size());
+    QRect place(QGuiApplication::primaryScreen()->geometry().topLeft() + corner, size());
     const QRect room = screen()->availableGeometry();
     place.moveRight(qMin(place.right(), room.right()));
     place.moveBottom(qMin(place.bottom(), room.bottom()));
