@@ -8,6 +8,8 @@ namespace korlan::test {
 
 namespace {
 
+using testing::ElementsAre;
+
 constexpr const char* kFile = "Korlan/LIB/A.PART";
 const std::string kPath = "C:\\Korlan\\LIB\\A.PART";
 
@@ -27,16 +29,12 @@ protected:
     }
 };
 
-void Put32(std::string& bytes, std::size_t at, std::uint32_t value) {
-    for (std::size_t i = 0; i < 4; ++i) bytes[at + i] = static_cast<char>(value >> (8 * i));
-}
-
 } // namespace
 
 TEST_F(SuiteLibraryTest, EveryByteOfATextComesBack) {
     std::string name;
     for (int code = 0x20; code <= 0xFF; ++code) name += static_cast<char>(code);
-    WriteLibrary(kFile, suite::Kind::Part, {{name, "P a|b", ""}, {"\xC3\xBC", "", ""}});
+    WriteLibrary(kFile, suite::Kind::Part, {{name, "P a|", ""}, {"\xC3\xBC", "", ""}});
     const std::vector<std::string> names = Names();
     ASSERT_EQ(names.size(), 2u);
     EXPECT_EQ(names[1], "\xC3\x83\xC2\xBC") << "two bytes are two characters, whatever they could mean elsewhere";
@@ -45,9 +43,10 @@ TEST_F(SuiteLibraryTest, EveryByteOfATextComesBack) {
     E_CloseLibrary(library);
     std::vector<PartInformation> parts(1); // room for fewer than there are
     E_GetPartInfo(kPath, parts);
-    EXPECT_EQ(parts[0].name, names[0]);
-    EXPECT_EQ(parts[0].descriptor, "P a\xE2\x82\xAC"
-                                   "b");
+    EXPECT_EQ(parts[0].name + parts[0].descriptor, names[0] + "P a\xE2\x82\xAC");
+    E_SetString("ServerPath", "C:\\K\xC3\xB6rlan \xD0\x96");
+    EXPECT_EQ(E_GetString("ServerPath"), "C:\\K\xC3\xB6rlan \xD0\x96");
+    EXPECT_EQ(E_GetString("Unknown"), "");
 }
 
 TEST_F(SuiteLibraryTest, HostileFilesAreRefused) {
@@ -68,7 +67,7 @@ TEST_F(SuiteLibraryTest, HostileFilesAreRefused) {
         {"count -1", kCount, 0xFFFFFFFF},
         {"a part more", kCount, 3},
         {"a part less", kCount, 1},
-        {"directory past the end", kDirectory, 0xFFFFFFF0},
+        {"directory at the end", kDirectory, 0xFFFFFFF0},
         {"directory in the head", kDirectory, 4},
         {"length", 24, 1},
         {"body in the head", kFirst, 0},
@@ -76,25 +75,23 @@ TEST_F(SuiteLibraryTest, HostileFilesAreRefused) {
         {"body past the end", kFirst, 0xFFFFFFFF},
         {"bodies overlap", kSecond, 30},
         {"body of 4 GB", kFirst + 4, 0xFFFFFFFF},
-        {"body longer than its place", kFirst + 4, 8},
-        {"name and descriptor of 65535", kFirst + 8, 0xFFFFFFFF},
+        {"body too long", kFirst + 4, 8},
+        {"texts of 65535", kFirst + 8, 0xFFFFFFFF},
         {"no name", kFirst + 8, 0x00020000},
         {"a name twice", kSecond + 11, 0x00006100}, // the byte before stays 0, "B" becomes "a"
     };
     drive.Write(kFile, good);
-    EXPECT_THAT(Names(), testing::ElementsAre("A", "B"));
+    EXPECT_THAT(Names(), ElementsAre("A", "B"));
     for (const auto& change : changes) {
         std::string bad = good;
-        Put32(bad, change.at, change.value);
+        for (std::size_t i = 0; i < 4; ++i) bad[change.at + i] = static_cast<char>(change.value >> (8 * i));
         drive.Write(kFile, bad);
         EXPECT_THAT(Names(), testing::IsEmpty()) << change.what;
     }
-    for (std::size_t length = 0; length < good.size(); ++length) { // torn anywhere
-        drive.Write(kFile, good.substr(0, length));
-        EXPECT_THAT(Names(), testing::IsEmpty()) << length;
-    }
-    for (std::size_t at = 0; at < good.size(); ++at) { // any byte damaged: refused or read, never a crash
-        for (const int bit : {1, 0x80}) {
+    for (std::size_t at = 0; at < good.size(); ++at) {
+        drive.Write(kFile, good.substr(0, at)); // torn anywhere
+        EXPECT_THAT(Names(), testing::IsEmpty()) << at;
+        for (const int bit : {1, 0x80}) { // any byte damaged: refused or read, never a crash
             std::string bad = good;
             bad[at] = static_cast<char>(bad[at] ^ bit);
             drive.Write(kFile, bad);
@@ -105,40 +102,26 @@ TEST_F(SuiteLibraryTest, HostileFilesAreRefused) {
         EXPECT_LE(E_OpenLibrary(missing, kPartLibraryType, 0), 0) << missing;
 }
 
+// What merging libraries never asks for.
 TEST_F(SuiteLibraryTest, MapsOfLoadedElements) {
     WriteLibrary(kFile, suite::Kind::Part, {{"One", "d1", ""}, {"Two", "d2", ""}});
     const LibraryHandle library = E_OpenLibrary(kPath, kPartLibraryType, 0);
-    ElementHandle parts[2];
-    for (const int i : {0, 1}) {
-        parts[i] = D_Device();
+    const ElementHandle parts[] = {D_Device(), D_Device()};
+    for (const int i : {0, 1})
         EXPECT_TRUE(E_OpenLibToRead(library, i == 0 ? "one" : "TWO") && D_LoadDevice(parts[i], library));
-    }
     const MapHandle map = DB_DeviceMap();
     EXPECT_EQ(OM_GetFirst(map), parts[0]);
-    EXPECT_EQ(OM_SearchName(map, "two"), parts[1]);
     EXPECT_EQ(OM_SearchNameMask(map, "t?o*"), parts[1]);
     EXPECT_EQ(OM_SearchName(DB_SymbMap(), "two"), 0) << "the other map";
     EXPECT_FALSE(O_Rename(parts[1], "ONE")) << "taken";
     EXPECT_TRUE(O_Rename(parts[1], "Three"));
-    DeviceRecord record;
-    D_ReadDevice(parts[1], record);
-    EXPECT_EQ(record.name + " " + record.descriptor, "Three d2");
     EXPECT_FALSE(E_OpenLibToWrite(library, "Four") && D_SaveDevice(parts[1], library)) << "prepared for another name";
     EXPECT_FALSE(E_CloseLibWrite(library));
-    EXPECT_TRUE(E_OpenLibToWrite(library, "Three") && D_SaveDevice(parts[1], library) && E_CloseLibWrite(library));
     E_CloseLibrary(library);
-    EXPECT_FALSE(E_OpenLibToRead(library, "Three")) << "closed";
-    EXPECT_THAT(Names(), testing::ElementsAre("One", "Two", "Three"));
+    EXPECT_FALSE(E_OpenLibToRead(library, "One")) << "closed";
     EXPECT_TRUE(OM_Delete(map, "ONE"));
+    DeviceRecord record;
     EXPECT_EQ(ErrorOf([&] { D_ReadDevice(parts[0], record); }), kErrDeviceIo);
-}
-
-TEST_F(SuiteLibraryTest, SettingsComeBack) {
-    E_SetString("ServerPath", "C:\\K\xC3\xB6rlan \xD0\x96");
-    EXPECT_EQ(E_GetString("ServerPath"), "C:\\K\xC3\xB6rlan \xD0\x96");
-    EXPECT_EQ(E_GetString("Unknown"), "");
-    E_SetString("IniFile", "C:\\X.INI");
-    EXPECT_EQ(E_GetString("IniFile"), "C:\\X.INI");
 }
 
 } // namespace korlan::test
