@@ -52,41 +52,30 @@ TEST_F(SuiteLibraryTest, EveryByteOfATextComesBack) {
 TEST_F(SuiteLibraryTest, HostileFilesAreRefused) {
     // Head of 28 bytes, bodies "12345" and "67" at 28, directory at 35 with entries of 12 + 1 + 1 + 2 and 12 + 1 + 2.
     const std::string good = suite::LibraryBytes({suite::Kind::Part, {{"A", "d", "12345"}, {"B", "", "67"}}});
-    constexpr std::size_t kCount = 16, kDirectory = 20, kFirst = 35, kSecond = 51;
+    constexpr std::size_t kMagic = 0, kKind = 8, kVersion = 12, kCount = 16, kDirectory = 20, kFirst = 35, kSecond = 51;
     ASSERT_EQ(good.size(), kSecond + 15);
-    const struct {
-        const char* what;
-        std::size_t at;
-        std::uint32_t value;
-    } changes[] = {
-        {"magic", 0, 0},
-        {"kind 0", 8, 0},
-        {"kind 5", 8, 5},
-        {"version", 12, 2},
-        {"count 2^31-1", kCount, 0x7FFFFFFF},
-        {"count -1", kCount, 0xFFFFFFFF},
-        {"a part more", kCount, 3},
-        {"a part less", kCount, 1},
-        {"directory at the end", kDirectory, 0xFFFFFFF0},
-        {"directory in the head", kDirectory, 4},
-        {"length", 24, 1},
-        {"body in the head", kFirst, 0},
-        {"body in the directory", kSecond, 34},
-        {"body past the end", kFirst, 0xFFFFFFFF},
-        {"bodies overlap", kSecond, 30},
-        {"body of 4 GB", kFirst + 4, 0xFFFFFFFF},
-        {"body too long", kFirst + 4, 8},
-        {"texts of 65535", kFirst + 8, 0xFFFFFFFF},
-        {"no name", kFirst + 8, 0x00020000},
-        {"a name twice", kSecond + 11, 0x00006100}, // the byte before stays 0, "B" becomes "a"
+    const std::pair<std::size_t, std::vector<std::uint32_t>> changes[] = {
+        {kMagic, {0}},
+        {kKind, {0, 5}},
+        {kVersion, {2}},
+        {kCount, {0x7FFFFFFF, 0xFFFFFFFF, 3, 1}},
+        {kDirectory, {0xFFFFFFF0, 4}},          // past the end, in the head
+        {kDirectory + 4, {1}},                  // its length
+        {kFirst, {0, 0xFFFFFFFF}},              // body in the head, past the end
+        {kSecond, {34, 30}},                    // body in the directory, in the other one
+        {kFirst + 4, {0xFFFFFFFF, 8}},          // body of 4 GB, longer than its place
+        {kFirst + 8, {0xFFFFFFFF, 0x00020000}}, // texts of 65535, no name
+        {kSecond + 11, {0x00006100}},           // a name twice: "B" becomes "a"
     };
     drive.Write(kFile, good);
     EXPECT_THAT(Names(), ElementsAre("A", "B"));
-    for (const auto& change : changes) {
-        std::string bad = good;
-        for (std::size_t i = 0; i < 4; ++i) bad[change.at + i] = static_cast<char>(change.value >> (8 * i));
-        drive.Write(kFile, bad);
-        EXPECT_THAT(Names(), testing::IsEmpty()) << change.what;
+    for (const auto& [place, values] : changes) {
+        for (const std::uint32_t value : values) {
+            std::string bad = good;
+            for (std::size_t i = 0; i < 4; ++i) bad[place + i] = static_cast<char>(value >> (8 * i));
+            drive.Write(kFile, bad);
+            EXPECT_THAT(Names(), testing::IsEmpty()) << place << " " << value;
+        }
     }
     for (std::size_t at = 0; at < good.size(); ++at) {
         drive.Write(kFile, good.substr(0, at)); // torn anywhere
