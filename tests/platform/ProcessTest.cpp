@@ -15,7 +15,6 @@ namespace korlan {
 namespace {
 
 using test::ScopedVariable;
-using testing::EndsWith;
 using Words = std::vector<std::string>;
 
 class ProcessTest : public testing::Test {
@@ -141,7 +140,7 @@ TEST_F(ProcessTest, TheCommandLineKeepsArgumentsApart) {
         SetProgramArguments(static_cast<int>(argv.size()), const_cast<char**>(argv.data()));
         EXPECT_EQ(ProgramCommandLine(), line);
     }
-    EXPECT_THAT(ProgramPath(), EndsWith("\\ProcessTest"));
+    EXPECT_THAT(ProgramPath(), testing::EndsWith("\\ProcessTest"));
 }
 
 // Runs `body` in a process of its own and returns what it returns.

@@ -91,26 +91,4 @@ TEST_F(SuiteLibraryTest, HostileFilesAreRefused) {
         EXPECT_LE(E_OpenLibrary(missing, kPartLibraryType, 0), 0) << missing;
 }
 
-// What merging libraries never asks for.
-TEST_F(SuiteLibraryTest, MapsOfLoadedElements) {
-    WriteLibrary(kFile, suite::Kind::Part, {{"One", "d1", ""}, {"Two", "d2", ""}});
-    const LibraryHandle library = E_OpenLibrary(kPath, kPartLibraryType, 0);
-    const ElementHandle parts[] = {D_Device(), D_Device()};
-    for (const int i : {0, 1})
-        EXPECT_TRUE(E_OpenLibToRead(library, i == 0 ? "one" : "TWO") && D_LoadDevice(parts[i], library));
-    const MapHandle map = DB_DeviceMap();
-    EXPECT_EQ(OM_GetFirst(map), parts[0]);
-    EXPECT_EQ(OM_SearchNameMask(map, "t?o*"), parts[1]);
-    EXPECT_EQ(OM_SearchName(DB_SymbMap(), "two"), 0) << "the other map";
-    EXPECT_FALSE(O_Rename(parts[1], "ONE")) << "taken";
-    EXPECT_TRUE(O_Rename(parts[1], "Three"));
-    EXPECT_FALSE(E_OpenLibToWrite(library, "Four") && D_SaveDevice(parts[1], library)) << "prepared for another name";
-    EXPECT_FALSE(E_CloseLibWrite(library));
-    E_CloseLibrary(library);
-    EXPECT_FALSE(E_OpenLibToRead(library, "One")) << "closed";
-    EXPECT_TRUE(OM_Delete(map, "ONE"));
-    DeviceRecord record;
-    EXPECT_EQ(ErrorOf([&] { D_ReadDevice(parts[0], record); }), kErrDeviceIo);
-}
-
 } // namespace korlan::test
