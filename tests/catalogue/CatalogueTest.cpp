@@ -11,8 +11,8 @@ namespace {
 
 using test::HttpAnswer;
 
-std::string BytesOf(const std::string& hostPath) {
-    std::ifstream file(hostPath, std::ios::binary);
+std::string Sample(const std::string& name) {
+    std::ifstream file(KLN_TEST_DATA "/jet/" + name, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -60,8 +60,8 @@ protected:
 
 TEST_F(CatalogueTest, ReadsTheMakersDatabases) {
     for (const char* name : {"SP1.mdb", "SP2.mdb", "SP3.mdb"})
-        server.Answer(std::string("/u/") + name, {.body = BytesOf(std::string(KLN_TEST_DATA "/jet/") + name)});
-    drive.Write("KORLAN/Temp/Update.mdb", BytesOf(KLN_TEST_DATA "/jet/Update.mdb"));
+        server.Answer(std::string("/u/") + name, {.body = Sample(name)});
+    drive.Write("KORLAN/Temp/Update.mdb", Sample("Update.mdb"));
     Tables.AppliedSPList.Append("sp2.MDB");
     EXPECT_EQ(Search(), 1);
     EXPECT_EQ(path, "C:\\KORLAN\\Temp\\SP3.mdb");
@@ -123,9 +123,9 @@ TEST_F(CatalogueTest, AnErrorStopsTheSearchAndKeepsWhatWasMerged) {
     const std::pair<const char*, std::string> packs[] = {
         {"a page in its place", "<html><body>Not here</body></html>"},
         {"nothing", ""},
-        {"a torn database", BytesOf(KLN_TEST_DATA "/jet/SP1.mdb").substr(0, 40000)},
-        {"no table", BytesOf(KLN_TEST_DATA "/jet/jet3/notable.mdb")},
-        {"a column less", BytesOf(KLN_TEST_DATA "/jet/jet3/missingcol.mdb")},
+        {"a torn database", Sample("SP1.mdb").substr(0, 40000)},
+        {"no table", Sample("jet3/notable.mdb")},
+        {"a column less", Sample("jet3/missingcol.mdb")},
     };
     for (const auto& [what, body] : packs) {
         server.Answer("/u/BAD", {.body = body});
@@ -139,7 +139,7 @@ TEST_F(CatalogueTest, AMasterCatalogueThatIsMissingTornOrLeadsOutside) {
     std::int32_t result = 5;
     GetLatestFiles(path, result);
     EXPECT_EQ(result, 5);
-    drive.Write("KORLAN/Temp/Update.mdb", BytesOf(KLN_TEST_DATA "/jet/Update.mdb").substr(0, 9000));
+    drive.Write("KORLAN/Temp/Update.mdb", Sample("Update.mdb").substr(0, 9000));
     EXPECT_EQ(Search(), 0);
 
     drive.Write("secret.mdb", "mine");

@@ -88,12 +88,7 @@ TEST_F(FileListTest, AToggleCarriesOverToLinkedRows) {
     for (const auto& [name, designation] : files) Add(name, designation);
     DisplayFilesInformationsFromWeb();
     list.OnItemCheck = lvwFilesList_ItemCheck;
-    const struct {
-        std::int32_t row;
-        const char* checks;
-        std::int32_t count;
-        const char* message;
-    } toggles[] = {
+    const std::tuple<std::int32_t, std::string, std::int32_t, std::string> toggles[] = {
         {1, "000111", 3, "3 File(s) Selected"}, // the other Root file and the language's, not the help file
         {5, "000101", 2, "3 File(s) Selected"}, // a help file changes its own row and the count, and nothing else
         {4, "000000", 0, "0 File(s) Selected"},
@@ -101,13 +96,12 @@ TEST_F(FileListTest, AToggleCarriesOverToLinkedRows) {
         {2, "000000", 0, "0 File(s) Selected"},
         {6, "000101", 2, "2 File(s) Selected"}, // models carry their libraries
     };
-    for (const auto& toggle : toggles) {
-        SCOPED_TRACE(toggle.checks);
-        list.UserToggle(toggle.row);
-        EXPECT_EQ(Checks(), toggle.checks);
-        EXPECT_EQ(frmUpdate.CheckedCount, toggle.count);
-        EXPECT_EQ(frmUpdate.lblMsgline.Caption(), toggle.message);
-        EXPECT_EQ(frmUpdate.cmdUpdate.Enabled(), toggle.count > 0);
+    for (const auto& [row, checks, count, message] : toggles) {
+        list.UserToggle(row);
+        EXPECT_EQ(Checks(), checks);
+        EXPECT_EQ(frmUpdate.CheckedCount, count) << checks;
+        EXPECT_EQ(frmUpdate.lblMsgline.Caption(), message) << checks;
+        EXPECT_EQ(frmUpdate.cmdUpdate.Enabled(), count > 0) << checks;
     }
     list.SetLocked(true);
     list.UserToggle(6);

@@ -58,12 +58,8 @@ TEST_F(SpcModelsTest, AppendsTheBytesAndRecordsTheArchive) {
 
 TEST_F(SpcModelsTest, FoldersAndArchivesDecide) {
     const std::string good = drive.Read(kArchive), damaged = good.substr(0, good.size() - 30);
-    const struct {
-        std::string folder;
-        bool wasInstalled;
-        std::string archive; // "" = none
-        bool extracted, requested;
-    } cases[] = {
+    // Folder, whether the file is there, archive ("" = none), whether it is extracted, whether a rebuild is requested.
+    const std::tuple<std::string, bool, std::string, bool, bool> cases[] = {
         {"C:\\Korlan\\SYS\\", true, good, true, true},       {"C:\\Korlan\\SYS\\", false, good, true, true},
         {"C:\\Korlan\\sYS\\", true, good, true, false}, // kept: only where the file is new the case does not matter
         {"C:\\Korlan\\sYS\\", false, good, true, true},      {"C:\\Korlan\\LIB\\", true, good, true, false},
@@ -71,22 +67,22 @@ TEST_F(SpcModelsTest, FoldersAndArchivesDecide) {
         {"C:\\Korlan\\SYS\\", false, damaged, false, false}, {"C:\\Korlan\\SYS\\", true, "", false, false},
         {"C:\\Korlan\\SYS\\", false, "", false, false},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.folder + (c.wasInstalled ? " installed " : " new ") + std::to_string(c.archive.size()));
-        const std::string installed = c.folder.ends_with("LIB\\") ? "Korlan/LIB/M.SPC" : kInstalled;
+    for (const auto& [folder, wasInstalled, archive, extracted, requested] : cases) {
+        SCOPED_TRACE(folder + (wasInstalled ? " installed " : " new ") + std::to_string(archive.size()));
+        const std::string installed = folder.ends_with("LIB\\") ? "Korlan/LIB/M.SPC" : kInstalled;
         std::filesystem::remove(drive.HostPathOf(installed));
-        if (c.wasInstalled) drive.Write(installed, "own");
-        drive.Write(kArchive, c.archive);
-        if (c.archive.empty()) std::filesystem::remove(drive.HostPathOf(kArchive));
+        if (wasInstalled) drive.Write(installed, "own");
+        drive.Write(kArchive, archive);
+        if (archive.empty()) std::filesystem::remove(drive.HostPathOf(kArchive));
         drive.Write(kIni, "");
-        Record(c.folder);
+        Record(folder);
         const std::int32_t before = Tables.AppliedSPCList.UpperBound();
         EXPECT_EQ(Update(), 1);
         EXPECT_EQ(Tables.AppliedSPCList.UpperBound(), before + 1) << "recorded all the same";
-        EXPECT_EQ(ReadIniString("LIVEUPDATESPCFROMWEB", "SPCFILEMDB", "") == "1", c.requested);
-        const std::string added = c.wasInstalled ? kAppended : kModels;
+        EXPECT_EQ(ReadIniString("LIVEUPDATESPCFROMWEB", "SPCFILEMDB", "") == "1", requested);
+        const std::string added = wasInstalled ? kAppended : kModels;
         EXPECT_EQ(drive.Exists(installed) ? drive.Read(installed) : "",
-                  (c.wasInstalled ? "own" : "") + (c.extracted ? added : ""));
+                  (wasInstalled ? "own" : "") + (extracted ? added : ""));
     }
     EXPECT_THAT(Desktop().boxes, testing::IsEmpty());
 }

@@ -19,10 +19,7 @@ using Words = std::vector<std::string>;
 
 class ProcessTest : public testing::Test {
 protected:
-    ProcessTest() : path_("PATH", drive_.HostPathOf("BIN") + ":/usr/bin:/bin") {
-        drive_.MakeFolders("BIN");
-        MakeScript("BIN/slow", "#!/bin/sh\nexec sleep 2\n");
-    }
+    ProcessTest() : path_("PATH", drive_.HostPathOf("BIN") + ":/usr/bin:/bin") { drive_.MakeFolders("BIN"); }
 
     void MakeScript(const std::string& path, const std::string& text) const {
         drive_.Write(path, text);
@@ -60,9 +57,8 @@ protected:
 TEST_F(ProcessTest, FindsTheProgramAndSplitsItsArguments) {
     for (const char* path : {"KORLAN/TOOL.EXE", "Two Words/RUN.EXE", "Two/plain", "BIN/bare"}) MakeProgram(path);
     const std::tuple<const char*, const char*, const char*> cases[] = {
-        {"c:\\korlan\\tool.exe a b", "KORLAN/TOOL.EXE", "[a][b]"},
         {"C:\\KORLAN\\TOOL", "KORLAN/TOOL.EXE", "[]"},
-        {"  \"C:\\KORLAN\\TOOL.EXE\"  a  ", "KORLAN/TOOL.EXE", "[a]"},
+        {"  \"c:\\korlan\\tool.exe\"  a  ", "KORLAN/TOOL.EXE", "[a]"},
         {"\"C:\\Two Words\\RUN\" /x", "Two Words/RUN.EXE", "[/x]"},
         {"C:\\Two Words\\RUN.EXE one two", "Two Words/RUN.EXE", "[one][two]"},
         {"C:\\Two\\plain C:\\Two Words", "Two/plain", "[C:\\Two][Words]"},
@@ -84,13 +80,13 @@ TEST_F(ProcessTest, AProgramRunsOnItsOwn) {
     const Words lines = Started("bare");
     EXPECT_EQ(lines[2], drive_.HostPathOf("BIN"));
     EXPECT_EQ(lines[3], "/dev/null");
-    EXPECT_THAT(lines[4], testing::HasSubstr("0 "));
+    EXPECT_TRUE(lines[4].starts_with("0 ")) << lines[4];
     EXPECT_EQ((" " + lines[4]).find(" " + std::to_string(leak) + " "), std::string::npos) << lines[4];
     close(leak);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
 
     const auto before = std::chrono::steady_clock::now();
-    StartProgram("slow", WindowStyle::NormalFocus);
+    StartProgram("sleep 2", WindowStyle::NormalFocus);
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(1)) << "it was waited for";
 }
 
@@ -99,14 +95,10 @@ TEST_F(ProcessTest, WhatCannotBeStartedIsAnError) {
     MakeScript("BROKEN.EXE", "no program either");
     MakeScript("ORPHAN", "#!/no/such/interpreter\n");
     drive_.MakeFolders("FOLDER.EXE");
-    const std::pair<const char*, std::int32_t> cases[] = {
-        {"missing-program", 53}, {"", 53},
-        {"\"\" a", 53},          {"\"C:\\MISSING.EXE\" /RegServer", 53},
-        {"Q:\\X.EXE", 53},       {"C:\\FOLDER.EXE", 53},
-        {"C:\\DATA.EXE", 5},     {"C:\\BROKEN.EXE", 5},
-        {"C:\\ORPHAN", 53},
-    };
-    for (const auto& [commandLine, error] : cases) EXPECT_EQ(StartError(commandLine), error) << commandLine;
+    for (const char* line : {"missing-program", "", "\"\" a", "Q:\\X.EXE", "C:\\FOLDER.EXE", "C:\\ORPHAN"})
+        EXPECT_EQ(StartError(line), 53) << line;
+    for (const char* line : {"C:\\DATA.EXE", "C:\\BROKEN.EXE"}) EXPECT_EQ(StartError(line), 5) << line;
+    EXPECT_EQ(StartError("\"C:\\MISSING.EXE\" /RegServer"), 53);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
 }
 
@@ -175,7 +167,7 @@ TEST_F(ProcessTest, OneInstanceOnly) {
     // A program that outlives the one that started it does not keep the next one from starting.
     const auto startAndEnd = [] {
         const int another = IsAnotherRunning();
-        StartProgram("slow", WindowStyle::NormalFocus);
+        StartProgram("sleep 2", WindowStyle::NormalFocus);
         if (another == 0) EndProcess();
         return 1;
     };
