@@ -11,8 +11,8 @@ namespace {
 
 using test::HttpAnswer;
 
-std::string BytesOf(const std::string& hostPath) {
-    std::ifstream file(hostPath, std::ios::binary);
+std::string Sample(const std::string& name) {
+    std::ifstream file(KLN_TEST_DATA "/jet/" + name, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -27,22 +27,31 @@ protected:
         GetLatestFiles(path, result);
         return result;
     }
-    void Master(const std::vector<std::string>& packs) {
+    void WriteCatalogue(const std::string& file, const std::vector<std::vector<std::string>>& rows) const {
+        std::filesystem::remove(drive.HostPathOf(file));
+        test::RunSql(drive.HostPathOf(file), test::CatalogueSql(rows));
+    }
+    void Master(const std::vector<std::string>& packs) const {
         std::vector<std::vector<std::string>> rows;
-        for (const auto& pack : packs) rows.push_back({pack, "Root", "1", "1-1-2004,0:0:0", pack + ".zip"});
-        std::remove(drive.HostPathOf("KORLAN/Temp/Update.mdb").c_str());
-        test::RunSql(drive.HostPathOf("KORLAN/Temp/Update.mdb"), test::CatalogueSql(rows));
+        for (const auto& pack : packs) rows.push_back(Row(pack, "Root", pack + ".zip"));
+        WriteCatalogue("KORLAN/Temp/Update.mdb", rows);
     }
     void ServePack(const std::string& name, const std::vector<std::vector<std::string>>& rows) {
-        const std::string file = drive.HostPathOf("made.sqlite");
-        std::remove(file.c_str());
-        test::RunSql(file, test::CatalogueSql(rows));
-        server.Answer("/u/" + name, {.body = BytesOf(file)});
+        WriteCatalogue("made.sqlite", rows);
+        server.Answer("/u/" + name, {.body = drive.Read("made.sqlite")});
     }
-    void ServeSample() {
-        for (const char* name : {"SP1.mdb", "SP2.mdb", "SP3.mdb"})
-            server.Answer(std::string("/u/") + name, {.body = BytesOf(std::string(KLN_TEST_DATA "/jet/") + name)});
-        drive.Write("KORLAN/Temp/Update.mdb", BytesOf(KLN_TEST_DATA "/jet/Update.mdb"));
+    static std::vector<std::string> Row(const std::string& name, const std::string& folder, const std::string& zip) {
+        return {name, folder, "1", "1-1-2004,0:0:0", zip};
+    }
+
+    // The flags of every pack's files.
+    static std::string Marks() {
+        std::string marks;
+        for (const SPRecord& pack : Tables.FileArraySP) {
+            if (&pack != &Tables.FileArraySP[1]) marks += ' ';
+            for (const SPMember& member : pack.Files) marks += std::to_string(member.UpdateFlag);
+        }
+        return marks;
     }
 
     test::HttpServer server;
@@ -50,107 +59,78 @@ protected:
 };
 
 TEST_F(CatalogueTest, ReadsTheMakersDatabases) {
-    ServeSample();
+    for (const char* name : {"SP1.mdb", "SP2.mdb", "SP3.mdb"})
+        server.Answer(std::string("/u/") + name, {.body = Sample(name)});
+    drive.Write("KORLAN/Temp/Update.mdb", Sample("Update.mdb"));
     Tables.AppliedSPList.Append("sp2.MDB");
     EXPECT_EQ(Search(), 1);
     EXPECT_EQ(path, "C:\\KORLAN\\Temp\\SP3.mdb");
     ASSERT_EQ(Tables.FileArraySP.UpperBound(), 2);
-    EXPECT_EQ(Tables.FileArraySP[1].FileName, "SP1.mdb");
     EXPECT_EQ(Tables.FileArraySP[2].FileName, "SP3.mdb");
     EXPECT_EQ(Tables.FileArraySP[1].Files.UpperBound(), 21);
     EXPECT_EQ(Tables.FileArraySP[2].Files.UpperBound(), 12);
     // Three archives of the third pack stand in the first one already; names that differ in case are two.
     EXPECT_EQ(Tables.FileArray.UpperBound(), 21 + 12 - 3);
-    EXPECT_EQ(Tables.FileArray[1].FileName, "TESSARY.EXE");
-    EXPECT_EQ(Tables.FileArray[1].Filedate, "14-3-2003,8:5:0");
-    EXPECT_EQ(Tables.FileArray[1].FilePath, "Root");
-    EXPECT_EQ(Tables.FileArray[1].FileSize, "4321280");
+    const FileRecord& first = Tables.FileArray[1];
+    EXPECT_EQ(first.FileName + " " + first.FilePath + " " + first.FileSize + " " + first.Filedate,
+              "TESSARY.EXE Root 4321280 14-3-2003,8:5:0");
     EXPECT_EQ(Tables.FileArray[22].FileZipName, "TessaryDOTTexe.zip");
     ASSERT_EQ(Tables.NewFolderArray.UpperBound(), 3);
     EXPECT_EQ(Tables.NewFolderArray[3].FolderName, "\\Docs\\Release Notes");
     EXPECT_TRUE(Tables.CatalogueDatabase); // the last one stays open
-    for (const SPMember& member : Tables.FileArraySP[1].Files) EXPECT_EQ(member.UpdateFlag, 0);
-}
-
-TEST_F(CatalogueTest, AppliedPacksAreComparedTrimmedAndUpperCased) {
-    Master({" sp1.MDB ", "S P2.mdb", "SP3.mdb"});
-    for (const char* entry : {"SP1.mdb", "SP2.mdb"}) Tables.AppliedSPList.Append(entry);
-    EXPECT_EQ(Search(), 1);
-    ASSERT_EQ(Tables.FileArraySP.UpperBound(), 2); // blanks inside the name matter
-    EXPECT_EQ(Tables.FileArraySP[1].FileName, "S P2.mdb");
 }
 
 TEST_F(CatalogueTest, MergesPacksByArchiveAndFoldersByIdentity) {
-    Master({"A", "B"});
-    ServePack("A", {{"ONE.DLL", "Root", "1", "1-1-2004,0:0:0", "one.zip"},
-                    {"\\X", "NEWFOLDER", "", "", "NF"},
-                    {"TWO.DLL", "Root", "2", "1-1-2004,0:0:0", "two.zip"},
-                    {"TWO.DLL", "\\SYS", "2", "1-1-2004,0:0:0", "two.zip"},
-                    {"Z.DLL", "NewFolder", "1", "1-1-2004,0:0:0", "z.zip"}}); // a file row: the word is exact
-    ServePack("B", {{"OTHER.DLL", "\\LIB", "9", "9-9-2009,9:9:9", "one.zip"},
-                    {"ONE.DLL", "Root", "1", "1-1-2004,0:0:0", "ONE.zip"},
-                    {"\\Y", "NEWFOLDER", "", "", "NF"}});
-    EXPECT_EQ(Search(), 1);
-    ASSERT_EQ(Tables.FileArray.UpperBound(), 4);
-    EXPECT_EQ(Tables.FileArray[1].FileName, "ONE.DLL"); // first-seen columns stay
-    EXPECT_EQ(Tables.FileArray[4].FileZipName, "ONE.zip");
-    EXPECT_EQ(Tables.FileArraySP[1].Files.UpperBound(), 4);
-    EXPECT_EQ(Tables.FileArraySP[2].Files.UpperBound(), 2);
-    ASSERT_EQ(Tables.NewFolderArray.UpperBound(), 1);
-    EXPECT_EQ(Tables.NewFolderArray[1].FolderName, "\\X");
-
+    Master({" a.MDB ", "A", "B", "A .mdb"});
+    Tables.AppliedSPList.Append("A.mdb"); // packs are compared trimmed and in capitals; blanks inside matter
+    ServePack("A", {Row("ONE.DLL", "Root", "one.zip"), Row("\\X", "NEWFOLDER", "NF"), Row("TWO.DLL", "Root", "two.zip"),
+                    Row("TWO.DLL", "\\SYS", "two.zip"),
+                    Row("Z.DLL", "NewFolder", "z.zip")}); // a file row: the word is exact
+    ServePack("B",
+              {Row("OTHER.DLL", "\\LIB", "one.zip"), Row("ONE.DLL", "Root", "ONE.zip"), Row("\\Y", "NEWFOLDER", "NF")});
+    for (int search = 1; search <= 2; ++search) { // every search starts afresh
+        EXPECT_EQ(Search(), 1);
+        ASSERT_EQ(Tables.FileArray.UpperBound(), 4);
+        EXPECT_EQ(Tables.FileArray[1].FileName, "ONE.DLL"); // first-seen columns stay
+        EXPECT_EQ(Tables.FileArray[4].FileZipName, "ONE.zip");
+        ASSERT_EQ(Tables.NewFolderArray.UpperBound(), 1);
+        EXPECT_EQ(Tables.NewFolderArray[1].FolderName, "\\X");
+        EXPECT_EQ(Marks(), "0000 00 ");
+    }
     Tables.FileArray[2].UpdateFlag = 1; // two.zip, twice in the first pack
     Tables.FileArray[1].UpdateFlag = 1;
     UpdateFileArraySP();
-    const std::int32_t marks[] = {1, 1, 0, 0};
-    for (std::int32_t i = 1; i <= 4; ++i) EXPECT_EQ(Tables.FileArraySP[1].Files[i].UpdateFlag, marks[i - 1]) << i;
-    EXPECT_EQ(Tables.FileArraySP[2].Files[1].UpdateFlag, 1);
-    EXPECT_EQ(Tables.FileArraySP[2].Files[2].UpdateFlag, 0);
-}
-
-TEST_F(CatalogueTest, EverySearchStartsAfresh) {
-    Master({"A"});
-    ServePack("A", {{"ONE.DLL", "Root", "1", "1-1-2004,0:0:0", "one.zip"}, {"\\X", "NEWFOLDER", "", "", "NF"}});
-    EXPECT_EQ(Search(), 1);
-    EXPECT_EQ(Search(), 1);
-    EXPECT_EQ(Tables.FileArray.UpperBound(), 1);
-    EXPECT_EQ(Tables.NewFolderArray.UpperBound(), 1);
-    EXPECT_EQ(Tables.FileArraySP[1].Files.UpperBound(), 1);
+    EXPECT_EQ(Marks(), "1100 10 ");
 }
 
 TEST_F(CatalogueTest, APackThatCannotBeFetchedIsPassedOverUnlessAnOlderCopyIsThere) {
     Master({"GONE", "A"});
-    ServePack("A", {{"ONE.DLL", "Root", "1", "1-1-2004,0:0:0", "one.zip"}});
+    ServePack("A", {Row("ONE.DLL", "Root", "one.zip")});
     EXPECT_EQ(Search(), 1);
-    ASSERT_EQ(Tables.FileArraySP.UpperBound(), 2);
-    EXPECT_EQ(Tables.FileArraySP[1].Files.UpperBound(), 0);
+    EXPECT_EQ(Marks(), " 0");
     EXPECT_EQ(Tables.FileArray.UpperBound(), 1);
 
-    test::RunSql(drive.HostPathOf("KORLAN/Temp/GONE"),
-                 test::CatalogueSql({{"OLD.DLL", "Root", "1", "1-1-2004,0:0:0", "old.zip"}}));
+    WriteCatalogue("KORLAN/Temp/GONE", {Row("OLD.DLL", "Root", "old.zip")});
     EXPECT_EQ(Search(), 1);
-    EXPECT_EQ(Tables.FileArraySP[1].Files.UpperBound(), 1);
+    EXPECT_EQ(Marks(), "0 0");
     EXPECT_EQ(Tables.FileArray[1].FileName, "OLD.DLL");
 }
 
 TEST_F(CatalogueTest, AnErrorStopsTheSearchAndKeepsWhatWasMerged) {
-    const struct {
-        const char* what;
-        std::string body;
-    } packs[] = {
+    Master({"A", "BAD", "C"});
+    ServePack("A", {Row("ONE.DLL", "Root", "one.zip")});
+    ServePack("C", {Row("TWO.DLL", "Root", "two.zip")});
+    const std::pair<const char*, std::string> packs[] = {
         {"a page in its place", "<html><body>Not here</body></html>"},
         {"nothing", ""},
-        {"a torn database", BytesOf(KLN_TEST_DATA "/jet/SP1.mdb").substr(0, 40000)},
-        {"no table", BytesOf(KLN_TEST_DATA "/jet/jet3/notable.mdb")},
-        {"a column less", BytesOf(KLN_TEST_DATA "/jet/jet3/missingcol.mdb")},
+        {"a torn database", Sample("SP1.mdb").substr(0, 40000)},
+        {"no table", Sample("jet3/notable.mdb")},
+        {"a column less", Sample("jet3/missingcol.mdb")},
     };
-    for (const auto& pack : packs) {
-        Master({"A", "BAD", "C"});
-        ServePack("A", {{"ONE.DLL", "Root", "1", "1-1-2004,0:0:0", "one.zip"}});
-        ServePack("C", {{"TWO.DLL", "Root", "1", "1-1-2004,0:0:0", "two.zip"}});
-        server.Answer("/u/BAD", {.body = pack.body});
-        EXPECT_EQ(Search(), 0) << pack.what;
-        EXPECT_EQ(Tables.FileArray.UpperBound(), 1) << pack.what;
+    for (const auto& [what, body] : packs) {
+        server.Answer("/u/BAD", {.body = body});
+        EXPECT_EQ(Search(), 0) << what;
+        EXPECT_EQ(Tables.FileArray.UpperBound(), 1) << what;
     }
 }
 
@@ -159,14 +139,12 @@ TEST_F(CatalogueTest, AMasterCatalogueThatIsMissingTornOrLeadsOutside) {
     std::int32_t result = 5;
     GetLatestFiles(path, result);
     EXPECT_EQ(result, 5);
-
-    drive.Write("KORLAN/Temp/Update.mdb", BytesOf(KLN_TEST_DATA "/jet/Update.mdb").substr(0, 9000));
+    drive.Write("KORLAN/Temp/Update.mdb", Sample("Update.mdb").substr(0, 9000));
     EXPECT_EQ(Search(), 0);
 
     drive.Write("secret.mdb", "mine");
-    server.Answer("/u/..\\..\\secret.mdb", {.body = "theirs"});
-    server.Answer("/u/../../secret.mdb", {.body = "theirs"});
     for (const char* name : {"..\\..\\secret.mdb", "../../secret.mdb", "C:\\secret.mdb"}) {
+        server.Answer(std::string("/u/") + name, {.body = "theirs"});
         Master({name});
         EXPECT_EQ(Search(), 0) << name;
         EXPECT_EQ(drive.Read("secret.mdb"), "mine") << name;
@@ -175,16 +153,14 @@ TEST_F(CatalogueTest, AMasterCatalogueThatIsMissingTornOrLeadsOutside) {
 
 TEST_F(CatalogueTest, CancelEndsTheLoopAfterThePackUnderWay) {
     Master({"A", "B"});
-    ServePack("A", {{"ONE.DLL", "Root", "1", "1-1-2004,0:0:0", "one.zip"},
-                    {"TWO.DLL", "Root", "1", "1-1-2004,0:0:0", "two.zip"}});
-    ServePack("B", {{"THREE.DLL", "Root", "1", "1-1-2004,0:0:0", "three.zip"}});
+    ServePack("A", {Row("ONE.DLL", "Root", "one.zip"), Row("TWO.DLL", "Root", "two.zip")});
+    ServePack("B", {Row("THREE.DLL", "Root", "three.zip")});
     test::Desktop().onControlChanged = [](const Control&, Aspect, std::int32_t) {
         if (Tables.FileArray.UpperBound() == 1) korlan::Run.CancelRequested = 1; // between the rows of the first pack
     };
     EXPECT_EQ(Search(), 1);
     EXPECT_EQ(korlan::Run.CancelRequested, 1);
-    EXPECT_EQ(Tables.FileArray.UpperBound(), 2);
-    EXPECT_EQ(Tables.FileArraySP[2].Files.UpperBound(), 0);
+    EXPECT_EQ(Marks(), "00 ");
 }
 
 } // namespace

@@ -7,18 +7,11 @@ namespace korlan {
 namespace {
 
 TEST(RowsLinked, FollowsTheRulesInOneDirection) {
-    const struct {
-        const char* changed;
-        const char* other;
-        const char* name;
-        bool linked;
-    } cases[] = {
+    const std::tuple<const char*, const char*, const char*, bool> cases[] = {
         {"\\SYS", "\\SYS", "A.DLL", true},
-        {"\\SYS", "\\sys", "A.DLL", false}, // the same text, to the letter
-        {"\\COUNTRY\\GERMAN", "Root", "A.DLL", true},
+        {"\\SYS", "\\sys", "A.DLL", false},              // the same text, to the letter
         {"\\COUNTRY\\GERMAN", "\\ROOT", "A.DLL", false}, // "ROOT" and nothing else
         {"\\country\\german", "\\COUNTRY\\ENGLISH", "A.TXT", true},
-        {"Root", "\\COUNTRY\\GERMAN", "A.TXT", true},
         {"Root", "\\SYS", "A.DLL", false},
         {"\\SYS\\ROOTS", "\\COUNTRY\\X", "A.TXT", true},
         {"\\LIB", "\\KDS_CML\\X", "A.SPC", true},
@@ -28,12 +21,10 @@ TEST(RowsLinked, FollowsTheRulesInOneDirection) {
         {"\\KDS_CML\\X", "\\KDS_CML\\Y", "A.SPC", false},
         {"\\SYS", "\\SYS", "A.hlp", false}, // help files never follow
         {"Root", "\\COUNTRY\\GERMAN", "A.CNT.TXT", false},
-        {"Root", "Root", "A.GID", false},
-        // A later rule links where an earlier one does not.
-        {"\\COUNTRY\\LIB", "\\KDS_CML", "A.SPC", true},
+        {"\\COUNTRY\\LIB", "\\KDS_CML", "A.SPC", true}, // a later rule links where an earlier one does not
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(RowsLinked(c.changed, c.other, c.name), c.linked) << c.changed << " to " << c.other << " " << c.name;
+    for (const auto& [changed, other, name, linked] : cases)
+        EXPECT_EQ(RowsLinked(changed, other, name), linked) << changed << " to " << other << " " << name;
 }
 
 class FileListTest : public test::ProgramTest {
@@ -55,10 +46,6 @@ protected:
         }
         return checks;
     }
-    void Toggle(std::int32_t row) {
-        list.OnItemCheck = lvwFilesList_ItemCheck;
-        list.UserToggle(row);
-    }
     ListView& list = frmUpdate.lvwFilesList;
 };
 
@@ -67,74 +54,57 @@ TEST_F(FileListTest, ShowsOneCheckedRowForEachMarkedRecord) {
     Add("B.DLL", "\\SYS", 0);
     Add("C.DLL", "\\Sys\\sub");
     DisplayFilesInformationsFromWeb();
-    ASSERT_EQ(list.Count(), 2);
+    EXPECT_EQ(Checks(), "11");
     const ListRow& row = list.Row(2);
     EXPECT_EQ(row.key, "FILE-\\Sys\\sub\\C.DLL");
     EXPECT_EQ(row.text, "C.DLL");
     EXPECT_EQ(row.subItems, (std::vector<std::string>{"C:\\KORLAN\\SYS\\SUB", "4096", "Not updated", "\\Sys\\sub"}));
     EXPECT_EQ(row.tag, "FILE");
-    EXPECT_EQ(Checks(), "11");
     EXPECT_TRUE(list.Visible());
     EXPECT_EQ(frmUpdate.lblUpdate.Caption(), "Live update found the following new files:");
-    EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "");
     EXPECT_EQ(frmUpdate.CheckedCount, 2);
     EXPECT_EQ(frmUpdate.WizardState, 0);
+    Tables.FileArray[1].LocalFolder.clear();
+    EXPECT_THROW(DisplayFilesInformationsFromWeb(), RuntimeError);
 }
 
 TEST_F(FileListTest, NothingMarkedEndsTheSearchAndRecordsThePacks) {
     drive.Write("KORLAN/SYS/TESSARY.INI", "[LIVEUPDATEFROMWEB]\r\nNumber=2\r\n");
     Add("A.DLL", "Root", 0);
-    for (const char* pack : {"SP1.mdb", "SP2.mdb", "SP3.mdb"}) Tables.FileArraySP.Append({}).FileName = pack;
+    for (const char* pack : {"SP1.mdb", "SP2.mdb"}) Tables.FileArraySP.Append({}).FileName = pack;
     DisplayFilesInformationsFromWeb();
     EXPECT_EQ(frmUpdate.lblUpdate.Caption(), "No updates found");
     EXPECT_EQ(frmUpdate.WizardState, 1);
-    EXPECT_FALSE(frmUpdate.cmdUpdate.Visible());
     EXPECT_EQ(frmUpdate.cmdCancel.Caption(), "Finish");
-    EXPECT_FALSE(list.Visible());
-    EXPECT_EQ(drive.Read("KORLAN/SYS/TESSARY.INI"),
-              "[LIVEUPDATEFROMWEB]\r\nNumber=5\r\n3=SP1.mdb\r\n4=SP2.mdb\r\n5=SP3.mdb\r\n");
-}
-
-TEST_F(FileListTest, AMarkedRecordWithoutItsFolderRaises) {
-    Add("A.DLL", "Root");
-    Tables.FileArray[1].LocalFolder.clear();
-    EXPECT_THROW(DisplayFilesInformationsFromWeb(), RuntimeError);
+    EXPECT_FALSE(frmUpdate.cmdUpdate.Visible() || list.Visible());
+    EXPECT_EQ(drive.Read("KORLAN/SYS/TESSARY.INI"), "[LIVEUPDATEFROMWEB]\r\nNumber=4\r\n3=SP1.mdb\r\n4=SP2.mdb\r\n");
 }
 
 TEST_F(FileListTest, AToggleCarriesOverToLinkedRows) {
-    Add("A.EXE", "Root");
-    Add("B.DLL", "Root");
-    Add("T.TXT", "\\COUNTRY\\GERMAN");
-    Add("P.PART", "\\LIB");
-    Add("H.HLP", "Root");
-    Add("M.SPC", "\\KDS_CML");
+    const std::pair<const char*, const char*> files[] = {
+        {"A.EXE", "Root"},   {"B.DLL", "Root"}, {"T.TXT", "\\COUNTRY\\GERMAN"},
+        {"P.PART", "\\LIB"}, {"H.HLP", "Root"}, {"M.SPC", "\\KDS_CML"},
+    };
+    for (const auto& [name, designation] : files) Add(name, designation);
     DisplayFilesInformationsFromWeb();
-
-    Toggle(1); // the other Root file and the language's, not the help file
-    EXPECT_EQ(Checks(), "000111");
-    EXPECT_EQ(frmUpdate.CheckedCount, 3);
-    EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "3 File(s) Selected");
-
-    Toggle(5); // a help file changes its own row and the count, and nothing else
-    EXPECT_EQ(Checks(), "000101");
-    EXPECT_EQ(frmUpdate.CheckedCount, 2);
-    EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "3 File(s) Selected");
-
-    Toggle(4);
-    EXPECT_EQ(Checks(), "000000");
-    EXPECT_EQ(frmUpdate.CheckedCount, 0);
-    EXPECT_FALSE(frmUpdate.cmdUpdate.Enabled());
-
-    Toggle(3); // back on: Root follows the language, too
-    EXPECT_EQ(Checks(), "111000");
-    EXPECT_EQ(frmUpdate.CheckedCount, 3);
-    EXPECT_TRUE(frmUpdate.cmdUpdate.Enabled());
-
-    Toggle(2);
-    Toggle(6); // models carry their libraries
-    EXPECT_EQ(Checks(), "000101");
+    list.OnItemCheck = lvwFilesList_ItemCheck;
+    const std::tuple<std::int32_t, std::string, std::int32_t, std::string> toggles[] = {
+        {1, "000111", 3, "3 File(s) Selected"}, // the other Root file and the language's, not the help file
+        {5, "000101", 2, "3 File(s) Selected"}, // a help file changes its own row and the count, and nothing else
+        {4, "000000", 0, "0 File(s) Selected"},
+        {3, "111000", 3, "3 File(s) Selected"}, // back on: Root follows the language, too
+        {2, "000000", 0, "0 File(s) Selected"},
+        {6, "000101", 2, "2 File(s) Selected"}, // models carry their libraries
+    };
+    for (const auto& [row, checks, count, message] : toggles) {
+        list.UserToggle(row);
+        EXPECT_EQ(Checks(), checks);
+        EXPECT_EQ(frmUpdate.CheckedCount, count) << checks;
+        EXPECT_EQ(frmUpdate.lblMsgline.Caption(), message) << checks;
+        EXPECT_EQ(frmUpdate.cmdUpdate.Enabled(), count > 0) << checks;
+    }
     list.SetLocked(true);
-    Toggle(6);
+    list.UserToggle(6);
     EXPECT_EQ(Checks(), "000101");
 }
 

@@ -8,14 +8,13 @@
 #include <sys/wait.h>
 
 #include <csignal>
-#include <functional>
+#include <fstream>
 
 namespace korlan::test {
 
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 const std::string kFields = "Quad NAND|IX1|SIM1|Texas|IC|TTL|DIL|0|None|SYM0";
 
@@ -37,52 +36,32 @@ protected:
     }
 };
 
-std::string WithCount(std::string library, std::uint32_t count) {
-    for (std::size_t i = 0; i < 4; ++i) library[16 + i] = static_cast<char>(count >> (8 * i));
-    return library;
-}
-
 } // namespace
 
 TEST_F(PartDatabaseTest, TakesADescriptorApart) {
-    const struct {
-        const char* descriptor;
-        const char* row; // package, full name, mixed-mode code, element code, model class
-    } cases[] = {
+    const std::string euro = "\xE2\x82\xAC", upperUe = "\xC3\x9C", lowerUe = "\xC3\xBC";
+    // Package, full name, mixed-mode code, element code, model class.
+    const std::pair<const char*, std::string> cases[] = {
         {"DIL14 Quad NAND|b|c|d|e|f|g|0|None|j", "DIL14|Quad NAND|0|NONE|-"},
         {"DIL14 |b|c|d|e|f|g|1|x|j", "DIL14||1|x|X"},
-        {"a|b|c|d|e|f|g|0,0,0|None,None|j", "a\xE2\x82\xAC"
-                                            "b\xE2\x82\xAC"
-                                            "c\xE2\x82\xAC"
-                                            "d\xE2\x82\xAC"
-                                            "e\xE2\x82\xAC"
-                                            "f\xE2\x82\xAC"
-                                            "g\xE2\x82\xAC"
-                                            "0,0,0\xE2\x82\xACNone,None\xE2\x82\xAC"
-                                            "j|a|0|NONE|-"},
+        {"a|||||||0,0,0|None,None|j", // no blank: all of it is the package
+         "a" + euro + euro + euro + euro + euro + euro + euro + "0,0,0" + euro + "None,None" + euro + "j|a|0|NONE|-"},
         {" DIL14 Quad|b|c|d|e|f|g|0|None|j", "|DIL14 Quad|0|NONE|-"},
         {"P a|b|c|d|e|f|g|||j", "P|a|0|NONE|-"},
         {"P a|b|c|d|e|f|g|0,0,0,0,0|None,None,None,None,None|j", "P|a|0|NONE|-"},
         {"P a|b|c|d|e|f|g|0,0,0,0,0,0|None,None,None,None,None,None|j",
          "P|a|0,0,0,0,0,0|None,None,None,None,None,None|N"},
-        {"P a|b|c|d|e|f|g|00|none|j", "P|a|00|none|-"},
         {"P a|b|c|d|e|f|g|0, 0|none,NONE|j", "P|a|0, 0|none,NONE|-"},
-        {"P a|b|c|d|e|f|g| 0| None |j", "P|a| 0| None |-"},
-        {"P a|b|c|d|e|f|g|M1|resistor|j", "P|a|M1|resistor|R"},
-        {"P a|b|c|d|e|f|g|M1|  \xFC"
-         "ber|j",
-         "P|a|M1|  \xC3\xBC"
-         "ber|\xC3\x9C"},
+        {"P a|b|c|d|e|f|g|M1|  \374ber|j", "P|a|M1|  " + lowerUe + "ber|" + upperUe},
         {"P a|b|c|d|e|f|g|M1|   |j|k|l", "P|a|M1|   |-"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [descriptor, row] : cases) {
         drive.Write(kIndex, "");
         MakeIndex();
-        WriteParts("A.PART", {{"X", c.descriptor, ""}});
+        WriteParts("A.PART", {{"X", descriptor, ""}});
         UpdateLibDBAddFileElements("A.PART");
         EXPECT_THAT(Index("SELECT Package,FullName,MMSimCode,KdsElementCode,KdsModel FROM PartFields"),
-                    ElementsAre(c.row))
-            << c.descriptor;
+                    ElementsAre(row));
     }
 }
 
@@ -93,83 +72,58 @@ TEST_F(PartDatabaseTest, AFileReplacesItsRows) {
     Index("INSERT INTO PartFields (Name, Library) VALUES ('keep', 'OTHER.PART')");
     WriteParts("Ttl.PART", {{"74LS00", "DIL14 " + kFields, ""}, {"74LS04", "SO14 " + kFields, ""}});
     UpdateLibDBAddFileElements("Ttl.PART");
-    EXPECT_EQ(Index("SELECT *, typeof(SSQON), typeof(SSQNum) FROM PartFields WHERE Name = '74LS00'"),
-              std::vector<std::string>{"74LS00|Ttl.PART|Quad NAND|IX1|SIM1|Texas|IC|TTL|DIL|0|NONE|SYM0|DIL14|-|1|2|"
-                                       "integer|integer"});
-    WriteParts("Ttl.PART", {{"74LS04", "SO14 " + kFields, ""}});
+    EXPECT_THAT(Index("SELECT *, typeof(SSQON), typeof(SSQNum) FROM PartFields WHERE Name = '74LS00'"),
+                ElementsAre("74LS00|Ttl.PART|Quad NAND|IX1|SIM1|Texas|IC|TTL|DIL|0|NONE|SYM0|DIL14|-|1|2|"
+                            "integer|integer"));
     UpdateLibDBDeleteFile("Ttl.PART");
     EXPECT_THAT(Names(), ElementsAre("OTHER.PART:keep"));
-    UpdateLibDBAddFileElements("Ttl.PART");
-    EXPECT_THAT(Names(), ElementsAre("OTHER.PART:keep", "Ttl.PART:74LS04"));
     EXPECT_EQ(SequenceOf(kPartKind).names[2], "TTL.PART");
+
+    WriteParts("O'HARA.PART", {{"X", "P " + kFields, ""}}); // the quote is not doubled
+    UpdateLibDBAddFileElements("O'HARA.PART");
+    EXPECT_GE(ErrorOf([] { UpdateLibDBDeleteFile("O'HARA.PART"); }), kErrDatabase);
+    UpdateLibDB("C:\\Korlan\\LIB\\O'HARA.PART", LoadedPart("O'HARA.PART", "X"));
+    EXPECT_THAT(Names(), ElementsAre("OTHER.PART:keep", "O'HARA.PART:X"));
 }
 
 TEST_F(PartDatabaseTest, BadLibraryFilesEndTheOperation) {
     const suite::LibraryFile good{suite::Kind::Part, {{"A", std::string("P ") + std::string(9, '\x80'), ""}}};
     const std::string bytes = suite::LibraryBytes(good);
-    const struct {
-        const char* what;
-        std::string file;
-        std::size_t rows;
-    } cases[] = {
-        {"good", bytes, 1},
-        {"19 bytes", bytes.substr(0, 19), 0},
-        {"empty", "", 0},
-        {"no parts", suite::LibraryBytes({suite::Kind::Part, {}}), 0},
-        {"count -1", WithCount(bytes, 0xFFFFFFFF), 0},
-        {"count -2^31", WithCount(bytes, 0x80000000), 0},
-        {"count 2^31-1", WithCount(bytes, 0x7FFFFFFF), 0},
-        {"one part more than there is", WithCount(bytes, 2), 0},
-        {"one part more, and the file could hold it", WithCount(bytes + std::string(40, '\0'), 2), 0},
-        {"torn", bytes.substr(0, bytes.size() - 1), 0},
-        {"a symbol library", suite::LibraryBytes({suite::Kind::Symbol, good.elements}), 0},
+    const auto withCount = [](std::string library, std::uint32_t count) {
+        for (std::size_t i = 0; i < 4; ++i) library[16 + i] = static_cast<char>(count >> (8 * i));
+        return library;
     };
-    for (const auto& c : cases) {
-        drive.Write(kIndex, "");
-        MakeIndex();
-        drive.Write("Korlan/LIB/BAD.PART", c.file);
+    MakeIndex();
+    for (const std::string& bad :
+         {bytes.substr(0, 19), std::string(), suite::LibraryBytes({suite::Kind::Part, {}}),
+          withCount(bytes, 0xFFFFFFFF), withCount(bytes, 0x80000000), withCount(bytes, 0x7FFFFFFF),
+          withCount(bytes + std::string(40, '\0'), 2), suite::LibraryBytes({suite::Kind::Symbol, good.elements})}) {
+        drive.Write("Korlan/LIB/BAD.PART", bad);
         UpdateLibDBAddFileElements("BAD.PART");
-        EXPECT_EQ(Names().size(), c.rows) << c.what;
+        EXPECT_THAT(Names(), testing::IsEmpty()) << testing::PrintToString(bad);
     }
     UpdateLibDBAddFileElements("MISSING.PART");
-    EXPECT_THAT(Names(), IsEmpty());
-    WriteParts("SHORT.PART", {{"A", "P " + kFields, ""},
-                              {"B", "P " + kFields, ""},
-                              {"C", "P 1|2|3|4|5|6|7|8|9", ""},
-                              {"D", "P " + kFields, ""}});
+    WriteParts("SHORT.PART", {{"A", "P " + kFields, ""}, {"B", "P 1|2|3|4|5|6|7|8|9", ""}, {"C", "P " + kFields, ""}});
     UpdateLibDBAddFileElements("SHORT.PART");
-    EXPECT_THAT(Names(), ElementsAre("SHORT.PART:A", "SHORT.PART:B")); // rows before the error stay
+    drive.Write("Korlan/LIB/GOOD.PART", bytes);
+    UpdateLibDBAddFileElements("GOOD.PART");
+    EXPECT_THAT(Names(), ElementsAre("SHORT.PART:A", "GOOD.PART:A")); // rows before the error stay
 }
 
 TEST_F(PartDatabaseTest, BadIndexFiles) {
     WriteParts("A.PART", {{"X", "P " + kFields, ""}});
-    const std::string without = "CREATE TABLE PartFields (Name, Library, FullName)";
-    const struct {
-        const char* what;
-        std::function<void()> prepare;
-        bool deleteFails;
-        std::vector<std::string> names; // afterwards, where the index can be read
-    } cases[] = {
-        {"no database", [&] { drive.Write(kIndex, "no database at all"); }, true, {}},
-        {"empty", [&] { drive.Write(kIndex, ""); }, true, {}},
-        {"another maker's, read only",
-         [&] {
-             std::filesystem::remove(drive.HostPathOf(kIndex));
-             std::filesystem::copy_file(KLN_TEST_DATA "/jet/Parts.abd", drive.HostPathOf(kIndex));
-         },
-         true,
-         {}},
-        {"lacks columns", [&] { drive.Write(kIndex, ""), Index(without); }, false, {}},
-        {"lacks the table", [&] { drive.Write(kIndex, ""), Index("CREATE TABLE Others (Name)"); }, true, {}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        c.prepare();
-        const std::string before = drive.Read(kIndex);
+    drive.Write(kIndex, "");
+    Index("CREATE TABLE PartFields (Name, Library, FullName)"); // lacks columns
+    const std::string lacking = drive.Read(kIndex);
+    std::ifstream foreign(KLN_TEST_DATA "/jet/Parts.abd", std::ios::binary); // another maker's, read only
+    for (const std::string& index : {std::string("no database at all"), std::string(), lacking,
+                                     std::string(std::istreambuf_iterator<char>(foreign), {})}) {
+        SCOPED_TRACE(index.size());
+        drive.Write(kIndex, index);
         UpdateLibDBAddFileElements("A.PART");
-        EXPECT_EQ(ErrorOf([] { UpdateLibDBDeleteFile("A.PART"); }) >= kErrDatabase, c.deleteFails);
-        EXPECT_EQ(ErrorOf([] { UpdateLibDBDeleteFromFile("A.PART", "X"); }) >= kErrDatabase, c.deleteFails);
-        EXPECT_EQ(drive.Read(kIndex), before);
+        EXPECT_EQ(ErrorOf([] { UpdateLibDBDeleteFile("A.PART"); }) >= kErrDatabase, index != lacking);
+        EXPECT_EQ(ErrorOf([] { UpdateLibDBDeleteFromFile("A.PART", "X"); }) >= kErrDatabase, index != lacking);
+        EXPECT_EQ(drive.Read(kIndex), index);
     }
     std::filesystem::remove(drive.HostPathOf(kIndex));
     UpdateLibDBAddFileElements("A.PART");
@@ -178,28 +132,16 @@ TEST_F(PartDatabaseTest, BadIndexFiles) {
     EXPECT_FALSE(drive.Exists(kIndex)) << "never made here";
 }
 
-TEST_F(PartDatabaseTest, AnIndexLockedByAnotherProcess) {
+TEST_F(PartDatabaseTest, AnIndexLockedBySomebodyElse) {
     MakeIndex();
-    Index("INSERT INTO PartFields (Name, Library) VALUES ('old', 'A.PART')");
     WriteParts("A.PART", {{"X", "P " + kFields, ""}});
-    int ready[2], done[2];
-    ASSERT_TRUE(pipe(ready) == 0 && pipe(done) == 0);
-    const pid_t child = fork();
-    if (child == 0) {
-        sqlite3* connection = nullptr;
-        char byte = 0;
-        sqlite3_open(drive.HostPathOf(kIndex).c_str(), &connection);
-        sqlite3_exec(connection, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
-        const bool told = write(ready[1], &byte, 1) == 1 && read(done[0], &byte, 1) == 1;
-        _exit(told ? 0 : 1);
-    }
-    char byte = 0;
-    ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(drive.HostPathOf(kIndex).c_str(), &other), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
     UpdateLibDBAddFileElements("A.PART");
     EXPECT_GE(ErrorOf([] { UpdateLibDBDeleteFile("A.PART"); }), kErrDatabase);
-    ASSERT_EQ(write(done[1], &byte, 1), 1);
-    waitpid(child, nullptr, 0);
-    EXPECT_THAT(Names(), ElementsAre("A.PART:old"));
+    sqlite3_close(other);
+    EXPECT_THAT(Names(), testing::IsEmpty());
 }
 
 TEST_F(PartDatabaseTest, AQuoteInANameIsNotDoubled) {

@@ -8,24 +8,19 @@ namespace {
 
 class SearchSequenceTest : public Installation {};
 
-const std::string kSeven = "1=A.PART\r\n2=B.PART\r\n3=C.PART\r\n4=D.PART\r\n5=E.PART\r\n6=F.PART\r\n7=G.PART\r\n";
+const std::string kSeven =
+    "1=A.PART\r\n2=B.PART\r\n3=\xC3\x9C.PART\r\n4=D.PART\r\n5=E.PART\r\n6=F.PART\r\n7=G.PART\r\n";
 
 } // namespace
 
 TEST_F(SearchSequenceTest, AddsWhatIsNotListed) {
     constexpr std::int32_t kAsked = -1; // GetSSQNum instead of UpdateLibSSQ
-    const struct {
-        const char* what;
-        std::int32_t kind;
-        std::string name, before, after;
-        std::int32_t position;
-    } cases[] = {
+    // What, kind, name, the file before and after, position.
+    const std::tuple<const char*, std::int32_t, std::string, std::string, std::string, std::int32_t> cases[] = {
         {"position 8 behind seven", kAsked, "New.Part",
          "[DEVLIBS]\r\n" + kSeven + "[KLN_DEVLIBS]\r\n1=A.PART,1\r\n2=B.PART,0\r\n",
          "[DEVLIBS]\r\n" + kSeven + "8=NEW.PART\r\n[KLN_DEVLIBS]\r\n1=A.PART,1\r\n2=B.PART,0\r\n3=NEW.PART,1\r\n", 8},
-        {"only the case differs", kAsked, "c.pArT", "[DEVLIBS]\r\n" + kSeven, "[DEVLIBS]\r\n" + kSeven, 3},
-        {"letters beyond ASCII too", kAsked, "\xC3\xBC.PART", "[DEVLIBS]\r\n1=\xC3\x9C.PART\r\n",
-         "[DEVLIBS]\r\n1=\xC3\x9C.PART\r\n", 1},
+        {"only the case differs", kAsked, "\xC3\xBC.pArT", "[DEVLIBS]\r\n" + kSeven, "[DEVLIBS]\r\n" + kSeven, 3},
         {"no section", kAsked, "a.part", "[X]\r\n", "[X]\r\n[DEVLIBS]\r\n1=A.PART\r\n[KLN_DEVLIBS]\r\n1=A.PART,1\r\n",
          1},
         {"a gap ends the list", kAsked, "N.PART", "[DEVLIBS]\r\n1=A.PART\r\n2=\r\n3=C.PART\r\n",
@@ -37,40 +32,34 @@ TEST_F(SearchSequenceTest, AddsWhatIsNotListed) {
         {"padstacks", 4, "p.padstack", "", "[PADLIBS]\r\n1=P.PADSTACK\r\n[KLN_PADLIBS]\r\n1=P.PADSTACK,1\r\n", 0},
         {"parts are not added so", 1, "A.PART", "[X]\r\n", "[X]\r\n", 0},
         {"unknown kinds", 0, "A.SYMBOL", "[X]\r\n", "[X]\r\n", 0},
-        {"unknown kinds", 5, "A.SYMBOL", "[X]\r\n", "[X]\r\n", 0},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::string(c.what) + ": " + c.name + " into\n" + c.before);
-        drive.Write(kIni, c.before);
+    for (const auto& [what, kind, name, before, after, expected] : cases) {
+        drive.Write(kIni, before);
         LoadSearchSequences();
         for (int time = 1; time <= 2; ++time) { // the second time changes nothing more
             std::int32_t position = 0;
-            if (c.kind == kAsked)
-                GetSSQNum(c.name, position);
+            if (kind == kAsked)
+                GetSSQNum(name, position);
             else
-                UpdateLibSSQ(c.name, c.kind);
-            EXPECT_EQ(position, c.position);
-            EXPECT_EQ(drive.Read(kIni), c.after);
+                UpdateLibSSQ(name, kind);
+            EXPECT_EQ(position, expected) << what;
+            EXPECT_EQ(drive.Read(kIni), after) << what;
         }
     }
 }
 
 TEST_F(SearchSequenceTest, LoadsFlagsAndForgetsWhatItHeld) {
-    drive.Write(
-        kIni, "[SCHLIBS]\r\n1=a.symbol\r\n[KLN_DEVLIBS]\r\n1=A.PART,1\r\n2=B,C.PART, 0\r\n3=D.PART\r\n4=E.PART,-7\r\n");
+    drive.Write(kIni, "[SCHLIBS]\r\n1=a.symbol\r\n"
+                      "[KLN_DEVLIBS]\r\n1=A.PART,1\r\n2=B,C.PART, 0\r\n3=D.PART\r\n4=E.PART,-7\r\n");
     LoadSearchSequences();
-    const Table<LibraryFlag>& flags = SequenceOf(kPartKind).flags;
-    const LibraryFlag expected[] = {{"A.PART", 1}, {"B,C.PART", 0}, {"D.PART", 0}, {"E.PART", -7}};
-    ASSERT_EQ(flags.UpperBound(), 4);
-    for (std::int32_t i = 1; i <= 4; ++i) {
-        EXPECT_EQ(flags[i].name, expected[i - 1].name);
-        EXPECT_EQ(flags[i].flag, expected[i - 1].flag) << flags[i].name;
-    }
+    std::string flags;
+    for (const LibraryFlag& entry : SequenceOf(kPartKind).flags)
+        flags += entry.name + "=" + std::to_string(entry.flag) + ";";
+    EXPECT_EQ(flags, "A.PART=1;B,C.PART=0;D.PART=0;E.PART=-7;");
     EXPECT_EQ(SequenceOf(kSymbolKind).names[1], "a.symbol");
     drive.Write(kIni, "[DEVLIBS]\r\n");
     LoadSearchSequences();
-    EXPECT_EQ(flags.UpperBound(), 0);
-    EXPECT_EQ(SequenceOf(kSymbolKind).names.UpperBound(), 0);
+    EXPECT_EQ(SequenceOf(kPartKind).flags.UpperBound() + SequenceOf(kSymbolKind).names.UpperBound(), 0);
 }
 
 TEST_F(SearchSequenceTest, KeepsTheNameWhenTheIniCannotBeWritten) {

@@ -35,7 +35,6 @@ protected:
         UpdateSPCFile(success, 1);
         return success;
     }
-    bool RebuildRequested() const { return ReadIniString("LIVEUPDATESPCFROMWEB", "SPCFILEMDB", "") == "1"; }
 };
 
 } // namespace
@@ -57,87 +56,58 @@ TEST_F(SpcModelsTest, AppendsTheBytesAndRecordsTheArchive) {
     EXPECT_EQ(Tables.AppliedSPCList.UpperBound(), 2);
 }
 
-TEST_F(SpcModelsTest, TheTwoFolderComparisons) {
-    const struct {
-        const char* folder;
-        bool wasInstalled, requested;
-    } cases[] = {
-        {"C:\\Korlan\\SYS\\", true, true},  {"C:\\Korlan\\SYS\\", false, true}, {"C:\\KORLAN\\sys\\", true, false},
-        {"C:\\KORLAN\\sys\\", false, true}, {"C:\\Korlan\\LIB\\", true, false}, {"C:\\Korlan\\LIB\\", false, false},
+TEST_F(SpcModelsTest, FoldersAndArchivesDecide) {
+    const std::string good = drive.Read(kArchive), damaged = good.substr(0, good.size() - 30);
+    // Folder, whether the file is there, archive ("" = none), whether it is extracted, whether a rebuild is requested.
+    const std::tuple<std::string, bool, std::string, bool, bool> cases[] = {
+        {"C:\\Korlan\\SYS\\", true, good, true, true},       {"C:\\Korlan\\SYS\\", false, good, true, true},
+        {"C:\\Korlan\\sYS\\", true, good, true, false}, // kept: only where the file is new the case does not matter
+        {"C:\\Korlan\\sYS\\", false, good, true, true},      {"C:\\Korlan\\LIB\\", true, good, true, false},
+        {"C:\\Korlan\\LIB\\", false, good, true, false},     {"C:\\Korlan\\SYS\\", true, damaged, false, false},
+        {"C:\\Korlan\\SYS\\", false, damaged, false, false}, {"C:\\Korlan\\SYS\\", true, "", false, false},
+        {"C:\\Korlan\\SYS\\", false, "", false, false},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::string(c.folder) + (c.wasInstalled ? " installed" : " new"));
+    for (const auto& [folder, wasInstalled, archive, extracted, requested] : cases) {
+        SCOPED_TRACE(folder + (wasInstalled ? " installed " : " new ") + std::to_string(archive.size()));
+        const std::string installed = folder.ends_with("LIB\\") ? "Korlan/LIB/M.SPC" : kInstalled;
+        std::filesystem::remove(drive.HostPathOf(installed));
+        if (wasInstalled) drive.Write(installed, "own");
+        drive.Write(kArchive, archive);
+        if (archive.empty()) std::filesystem::remove(drive.HostPathOf(kArchive));
         drive.Write(kIni, "");
-        for (const char* installed : {"Korlan/SYS/M.SPC", "Korlan/LIB/M.SPC"}) {
-            std::filesystem::remove(drive.HostPathOf(installed));
-            if (c.wasInstalled) drive.Write(installed, "own");
-        }
-        Record(c.folder);
+        Record(folder);
+        const std::int32_t before = Tables.AppliedSPCList.UpperBound();
         EXPECT_EQ(Update(), 1);
-        EXPECT_EQ(RebuildRequested(), c.requested);
-        const std::string file = drive.Read(drive.Exists(kInstalled) && !c.wasInstalled ? kInstalled
-                                            : std::string(c.folder).ends_with("LIB\\")  ? "Korlan/LIB/M.SPC"
-                                                                                        : kInstalled);
-        EXPECT_EQ(file, c.wasInstalled ? "own" + kAppended : kModels);
-    }
-}
-
-TEST_F(SpcModelsTest, AnArchiveThatCannotBeExtractedIsRecordedAllTheSame) {
-    const std::string good = drive.Read(kArchive);
-    for (const bool wasInstalled : {true, false}) {
-        for (const std::size_t length : {good.size(), good.size() - 30, std::size_t{0}}) { // 0: no archive
-            SCOPED_TRACE(std::to_string(length) + (wasInstalled ? " installed" : " new"));
-            drive.Write(kIni, "");
-            std::filesystem::remove(drive.HostPathOf(kInstalled));
-            if (wasInstalled) drive.Write(kInstalled, "own");
-            drive.Write(kArchive, good.substr(0, length));
-            if (length == 0) std::filesystem::remove(drive.HostPathOf(kArchive));
-            const std::int32_t before = Tables.AppliedSPCList.UpperBound();
-            EXPECT_EQ(Update(), 1);
-            EXPECT_EQ(Tables.AppliedSPCList.UpperBound(), before + 1);
-            const bool extracted = length == good.size();
-            EXPECT_EQ(RebuildRequested(), extracted);
-            EXPECT_EQ(drive.Exists(kInstalled) ? drive.Read(kInstalled) : "",
-                      (wasInstalled ? "own" : "") + (!extracted     ? ""
-                                                     : wasInstalled ? kAppended
-                                                                    : kModels));
-        }
+        EXPECT_EQ(Tables.AppliedSPCList.UpperBound(), before + 1) << "recorded all the same";
+        EXPECT_EQ(ReadIniString("LIVEUPDATESPCFROMWEB", "SPCFILEMDB", "") == "1", requested);
+        const std::string added = wasInstalled ? kAppended : kModels;
+        EXPECT_EQ(drive.Exists(installed) ? drive.Read(installed) : "",
+                  (wasInstalled ? "own" : "") + (extracted ? added : ""));
     }
     EXPECT_THAT(Desktop().boxes, testing::IsEmpty());
 }
 
 TEST_F(SpcModelsTest, WhatFails) {
     drive.Write(kInstalled, "own");
-    drive.Write("Korlan/Temp/sp/EMPTY.zip", ZipWriter().Add({.name = "OTHER.SPC", .data = "x"}).Bytes());
-    Tables.FileArray[1].TempZipFile = "C:\\Korlan\\Temp\\sp\\EMPTY.zip"; // extracts well, but not the file named
+    drive.Write(kArchive, ZipWriter().Add({"OTHER.SPC", "x"}).Bytes()); // extracts well, but not the file named
     EXPECT_EQ(ErrorOf([this] { Update(); }), kErrFileNotFound);
     EXPECT_EQ(Tables.AppliedSPCList.UpperBound(), 0);
     drive.MakeFolders("Korlan/SYS/D/M.SPC"); // a folder where the new file should be
-    std::int32_t success = 7;
-    EXPECT_NE(ErrorOf([&] { CopyContentsToSPC(success, "C:\\Korlan\\SYS\\M.SPC", "C:\\Korlan\\SYS\\D\\M.SPC"); }), 0);
-    EXPECT_EQ(success, 7);
+    std::int32_t number = 7;
+    EXPECT_NE(ErrorOf([&] { CopyContentsToSPC(number, "C:\\Korlan\\SYS\\M.SPC", "C:\\Korlan\\SYS\\D\\M.SPC"); }), 0);
+    EXPECT_EQ(number, 7);
     EXPECT_EQ(drive.Read(kInstalled), "own");
 
-    std::int32_t result = 7;
-    ReCreateMDBFileforSPC(result);
-    EXPECT_EQ(result, 0);
+    ReCreateMDBFileforSPC(number);
+    EXPECT_EQ(number, 0);
     std::filesystem::remove(drive.HostPathOf(kIni));
     drive.MakeFolders(kIni); // cannot be written
-    ReCreateMDBFileforSPC(result);
-    EXPECT_EQ(result, 1);
+    ReCreateMDBFileforSPC(number);
+    EXPECT_EQ(number, 1);
     Record("C:\\Korlan\\LIB\\");
     EXPECT_EQ(Update(), 1);
     EXPECT_EQ(Tables.AppliedSPCList[1], "sp/M.zip");
     EXPECT_THAT(Desktop().boxes, testing::IsEmpty());
-}
-
-TEST_F(SpcModelsTest, TheSpinnerTurns) {
-    const char* turns[][2] = {{"|", "/"}, {"/", "-"}, {"-", "\\"}, {"\\", "|"}, {"", ""}, {"x", "x"}};
-    for (const auto& [before, after] : turns) {
-        korlan::Run.StatusSpinner = before;
-        LiveUpdateStatusSPC();
-        EXPECT_EQ(frmUpdate.lblMsgline.Caption(), std::string("SPC Files are updated...") + after) << before;
-    }
 }
 
 } // namespace korlan::test

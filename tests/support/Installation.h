@@ -34,13 +34,10 @@ protected:
         ResetProgram();
         ResetDesktop();
         ResetProcess();
-        Process().programPath = "C:\\Korlan\\KlnUpdt.exe";
         for (const char* folder : {"Korlan/LIB", "Korlan/SYS", "Korlan/Temp"}) drive.MakeFolders(folder);
         std::filesystem::create_symlink(KLN_SUITE_SO, drive.HostPathOf("Korlan/libklwupdt.so"));
         Suite.IniFilePath = "C:\\Korlan\\SYS\\TESSARY.INI";
-        Suite.LibDir = "C:\\Korlan\\LIB";
-        Suite.SysDir = "C:\\Korlan\\SYS";
-        Suite.TempFolder = "C:\\Korlan\\Temp";
+        Suite.LibDir = "C:\\Korlan\\LIB", Suite.SysDir = "C:\\Korlan\\SYS", Suite.TempFolder = "C:\\Korlan\\Temp";
         frmUpdate.form.SetCaption("Korlan Live Update");
         DB_CreateDataBase();
     }

@@ -40,22 +40,16 @@ inline std::vector<TableRow> ReadTable(const std::string& path) {
 }
 
 inline std::string Unescape(std::string_view field) {
+    constexpr std::string_view kLetters = "rnt\\", kBytes = "\r\n\t\\";
     std::string bytes;
     for (std::size_t at = 0; at < field.size(); ++at) {
         if (field[at] != '\\') {
             bytes += field[at];
-            continue;
-        }
-        switch (const char escape = field.at(++at); escape) {
-        case 'r': bytes += '\r'; break;
-        case 'n': bytes += '\n'; break;
-        case 't': bytes += '\t'; break;
-        case '\\': bytes += '\\'; break;
-        case 'x':
+        } else if (field.at(++at) == 'x') {
             bytes += static_cast<char>(std::stoi(std::string(field.substr(at + 1, 2)), nullptr, 16));
             at += 2;
-            break;
-        default: throw std::runtime_error("bad escape in " + std::string(field));
+        } else {
+            bytes += kBytes.at(kLetters.find(field[at])); // throws on an unknown one
         }
     }
     return bytes;

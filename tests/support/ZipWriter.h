@@ -32,21 +32,6 @@ struct ZipEntry {
 
 class ZipWriter {
 public:
-    ZipWriter() = default;
-
-    // Goes on with an archive that has no comment.
-    explicit ZipWriter(const std::string& archive) {
-        const auto number = [&](std::size_t fromEnd, std::size_t width) {
-            std::uint32_t value = 0;
-            for (std::size_t i = width; i-- > 0;)
-                value = value << 8 | static_cast<unsigned char>(archive.at(archive.size() - fromEnd + i));
-            return value;
-        };
-        count_ = number(12, 2);
-        members_ = archive.substr(0, number(6, 4));
-        directory_ = archive.substr(members_.size(), number(10, 4));
-    }
-
     ZipWriter& Add(const ZipEntry& entry) {
         const std::string stamp =
             entry.extendedTime ? Short(0x5455) + Short(5) + "\x01" + Long(Bits(*entry.extendedTime)) : std::string();

@@ -1,8 +1,7 @@
-// The clean-up's conversation with a scripted handler, and its two procedures on the cache folder.
+// The clean-up of the real cache folder, and of one file in the folder that the registry names.
 #include "transfer/CacheCleanUp.h"
 
-#include "platform/RuntimeError.h"
-#include "platform/SettingsStore.h"
+#include "tests/support/Failing.h"
 #include "tests/support/TempFolder.h"
 
 #include <gmock/gmock.h>
@@ -11,117 +10,39 @@
 namespace korlan {
 namespace {
 
-struct HandlerScript {
-    std::vector<std::string> calls = {};
-    std::string folder = "C:\\Cache\\IE";
-    bool keyOpens = true, exists = true;
-    std::int64_t spaceUsed = 5'000'000'000;
-    std::string failing = {};      // the call that raises 70
-    std::string registryText = {}; // what the registry answers
-};
-HandlerScript script;
-int handlersAlive = 0;
-
-void Record(const std::string& name, const std::string& what = {}) {
-    script.calls.push_back(what.empty() ? name : name + " " + what);
-    if (script.failing == name) throw RuntimeError(kErrPermissionDenied);
-}
-
-class ScriptedHandler : public CacheHandler {
-public:
-    ScriptedHandler() { ++handlersAlive; }
-    ~ScriptedHandler() override { --handlersAlive; }
-    void Initialize(const std::string& volume) override { Record("Initialize", volume); }
-    std::int64_t GetSpaceUsed(CacheCallback& callback) override {
-        Record("GetSpaceUsed");
-        EXPECT_EQ(callback.ScanProgress(1), 0);
-        return script.spaceUsed;
-    }
-    void Purge(std::int64_t spaceToFree, CacheCallback& callback) override {
-        Record("Purge", std::to_string(spaceToFree));
-        EXPECT_EQ(callback.PurgeProgress(1, spaceToFree), 0);
-    }
-};
-
-} // namespace
-
-std::unique_ptr<CacheHandler> CreateCacheHandlerObject(const std::string& classId) {
-    Record("Create", classId);
-    return script.exists ? std::make_unique<ScriptedHandler>() : nullptr;
-}
-
-std::string InternetCacheFolder() {
-    return script.folder;
-}
-
-bool CacheHandlerKeyOpens() {
-    return script.keyOpens;
-}
-
-std::string ReadRegistryText(RegistryRoot root, const std::string& key, const std::string& value) {
-    const bool right = root == RegistryRoot::CurrentUser && value == "Cache" &&
-                       key == "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell folders\\";
-    return right ? script.registryText : "asked for " + key + value;
-}
-
-namespace {
-
-using test::TempDrive;
-using testing::ElementsAre;
-
-constexpr const char* kCreate = "Create {9B0EFD60-F7B0-11D0-BAEF-00C04FC308C9}";
-
-struct CacheCleanUpTest : testing::Test {
-    CacheCleanUpTest() { script = HandlerScript{}; }
-};
-
-TEST_F(CacheCleanUpTest, InitialisesCountsAndPurges) {
+TEST(CacheCleanUp, PurgesTheCacheAndTellsTheCallerOfFailures) {
+    const test::TempDrive drive;
+    const test::ScopedVariable cache("XDG_CACHE_HOME", drive.HostPathOf("cache"));
+    drive.Write("cache/korlan/klnupdt/sub/a", "12345");
     EXPECT_EQ(TemporaryIntenetFilesCleanUp(), 0);
-    EXPECT_THAT(script.calls, ElementsAre(kCreate, "Initialize C:\\", "GetSpaceUsed", "Purge 5000000000"));
-    EXPECT_EQ(handlersAlive, 1) << "the handler stays held";
+    EXPECT_THAT(drive.Names("cache/korlan/klnupdt"), testing::IsEmpty());
+    EXPECT_EQ(IEmptyVolumeCacheCallBack_ScanProgress(1) + IEmptyVolumeCacheCallBack_PurgeProgress(1, 2), 0);
 
-    script = {.folder = "D:\\Temp\\Cache", .spaceUsed = 0};
-    TemporaryIntenetFilesCleanUp();
-    EXPECT_THAT(script.calls, ElementsAre(kCreate, "Initialize D:\\", "GetSpaceUsed", "Purge 0"));
-    EXPECT_EQ(handlersAlive, 1) << "the one before is released";
-
-    script = {.keyOpens = false, .spaceUsed = 7};
-    TemporaryIntenetFilesCleanUp();
-    EXPECT_THAT(script.calls, ElementsAre(kCreate, "GetSpaceUsed", "Purge 7"));
+    drive.Write("cache/korlan/klnupdt/a", "12345");
+    drive.SetMode("cache/korlan/klnupdt", 0555);
+    std::filesystem::permissions(drive.Top(), std::filesystem::perms::all);
+    const test::AsOrdinaryUser user;
+    EXPECT_NE(test::ErrorOf([] { TemporaryIntenetFilesCleanUp(); }), 0);
+    EXPECT_TRUE(drive.Exists("cache/korlan/klnupdt/a"));
 }
 
-TEST_F(CacheCleanUpTest, FailuresReachTheCaller) {
-    const struct {
-        const char* failing;
-        std::size_t calls;
-    } cases[] = {{"Initialize", 2}, {"GetSpaceUsed", 3}, {"Purge", 4}};
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.failing);
-        script = {.failing = row.failing};
-        EXPECT_THROW(TemporaryIntenetFilesCleanUp(), RuntimeError);
-        EXPECT_EQ(script.calls.size(), row.calls);
-    }
-    for (const bool keyOpens : {true, false}) {
-        script = {.keyOpens = keyOpens, .exists = false};
-        EXPECT_THROW(TemporaryIntenetFilesCleanUp(), RuntimeError) << "no handler";
-        EXPECT_EQ(script.calls.size(), 1u);
-    }
-}
-
-TEST_F(CacheCleanUpTest, DeletesOneFileOfTheCacheFolder) {
-    const TempDrive drive;
+TEST(CacheCleanUp, DeletesOneFileOfTheCacheFolder) {
+    const test::TempDrive drive;
     for (const char* name : {"cache/a.htm", "cache/b.htm", "Not Found/c.htm"}) drive.Write(name, "x");
     std::filesystem::current_path(drive.HostPathOf());
-    script.registryText = "C:\\cache";
+    std::filesystem::create_directory(drive.Top() / "config/korlan");
+    const auto registry = drive.Top() / "config/korlan/registry.ini";
+    std::ofstream(registry) << "[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\"
+                               "Shell folders]\nCache=C:\\cache\n";
     DeleteTempoararyFile("b.htm");
     EXPECT_TRUE(drive.Exists("cache/b.htm")) << "the folder is not known yet";
     GetInternetTempDirectory();
     drive.SetMode("cache/a.htm", 0444);
     DeleteTempoararyFile("A.HTM");
     DeleteTempoararyFile("missing.htm");
-    EXPECT_THAT(drive.Names("cache"), ElementsAre("b.htm"));
+    EXPECT_THAT(drive.Names("cache"), testing::ElementsAre("b.htm"));
 
-    script.registryText = "Not Found";
+    std::filesystem::remove(registry);
     GetInternetTempDirectory();
     DeleteTempoararyFile("c.htm");
     EXPECT_TRUE(drive.Exists("Not Found/c.htm"));
