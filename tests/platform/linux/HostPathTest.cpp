@@ -27,35 +27,28 @@ TEST(HostPath, FindsFilesWhateverTheCaseOfTheirLetters) {
 
     const struct {
         std::string path, expected;
-    } rows[] = {
-        {"C:\\SYS\\MiXed.Txt", "<C>/SYS/MiXed.Txt"},
-        {"c:\\sys\\mixed.txt", "<C>/SYS/MiXed.Txt"},
-        {"C:/sys/MIXED.TXT", "<C>/SYS/MiXed.Txt"},
-        {"C:\\sys/\\mixed.txt\\", "<C>/SYS/MiXed.Txt"},
-        {"C:\\GRÖSSE\\éA.TXT", "<C>/GRÖSSE/éA.TXT"}, // the sharp s has no capital of its own
-        {"C:\\GRÖßE\\éA.TXT", "<C>/Größe/Éa.txt"},
-        {"C:\\both\\a.txt", "<C>/both/a.txt"},
-        {"C:\\both\\A.TXT", "<C>/both/A.TXT"},
-        {"C:\\both\\A.txt", "<C>/both/A.TXT"}, // neither is exact: first in byte order
-        {"C:\\sys\\DANGLING", "<C>/SYS/Dangling"},
-        {"C:\\sys\\New File.txt", "<C>/SYS/New File.txt"},
-        {"C:\\sys\\Missing\\mixed.txt", "<C>/SYS/Missing/mixed.txt"},
-        {"C:\\sys\\mixed.txt\\below", "<C>/SYS/MiXed.Txt/below"},
-        {"C:\\sys\\.\\..\\sys\\mixed.txt", "<C>/SYS/MiXed.Txt"},
-        {"C:\\no\\..\\sys", "<C>/SYS"}, // in the text: the folder need not be there
-        {"C:\\..\\..\\sys", "<C>/SYS"},
-        {"C:\\sys\\mixed.txt . ", "<C>/SYS/MiXed.Txt"},
-        {"C:\\", "<C>"},
-        {"C:", "<C>/both"},
-        {"C:A.TXT", "<C>/both/A.TXT"},
-        {"A.TXT", "<C>/both/A.TXT"},
-        {"..\\sys\\MIXED.txt", "<C>/SYS/MiXed.Txt"},
-        {".", "<C>/both"},
-        {"", "<C>/both"},
-        {"\\sys", "<C>/SYS"},
-        {"Z:\\TMP", "/tmp"},
-        {"z:\\", "/"},
-    };
+    } rows[] = {{"C:\\SYS\\MiXed.Txt", "<C>/SYS/MiXed.Txt"},
+                {"c:\\sys/\\mixed.txt\\", "<C>/SYS/MiXed.Txt"},
+                {"C:\\GRÖSSE\\éA.TXT", "<C>/GRÖSSE/éA.TXT"}, // the sharp s has no capital of its own
+                {"C:\\GRÖßE\\éA.TXT", "<C>/Größe/Éa.txt"},
+                {"C:\\both\\a.txt", "<C>/both/a.txt"},
+                {"C:\\both\\A.txt", "<C>/both/A.TXT"}, // neither is exact: first in byte order
+                {"C:\\sys\\DANGLING", "<C>/SYS/Dangling"},
+                {"C:\\sys\\New File.txt", "<C>/SYS/New File.txt"},
+                {"C:\\sys\\Missing\\mixed.txt", "<C>/SYS/Missing/mixed.txt"},
+                {"C:\\sys\\mixed.txt\\below", "<C>/SYS/MiXed.Txt/below"},
+                {"C:\\sys\\.\\..\\sys\\mixed.txt . ", "<C>/SYS/MiXed.Txt"},
+                {"C:\\no\\..\\..\\..\\sys", "<C>/SYS"}, // in the text: the folder need not be there
+                {"C:\\", "<C>"},
+                {"C:", "<C>/both"},
+                {".", "<C>/both"},
+                {"", "<C>/both"},
+                {"\\sys", "<C>/SYS"},
+                {"C:A.TXT", "<C>/both/A.TXT"},
+                {"A.TXT", "<C>/both/A.TXT"},
+                {"..\\sys\\MIXED.txt", "<C>/SYS/MiXed.Txt"},
+                {"Z:\\TMP", "/tmp"},
+                {"z:\\", "/"}};
     for (const auto& row : rows) {
         std::string expected = row.expected;
         if (expected.starts_with("<C>")) expected.replace(0, 3, (drive.Top() / "c").string());
@@ -66,12 +59,10 @@ TEST(HostPath, FindsFilesWhateverTheCaseOfTheirLetters) {
 TEST(HostPath, RefusesWhatNamesNoFile) {
     const TempDrive drive;
     std::filesystem::create_symlink("/nowhere/at/all", drive.Top() / "drives" / "e:");
-    const std::string nul("C:\\a\0b", 6);
-    for (const std::string& path :
-         {nul, std::string("D:\\x"), std::string("E:\\x"), std::string("\\\\server\\share\\x")})
+    using namespace std::literals;
+    for (const std::string& path : {"C:\\a\0b"s, "D:\\x"s, "E:\\x"s, "\\\\server\\share\\x"s})
         EXPECT_EQ(ErrorOf([&] { HostPath(path); }), kErrPathNotFound) << path;
-    EXPECT_FALSE(DriveIsThere("D:\\x"));
-    EXPECT_FALSE(DriveIsThere("E:\\x"));
+    EXPECT_FALSE(DriveIsThere("D:\\x") || DriveIsThere("E:\\x"));
     EXPECT_TRUE(DriveIsThere("c:\\x") && DriveIsThere("x") && DriveIsThere("Z:"));
 }
 
@@ -98,22 +89,16 @@ TEST(HostPath, AnOldListingNeverHidesAFile) {
 // Newer kernels give every change a stamp of its own, so the rule for coarse stamps is tried on stamps, not files.
 TEST(ChangeStamp, IsTrustedOnlyWhenItsTickIsOver) {
     constexpr std::int64_t kMillisecond = 1'000'000, kSecond = 1000 * kMillisecond;
-    const struct {
-        std::int64_t changed, now;
-        bool expected;
-    } rows[] = {
-        {100 * kSecond + 1, 100 * kSecond + 1, false},
-        {100 * kSecond + 1, 100 * kSecond + 20 * kMillisecond, false}, // a slow tick is 10 ms
-        {100 * kSecond + 1, 100 * kSecond + 200 * kMillisecond, true},
-        {100 * kSecond, 101 * kSecond + 999 * kMillisecond, false}, // stamps in steps of two seconds
-        {100 * kSecond, 103 * kSecond, true},
-        {100 * kSecond + 1, 90 * kSecond, false}, // the clock was set back
-    };
-    for (const auto& row : rows) {
+    const auto settled = [](std::int64_t changed, std::int64_t now) {
         ChangeStamp stamp;
-        stamp.changed = row.changed;
-        EXPECT_EQ(stamp.Settled(row.now), row.expected) << row.changed << " at " << row.now;
-    }
+        stamp.changed = changed;
+        return stamp.Settled(now);
+    };
+    EXPECT_FALSE(settled(100 * kSecond + 1, 100 * kSecond + 20 * kMillisecond)); // a slow tick is 10 ms
+    EXPECT_TRUE(settled(100 * kSecond + 1, 100 * kSecond + 200 * kMillisecond));
+    EXPECT_FALSE(settled(100 * kSecond, 101 * kSecond + 999 * kMillisecond)); // stamps in steps of two seconds
+    EXPECT_TRUE(settled(100 * kSecond, 103 * kSecond));
+    EXPECT_FALSE(settled(100 * kSecond + 1, 90 * kSecond)); // the clock was set back
 }
 
 TEST(HostPath, ADriveMayBeMadeAnew) {
@@ -158,18 +143,16 @@ TEST(WindowsPath, TakesTheDriveThatSaysMost) {
     std::filesystem::create_directory_symlink(c, drive.Top() / "way");
     const struct {
         std::string host, expected;
-    } rows[] = {
-        {c, "C:\\"},
-        {c + "/", "C:\\"},
-        {c + "/a b.txt", "C:\\a b.txt"},
-        {c + "/KORLAN", "K:\\"},
-        {c + "/KORLAN/SYS/x", "K:\\SYS\\x"},
-        {c + "/KORLANX", "C:\\KORLANX"},
-        {c + "/KORLAN/./SYS/../..//y", "C:\\y"},
-        {(drive.Top() / "way/z.txt").string(), "C:\\z.txt"},
-        {"/", "Z:\\"},
-        {"/usr/bin", "Z:\\usr\\bin"},
-    };
+    } rows[] = {{c, "C:\\"},
+                {c + "/", "C:\\"},
+                {c + "/a b.txt", "C:\\a b.txt"},
+                {c + "/KORLAN", "K:\\"},
+                {c + "/KORLAN/SYS/x", "K:\\SYS\\x"},
+                {c + "/KORLANX", "C:\\KORLANX"},
+                {c + "/KORLAN/./SYS/../..//y", "C:\\y"},
+                {(drive.Top() / "way/z.txt").string(), "C:\\z.txt"},
+                {"/", "Z:\\"},
+                {"/usr/bin", "Z:\\usr\\bin"}};
     for (const auto& row : rows) EXPECT_EQ(WindowsPath(row.host), row.expected) << row.host;
     ChangeCurrentFolder("C:\\KORLAN\\SYS");
     EXPECT_EQ(WindowsPath("x"), "K:\\SYS\\x");
