@@ -153,28 +153,17 @@ TEST(Files, PatternsFindTheFirstNormalFile) {
     drive.MakeFolders("d/0folder.txt");
     drive.SetMode("d/a1.mdb", 0444);
     ChangeCurrentFolder("C:\\d");
-    const struct {
-        const char *pattern, *expected;
-    } rows[] = {{"C:\\d\\*.txt", "A.TXT"},
-                {"C:\\D\\B.TXT", "b.txt"},
-                {"C:\\d\\A1.*", "a1.mdb"},
-                {"C:\\d\\n?h.DOC", "näh.doc"},
-                {"C:\\d\\*.*", "A.TXT"},
-                {"C:\\d\\n*", "nodot"},
-                {"*.MDB", "a1.mdb"},
-                {"C:\\d\\*t*x*t", "A.TXT"},
-                {"C:\\d\\?????", "A.TXT"},
-                {"C:\\d\\????", ""},
-                {"C:\\d\\.hidden.txt", ""},
-                {"C:\\d\\0folder.txt", ""},
-                {"C:\\d\\none.txt", ""},
-                {"C:\\d", ""},
-                {"C:\\d\\", ""},
-                {"C:\\none\\*.txt", ""},
-                {"Q:\\*.txt", ""},
-                {"C:\\d\\b.txt\\*", ""},
-                {"", ""}};
-    for (const auto& row : rows) EXPECT_EQ(FindNormalFile(row.pattern), row.expected) << row.pattern;
+    const std::pair<const char*, std::vector<std::string>> rows[] = {
+        {"A.TXT", {"C:\\d\\*.txt", "C:\\d\\*.*", "C:\\d\\*t*x*t", "C:\\d\\?????"}},
+        {"b.txt", {"C:\\D\\B.TXT"}},
+        {"a1.mdb", {"C:\\d\\A1.*", "*.MDB"}},
+        {"näh.doc", {"C:\\d\\n?h.DOC"}},
+        {"nodot", {"C:\\d\\n*"}},
+        {"", {"C:\\d\\????", "C:\\d\\.hidden.txt", "C:\\d\\0folder.txt", "C:\\d\\none.txt", "C:\\d", "C:\\d\\"}},
+        {"", {"C:\\none\\*.txt", "C:\\d\\b.txt\\*", "Q:\\*.txt", ""}},
+    };
+    for (const auto& [expected, patterns] : rows)
+        for (const std::string& pattern : patterns) EXPECT_EQ(FindNormalFile(pattern), expected) << pattern;
     EXPECT_THAT(ListNormalFiles("C:\\D"), ElementsAre("A.TXT", "a1.mdb", "b.txt", "nodot", "näh.doc"));
     drive.MakeFolders("empty");
     EXPECT_THAT(ListNormalFiles("C:\\empty"), IsEmpty());
@@ -193,8 +182,7 @@ TEST(Files, FoldersAreMadeEnteredAndTold) {
     ChangeCurrentFolder("..");
     ChangeCurrentFolder("c:");
     EXPECT_EQ(CurrentFolder(), "C:\\Temp");
-    EXPECT_TRUE(FileOpensForReading("FILE"));
-    EXPECT_FALSE(FileOpensForReading("sub") || FileOpensForReading("none") || FileOpensForReading(""));
+    EXPECT_TRUE(FileOpensForReading("FILE") && !FileOpensForReading("sub") && !FileOpensForReading("none"));
     SyncFileSystem("C:\\Temp\\file");
 }
 

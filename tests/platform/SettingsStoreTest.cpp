@@ -12,6 +12,7 @@
 namespace korlan {
 namespace {
 
+using namespace std::literals;
 using test::ErrorOf;
 using test::ScopedVariable;
 using test::TempDrive;
@@ -30,19 +31,10 @@ std::vector<std::string> StoredFiles(const TempDrive& drive) {
 
 TEST(Settings, GiveBackWhateverWasStored) {
     const TempDrive drive;
-    const std::string values[] = {"1/2/2024",
-                                  "",
-                                  " outer blanks ",
-                                  "\"quoted\"",
-                                  "a=b;c",
-                                  "100%",
-                                  "%41",
-                                  "Größe € Ж",
-                                  "two\r\n[lines]\nx=1",
-                                  "\ttab",
-                                  "\xE9",
-                                  "C:\\x\\",
-                                  std::string("zero\0inside", 11)};
+    const std::vector<std::string> values = {
+        "1/2/2024"s, ""s,        " outer blanks "s, "\"quoted\""s,          "a=b;c"s,
+        "100%"s,     "%41"s,     "Größe € Ж"s,      "two\r\n[lines]\nx=1"s, "\ttab"s,
+        "\xE9"s,     "C:\\x\\"s, "zero\0inside"s};
     const std::string names[] = {"NoUpdt", "a=b", "[Setup]", ";c", " blanks ", "", "Ж", "x]y", "line\nbreak"};
     for (const std::string& value : values)
         for (const std::string& name : names) {
@@ -51,14 +43,14 @@ TEST(Settings, GiveBackWhateverWasStored) {
             SaveSetting("Korlan", "S" + name, "other", "other");
             EXPECT_EQ(Saved("Korlan", "S" + name, name), value) << name;
         }
-    EXPECT_EQ(Saved("korlan", "SNOUPDT", "noupdt"), values[12]); // names match without regard to case
+    EXPECT_EQ(Saved("korlan", "SNOUPDT", "noupdt"), values.back()); // names match without regard to case
     EXPECT_EQ(Saved("Korlan", "Setup", "none"), "<none>");
     EXPECT_EQ(Saved("Other", "SNoUpdt", "NoUpdt"), "<none>");
 }
 
 TEST(Settings, NoNameLeavesTheFolder) {
     const TempDrive drive;
-    const std::string applications[] = {"../../escaped", "/abs", "..", ".", "registry", std::string("a\0b", 3)};
+    const std::string applications[] = {"../../escaped", "/abs", "..", ".", "registry", "a\0b"s};
     for (const std::string& application : applications) {
         SaveSetting(application, "S", "k", application);
         EXPECT_EQ(Saved(application, "S", "k"), application);

@@ -17,35 +17,24 @@ std::string Message(std::int32_t identifier) {
 
 TEST(TextLibrary, ReadsEveryLineItUnderstands) {
     const TempDrive drive;
-    const struct {
-        std::string file;
-        std::int32_t identifier;
-        std::string expected;
-    } rows[] = {{"99335=Kann nicht: ", 99335, "Kann nicht:"},
-                {"99335 Kann nicht: \r\n", 99335, "Kann nicht:"},
-                {"\t7\t\tSchliessen\t\r\n", 7, "Schliessen"},
-                {"007 = a = b", 7, "a = b"},
-                {"7==b", 7, "=b"},
-                {"7 first\n7 second\n", 7, "first"},
-                {"7\n7=\n7   \n7 empty is none", 7, "empty is none"},
-                {"7 a\\nb\\\\n\\t\\", 7, "a\nb\\n\\t\\"},
-                {"; 7 note\n;7=x\n\n8 y", 7, "<none>"},
-                {"; 7 note\n;7=x\n\n8 y", 8, "y"},
-                {"7x\n7;x\n7.5 x\n-7 x\n+7 x\n0x7 x\n[7] x\nx 7\n99999999999 x", 7, "<none>"},
-                {"0 x", 0, "<none>"},
-                {"-7 x", -7, "<none>"},
-                {"2147483647 x", 2147483647, "x"},
-                {std::string("7 a\0b\n8 c", 9), 7, "<none>"},
-                {std::string("7 a\0b\n8 c", 9), 8, "c"},
-                {"7 gro\xDF \x80", 7, "groß €"},
-                {"7 Größe €", 7, "Größe €"},
-                {"\xEF\xBB\xBF\67 Größe", 7, "Größe"},
-                {"\xFF\xFE\67\0 \0x\0"s, 7, "<none>"}};
-    for (const auto& row : rows) {
-        drive.Write("KLNLOCAL.TXT", row.file);
-        L32_Object_Create("C:\\klnlocal.txt");
-        EXPECT_EQ(Message(row.identifier), row.expected) << row.file;
-    }
+    const auto expect = [&](std::int32_t identifier, const char* expected, std::initializer_list<std::string> files) {
+        for (const std::string& file : files) {
+            drive.Write("KLNLOCAL.TXT", file);
+            L32_Object_Create("C:\\klnlocal.txt");
+            EXPECT_EQ(Message(identifier), expected) << file;
+        }
+    };
+    expect(99335, "Kann nicht:", {"99335=Kann nicht: ", "99335 Kann nicht: \r\n", "\t99335\t\tKann nicht:\t\r\n"});
+    expect(7, "a = b", {"007 = a = b", "7 a = b\n7 second\n", "7\n7=\n7   \n7 a = b"}); // an empty text is none
+    expect(7, "=b", {"7==b"});
+    expect(7, "a\nb\\n\\t\\", {"7 a\\nb\\\\n\\t\\"});
+    expect(8, "y", {"; 7 note\n;7=x\n\n8 y", "7 a\0b\n8 y"s});
+    expect(7, "<none>", {"; 7 note\n;7=x\n\n8 y", "7 a\0b\n8 y"s, "\xFF\xFE\67\0 \0x\0"s});
+    expect(7, "<none>", {"7x\n7;x\n7.5 x\n-7 x\n+7 x\n0x7 x\n[7] x\nx 7\n99999999999 x"});
+    expect(0, "<none>", {"0 x"});
+    expect(-7, "<none>", {"-7 x"});
+    expect(2147483647, "x", {"2147483647 x"});
+    expect(7, "Größe €", {"7 Gr\xF6\xDF\x65 \x80", "7 Größe €", "\xEF\xBB\xBF\67 Größe €"});
 }
 
 TEST(TextLibrary, AFileThatCannotBeReadLeavesNoTexts) {
