@@ -138,16 +138,6 @@ std::size_t UsageMapAt(const Bytes& bytes) {
     return RowAt(bytes, GetU32(bytes, definition + (pageSize == 2048 ? 35 : 55)));
 }
 
-void EveryChainIsARing(Bytes& bytes) {
-    for (const std::size_t page : DataPagesOf(bytes, jet::kLongValueOwner)) {
-        const std::uint32_t rows = GetU32(bytes, page + 12) & 0xFFFF;
-        for (std::uint32_t row = 0; row < rows; ++row) {
-            const auto pointer = static_cast<std::uint32_t>(page / 4096 << 8 | row);
-            PutNumber(bytes, RowAt(bytes, pointer), pointer, 4);
-        }
-    }
-}
-
 // Eight pages before page 0: in 32 bits the numbers would wrap to the very pages of the table.
 void InlineMapWraps(Bytes& bytes) {
     const std::size_t map = UsageMapAt(bytes);
@@ -160,11 +150,6 @@ void InlineMapNamesAPageOfAnother(Bytes& bytes) {
     const std::size_t page = DataPagesOf(bytes, 2).at(0) / PageSizeOf(bytes); // of the catalogue
     char& bits = bytes[UsageMapAt(bytes) + 5 + page / 8];
     bits = static_cast<char>(bits | 1 << page % 8);
-}
-
-void RowStartsAmongTheOffsets(Bytes& bytes) {
-    const std::size_t page = DataPagesOf(bytes, DefinitionPageOf(bytes, "Files")).at(0);
-    PutNumber(bytes, page + 14 + 2 * ((GetU32(bytes, page + 12) & 0xFFFF) - 1), 14, 2);
 }
 
 // All pages but one are full of pointers to the large row on that one; each of them is in order.
@@ -193,10 +178,6 @@ template <std::uint32_t kPointer>
 void MovedRowNames(Bytes& bytes) {
     PutNumber(bytes, 26 * 4096 + 0xEE3, kPointer, 4); // a pointer to page 31, row 50
 }
-template <std::size_t kSize>
-void Resize(Bytes& bytes) {
-    bytes.resize(kSize);
-}
 
 TEST(HostileFiles, AreRefusedAsNoDatabase) {
     const struct {
@@ -207,21 +188,20 @@ TEST(HostileFiles, AreRefusedAsNoDatabase) {
         {"SP1.mdb", DefinitionHas<4, 4>, "a definition that names itself"},
         {"SP1.mdb", DefinitionHas<45, 2>, "too many columns"},
         {"SP1.mdb", DefinitionHas<51, 4>, "too many indexes"},
-        {"texts.mdb", EveryChainIsARing, "a long value of another length"},
         {"deleted.mdb", [](Bytes& b) { PutNumber(b, UsageMapAt(b) + 1, ~15u, 4); }, "a page outside the file"},
         {"jet3/deleted.mdb", InlineMapWraps, "a page outside the file"},
         {"jet3/deleted.mdb", InlineMapNamesAPageOfAnother, "a page of another table"},
-        {"SP1.mdb", RowStartsAmongTheOffsets, "a row outside its page"},
+        {"deleted.mdb", [](Bytes& b) { PutNumber(b, 26 * 4096 + 14, 14, 2); }, "a row outside its page"},
         {"deleted.mdb", MovedRowNames<26 << 8 | 4>, "a moved row that leads to no body"}, // itself
         {"deleted.mdb", MovedRowNames<26 << 8 | 1>, "a moved row that leads to no body"}, // a live row
         {"deleted.mdb", MovedRowNames<0xFFFFFF00>, "a page outside the file"},
         {"rows5000.mdb", ManyRowsNameALargeOne, "values larger than the file can hold"},
         {"SP1.mdb", [](Bytes& b) { b.resize(b.size() - 100); }, "the file is cut short"},
         {"rows5000.mdb", [](Bytes& b) { b.resize(b.size() - 20 * 4096); }, "a page outside the file"},
-        {"SP1.mdb", Resize<2 * 4096>, "the file is cut short"},
-        {"SP1.mdb", Resize<0>, "an offset past the end"},
-        {"SP1.mdb", Resize<0x15>, "the file is cut short"},
-        {"SP1.mdb", Resize<jet::kLargestFile + 4096>, "the file is too large"},
+        {"SP1.mdb", [](Bytes& b) { b.resize(2 * 4096); }, "the file is cut short"},
+        {"SP1.mdb", [](Bytes& b) { b.resize(0); }, "an offset past the end"},
+        {"SP1.mdb", [](Bytes& b) { b.resize(0x15); }, "the file is cut short"},
+        {"SP1.mdb", [](Bytes& b) { b.resize(jet::kLargestFile + 4096); }, "the file is too large"},
         {"fmt2007.accdb", [](Bytes& b) { b[0x14] = 3; }, "a version this program does not know"},
         {"SP1.mdb", [](Bytes& b) { b[0x14] = 3; }, "a version this program does not know"},
         {"SP1.mdb", [](Bytes& b) { b.replace(4, 15, "Standard ACE DB"); }, "a version this program does not know"},
@@ -246,8 +226,7 @@ TEST(HostileFiles, AreRefusedAsNoDatabase) {
 TEST(HostileFiles, UnknownTypesMatterWhenWanted) {
     Bytes bytes = ReadTestFile("SP1.mdb");
     const std::size_t definition = DefinitionPageOf(bytes, "Files") * 4096;
-    const std::size_t descriptors = definition + 63 + 12 * GetU32(bytes, definition + 51);
-    bytes[descriptors] = 19;
+    bytes[definition + 63 + 12 * GetU32(bytes, definition + 51)] = 19;
     jet::JetTable table = OpenJetTable(OpenBytes(bytes), "Files");
     int unknown = 0;
     for (std::size_t i = 0; i < table.Columns().size(); ++i)

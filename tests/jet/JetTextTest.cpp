@@ -33,7 +33,6 @@ TEST(JetText, DecodesEveryForm) {
         {"high surrogate at the end", "x\0\x3D\xD8"sv, "x\uFFFD"},
         {"odd last byte", "x\0y"sv, "x\uFFFD"},
         {"squeezed", "\xFF\xFE\x41\xE4\x80"sv, "A\u00E4\u0080"},
-        {"squeezed, empty", "\xFF\xFE"sv, ""},
         {"squeezed, wide and back", "\xFF\xFE\x41\0\xAC\x20\0\x42"sv, "A€B"},
         {"squeezed, wide to the end", "\xFF\xFE\x41\0\x3D\xD8\x00\xDE"sv, "A\uFFFD\u00DE"}, // 00 changes back first
         {"squeezed, odd wide byte", "\xFF\xFE\x41\0\xAC"sv, "A\uFFFD"},
@@ -75,9 +74,8 @@ TEST(JetPages, AreDecodedByTheirKey) {
         constexpr std::uint32_t kKey = 0x8D5A10F3;
         std::string encoded = sound;
         for (unsigned i = 0; i < 4; ++i) encoded[0x3E + i] = static_cast<char>(encoded[0x3E + i] ^ Bytes(kKey)[i]);
-        for (std::uint32_t page = 1; page < sound.size() / pageSize; ++page) {
+        for (std::uint32_t page = 1; page < sound.size() / pageSize; ++page)
             jet::ApplyRc4(Bytes(kKey ^ page), &encoded[page * pageSize], pageSize);
-        }
         ASSERT_NE(encoded.substr(2 * pageSize), sound.substr(2 * pageSize));
         jet::JetTable read = OpenJetTable(OpenBytes(encoded), "Files"),
                       expected = OpenJetTable(OpenBytes(sound), "Files");

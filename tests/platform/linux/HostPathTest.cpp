@@ -109,13 +109,10 @@ TEST(HostPath, ADriveMayBeMadeAnew) {
 TEST(HostPath, DrivesComeFromTheFirstFolderNamed) {
     const TempDrive drive;
     const std::string prefix = (drive.Top() / "prefix").string(), home = (drive.Top() / "home").string();
-    for (const std::string& folder : {prefix + "/dosdevices", home + "/.wine/dosdevices"})
+    for (const std::string& folder : {prefix + "/dosdevices", prefix + "/drive_c", home + "/.wine/dosdevices"})
         std::filesystem::create_directories(folder);
-    std::filesystem::create_directories(prefix + "/drive_c");
-    std::filesystem::create_directory_symlink("../drive_c", prefix + "/dosdevices/c:"); // relative, as Wine makes it
-    std::filesystem::create_directory_symlink(home, home + "/.wine/dosdevices/D:");
-    std::filesystem::create_directory_symlink(home, home + "/.wine/dosdevices/z:");
-
+    std::filesystem::create_symlink("../drive_c", prefix + "/dosdevices/c:"); // relative, as Wine makes it
+    for (const char* link : {"D:", "z:"}) std::filesystem::create_symlink(home, home + "/.wine/dosdevices/" + link);
     const ScopedVariable noDrives("KLN_DRIVES", std::nullopt), wine("WINEPREFIX", prefix), user("HOME", home);
     EXPECT_EQ(HostPath("C:\\x"), prefix + "/drive_c/x");
     EXPECT_EQ(HostPath("Z:\\tmp"), "/tmp");
