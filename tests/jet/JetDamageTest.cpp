@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 namespace korlan {
@@ -109,10 +110,13 @@ INSTANTIATE_TEST_SUITE_P(All, DamagedCopies,
 // The table's definition page, told by the catalogue.
 std::uint32_t DefinitionPageOf(const Bytes& bytes, std::string_view table) {
     jet::JetTable catalogue = OpenJetTable(OpenBytes(bytes), "MSysObjects");
+    const auto column = [&](std::string_view name) {
+        const auto found = std::ranges::find(catalogue.Columns(), name, &jet::Column::name);
+        return static_cast<std::size_t>(found - catalogue.Columns().begin());
+    };
     for (std::size_t row = 0; row < catalogue.RowCount(); ++row)
-        if (catalogue.Value(row, test::ColumnNamed(catalogue, "Name")) == table)
-            return static_cast<std::uint32_t>(
-                std::stoul(std::string(catalogue.Value(row, test::ColumnNamed(catalogue, "Id")).value())));
+        if (catalogue.Value(row, column("Name")) == table)
+            return static_cast<std::uint32_t>(std::stoul(std::string(catalogue.Value(row, column("Id")).value())));
     throw std::runtime_error("no such table");
 }
 

@@ -5,7 +5,6 @@
 #include "platform/jet/JetDatabase.h"
 #include "tests/support/Table.h"
 
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -44,11 +43,6 @@ inline std::vector<Row> ReadTsv(const std::string& name) {
 
 inline std::shared_ptr<const jet::JetFile> OpenBytes(std::string bytes, jet::CodePageDecoder decoder = nullptr) {
     return std::make_shared<const jet::JetFile>(std::move(bytes), decoder);
-}
-
-inline std::size_t ColumnNamed(const jet::JetTable& table, std::string_view name) {
-    const auto found = std::ranges::find(table.Columns(), name, &jet::Column::name);
-    return static_cast<std::size_t>(found - table.Columns().begin());
 }
 
 inline std::vector<Row> ReadAll(jet::JetTable& table) {

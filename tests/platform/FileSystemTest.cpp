@@ -3,12 +3,8 @@
 #include "tests/support/Failing.h"
 #include "tests/support/TempFolder.h"
 
-#include <sys/resource.h>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <csignal>
 
 namespace korlan {
 namespace {
@@ -87,26 +83,6 @@ TEST_F(FileFailures, ErasingSparesWhatIsReadOnlyOrNoFile) {
     EXPECT_TRUE(EraseFile("C:\\LOCKED.TXT"));
     EXPECT_TRUE(EraseFile("C:\\FILE.txt"));
     EXPECT_THAT(drive.Names(), ElementsAre("folder", "full", "sealed"));
-}
-
-TEST_F(FileFailures, TheDiskFillsUpInTheMiddleOfAFile) {
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit small{100'000, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
-    for (const auto mode : {OutputFile::Mode::Create, OutputFile::Mode::Append}) {
-        OutputFile file("C:\\big", mode);
-        EXPECT_EQ(ErrorOf([&] {
-                      for (int i = 0; i < 3; ++i) file.Write(std::string(40'000, 'b'));
-                      file.Close();
-                  }),
-                  kErrDiskFull);
-    }
-    EXPECT_EQ(ErrorOf([&] { WriteFile("C:\\big", "it fits"); }), 0);
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, oldHandler);
-    EXPECT_EQ(drive.Read("big"), "it fits");
 }
 
 TEST(Files, TwoSpellingsAreOneFileAndEveryByteArrives) {

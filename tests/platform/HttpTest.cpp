@@ -117,9 +117,9 @@ TEST_F(HttpTest, AsksWithFewHeadersAndThroughTheProxyOfTheSystem) {
     Probe(control, server_.Url("/a"));
     const std::string host = "Host: 127.0.0.1:" + std::to_string(server_.Port());
     ASSERT_EQ(2u, server_.Requests().size());
-    for (const auto& [index, agent] : {std::pair(0u, "KlnUpdt"), {1u, "Probe"}})
-        EXPECT_EQ("GET /a HTTP/1.1\r\n" + host + "\r\nUser-Agent: " + agent + "\r\nAccept: */*\r\n\r\n",
-                  server_.Requests()[index].head);
+    const std::string head = "GET /a HTTP/1.1\r\n" + host + "\r\nUser-Agent: ", rest = "\r\nAccept: */*\r\n\r\n";
+    EXPECT_EQ(head + "KlnUpdt" + rest, server_.Requests()[0].head);
+    EXPECT_EQ(head + "Probe" + rest, server_.Requests()[1].head);
 
     const ScopedVariable proxy("http_proxy", server_.Url());
     server_.Answer("http://updates.invalid/a", {.body = "by proxy"});
@@ -264,7 +264,6 @@ TEST_F(HttpTest, TheProbeBringsTheFinalHeadersAndNoBody) {
         EXPECT_EQ("two words", control.GetHeader("X-Two"));
         EXPECT_EQ("", control.GetHeader("X-Empty"));
         EXPECT_EQ("", control.GetHeader("Content"));
-        EXPECT_EQ("", control.GetHeader("HTTP/1.1 200 OK"));
         EXPECT_TRUE(server_.AllConnectionsClosed()) << target;
     }
     EXPECT_LT(server_.BytesSent("/a"), 32 * kMegabyte); // two probes: what the system's own buffers hold
