@@ -23,43 +23,34 @@ std::string Bytes(auto value) {
 }
 
 TEST(JetText, DecodesEveryForm) {
-    const struct {
-        const char* what;
-        std::string_view stored, text;
-    } cases[] = {
-        {"beyond the first plane", "a\0\x3D\xD8\x00\xDE"sv, "a😀"},
-        {"lone high surrogate", "\x3D\xD8x\0"sv, "\uFFFDx"},
-        {"lone low surrogate", "\x00\xDEx\0"sv, "\uFFFDx"},
-        {"high surrogate at the end", "x\0\x3D\xD8"sv, "x\uFFFD"},
-        {"odd last byte", "x\0y"sv, "x\uFFFD"},
-        {"squeezed", "\xFF\xFE\x41\xE4\x80"sv, "A\u00E4\u0080"},
-        {"squeezed, wide and back", "\xFF\xFE\x41\0\xAC\x20\0\x42"sv, "A€B"},
-        {"squeezed, wide to the end", "\xFF\xFE\x41\0\x3D\xD8\x00\xDE"sv, "A\uFFFD\u00DE"}, // 00 changes back first
-        {"squeezed, odd wide byte", "\xFF\xFE\x41\0\xAC"sv, "A\uFFFD"},
-    };
-    for (const auto& c : cases) {
+    const auto expect = [](std::string_view stored, const char* expected) {
         std::string text;
-        jet::AppendJet4Text(text, c.stored);
-        EXPECT_EQ(text, c.text) << c.what;
-    }
+        jet::AppendJet4Text(text, stored);
+        EXPECT_EQ(text, expected);
+    };
+    expect("a\0\x3D\xD8\x00\xDE"sv, "a😀");
+    expect("\x3D\xD8x\0"sv, "\uFFFDx"); // half a pair: the first, the second, at the end
+    expect("\x00\xDEx\0"sv, "\uFFFDx");
+    expect("x\0\x3D\xD8"sv, "x\uFFFD");
+    expect("x\0y"sv, "x\uFFFD"); // an odd last byte
+    // Squeezed: 00 changes to wide and back.
+    expect("\xFF\xFE\x41\xE4\x80"sv, "A\u00E4\u0080");
+    expect("\xFF\xFE\x41\0\xAC\x20\0\x42"sv, "A€B");
+    expect("\xFF\xFE\x41\0\x3D\xD8\x00\xDE"sv, "A\uFFFD\u00DE");
+    expect("\xFF\xFE\x41\0\xAC"sv, "A\uFFFD");
 }
 
 TEST(JetText, DecodesCodePages) {
-    const struct {
-        unsigned codePage;
-        std::string_view stored, text;
-    } cases[] = {
-        {1252, "\x80\xFC\x5C\x8D", "€ü\\\u008D"},
-        {1251, "\xCF\xE0\xEF\xEA\xE0", "Папка"},
-        {932, "\x83\x5C\x5C\x7E\xB1", "ソ\\~ｱ"}, // 5C as a second byte and as a backslash
-        {932, "A\x83", "A\uFFFD"},               // a character cut off
-        {65535, "\xFC", "ü"},                    // unknown: 1252
-    };
-    for (const auto& c : cases) {
+    const auto expect = [](unsigned codePage, std::string_view stored, const char* expected) {
         std::string text;
-        jet::AppendCodePageText(text, c.stored, c.codePage, DecodeCodePage);
-        EXPECT_EQ(text, c.text) << c.codePage;
-    }
+        jet::AppendCodePageText(text, stored, codePage, DecodeCodePage);
+        EXPECT_EQ(text, expected) << codePage;
+    };
+    expect(1252, "\x80\xFC\x5C\x8D", "€ü\\\u008D");
+    expect(1251, "\xCF\xE0\xEF\xEA\xE0", "Папка");
+    expect(932, "\x83\x5C\x5C\x7E\xB1", "ソ\\~ｱ"); // 5C as a second byte and as a backslash
+    expect(932, "A\x83", "A\uFFFD");               // a character cut off
+    expect(65535, "\xFC", "ü");                    // unknown: 1252
     // The header's code page lies under a mask of exclusive-or, so a change needs no unmasking.
     std::string bytes = ReadTestFile("jet3/types.mdb");
     bytes[0x3C] = static_cast<char>(bytes[0x3C] ^ (1252 & 0xFF) ^ (1251 & 0xFF));
@@ -109,38 +100,30 @@ TEST(JetValues, AreTextsAtTheEndsOfTheirRanges) {
     const auto memo = [](std::uint32_t length, const char* inPlace) {
         return Bytes(length) + Bytes(std::uint64_t{0}) + inPlace; // of page 0, where nothing in place
     };
-    const struct {
-        ColumnType type;
-        std::string stored, text;
-        std::uint8_t scale = 0;
-    } cases[] = {
-        {ColumnType::Date, Bytes(-1.25), "29-12-1899,6:0:0"},
-        {ColumnType::Date, Bytes(-0.5), "30-12-1899,12:0:0"},
-        {ColumnType::Date, Bytes(1.9999999), "1-1-1900,0:0:0"}, // rounds into the next day
-        {ColumnType::Date, Bytes(-657434.0), "1-1-100,0:0:0"},
-        {ColumnType::Date, Bytes(2958465.9999999), "#3343"},
-        {ColumnType::Date, Bytes(-657435.0), "#3343"},
-        {ColumnType::Date, Bytes(Limits::quiet_NaN()), "#3343"},
-        {ColumnType::Decimal, largest, "-170141183460469231731687303715884105727"},
-        {ColumnType::Decimal, largest, "-17014118346.0469231731687303715884105727", 28},
-        {ColumnType::Decimal, largest, "#3343", 29},
-        {ColumnType::Decimal, Decimal(false, {0x80000000, 0, 0, 0}), "#3343"},
-        {ColumnType::Decimal, Decimal(true, {0, 0, 0, 0}), "0", 4},
-        {ColumnType::Decimal, Decimal(false, {0, 0, 0, 5}), "0.005", 3},
-        {ColumnType::Decimal, largest.substr(0, 9), "#3343"}, // declared shorter than the type
-        {ColumnType::Double, Bytes(1e21), "1000000000000000000000"},
-        {ColumnType::Double, Bytes(-0.0), "0"},
-        {ColumnType::Double, Bytes(5e-324).substr(1), "#3343"},
-        {ColumnType::Memo, "", ""},
-        {ColumnType::Memo, memo(0x80000003, "abc"), "abc"},
-        {ColumnType::Memo, memo(0x80000004, "abc"), "#3343"},
-        {ColumnType::Memo, memo(0xC0000000, ""), "#3343"},
-        {ColumnType::Memo, memo(0x3FFFFFFF, ""), "#3343"},
-        {ColumnType::Memo, memo(0x40000001, ""), "#3343"},
-        {static_cast<ColumnType>(18), "", "#3259"},
+    const auto expect = [](ColumnType type, const char* text, std::initializer_list<std::string> allStored,
+                           std::uint8_t scale = 0) {
+        for (const std::string& stored : allStored)
+            EXPECT_EQ(TextOf(type, stored, scale), text) << "type " << static_cast<int>(type);
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(TextOf(c.type, c.stored, c.scale), c.text) << "type " << static_cast<int>(c.type);
+    expect(ColumnType::Date, "29-12-1899,6:0:0", {Bytes(-1.25)});
+    expect(ColumnType::Date, "30-12-1899,12:0:0", {Bytes(-0.5)});
+    expect(ColumnType::Date, "1-1-1900,0:0:0", {Bytes(1.9999999)}); // rounds into the next day
+    expect(ColumnType::Date, "1-1-100,0:0:0", {Bytes(-657434.0)});
+    expect(ColumnType::Date, "#3343", {Bytes(2958465.9999999), Bytes(-657435.0), Bytes(Limits::quiet_NaN())});
+    expect(ColumnType::Decimal, "-170141183460469231731687303715884105727", {largest});
+    expect(ColumnType::Decimal, "-17014118346.0469231731687303715884105727", {largest}, 28);
+    expect(ColumnType::Decimal, "#3343", {largest}, 29);
+    expect(ColumnType::Decimal, "#3343", {Decimal(false, {0x80000000, 0, 0, 0}), largest.substr(0, 9)});
+    expect(ColumnType::Decimal, "0", {Decimal(true, {0, 0, 0, 0})}, 4);
+    expect(ColumnType::Decimal, "0.005", {Decimal(false, {0, 0, 0, 5})}, 3);
+    expect(ColumnType::Double, "1000000000000000000000", {Bytes(1e21)});
+    expect(ColumnType::Double, "0", {Bytes(-0.0)});
+    expect(ColumnType::Double, "#3343", {Bytes(5e-324).substr(1)});
+    expect(ColumnType::Memo, "", {""});
+    expect(ColumnType::Memo, "abc", {memo(0x80000003, "abc")});
+    expect(ColumnType::Memo, "#3343", {memo(0x80000004, "abc"), memo(0xC0000000, ""), memo(0x3FFFFFFF, "")});
+    expect(ColumnType::Memo, "#3343", {memo(0x40000001, "")});
+    expect(static_cast<ColumnType>(18), "#3259", {""});
     EXPECT_EQ(TextOf(ColumnType::Double, Bytes(Limits::max())).size(), 309U);
     EXPECT_EQ(std::strtod(TextOf(ColumnType::Double, Bytes(Limits::denorm_min())).c_str(), nullptr),
               Limits::denorm_min());

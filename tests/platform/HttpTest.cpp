@@ -80,20 +80,18 @@ void ExpectNothingAt(const std::string& url) {
 }
 
 TEST_F(HttpTest, SendsTheAddressAsItStandsButForBlanksAndBackslashes) {
-    const struct {
-        std::string given, sent;
-    } rows[] = {{"/a b.zip", "/a%20b.zip"},
-                {"/a?q=b c&p=C:\\x  ", "/a?q=b%20c&p=C:\\x"},
-                {"/LIB\\a.zip", "/LIB/a.zip"},
-                {"//a/../b/./c", "//a/../b/./c"},
-                {"/a%23b;=&+@!~,'()*", "/a%23b;=&+@!~,'()*"},
-                {"/\xC3\xA4", "/%c3%a4"},
-                {"", "/"}};
-    for (const auto& row : rows) {
-        server_.Answer(row.sent, {.body = "x"});
-        EXPECT_NE(0, Session().Open(server_.Url(row.given))) << row.given;
-        EXPECT_EQ(row.sent, server_.Targets().back()) << row.given;
-    }
+    const auto expect = [&](const char* given, const char* sent) {
+        server_.Answer(sent, {.body = "x"});
+        EXPECT_NE(0, Session().Open(server_.Url(given))) << given;
+        EXPECT_EQ(sent, server_.Targets().back()) << given;
+    };
+    expect("/a b.zip", "/a%20b.zip");
+    expect("/a?q=b c&p=C:\\x  ", "/a?q=b%20c&p=C:\\x");
+    expect("/LIB\\a.zip", "/LIB/a.zip");
+    expect("//a/../b/./c", "//a/../b/./c");
+    expect("/a%23b;=&+@!~,'()*", "/a%23b;=&+@!~,'()*");
+    expect("/\xC3\xA4", "/%c3%a4");
+    expect("", "/");
     EXPECT_NE(0, Session().Open("HTTP" + server_.Url("/").substr(4)));
 }
 
@@ -129,34 +127,26 @@ TEST_F(HttpTest, AsksWithFewHeadersAndThroughTheProxyOfTheSystem) {
 
 TEST_F(HttpTest, FillsBlocksUntilTheBodyEnds) {
     const std::string body = Pattern(2500);
-    const std::vector<std::size_t> three{1024, 1024, 452};
-    const struct {
-        const char* name;
-        HttpAnswer answer;
-        std::vector<std::size_t> blocks;
-    } rows[] = {
-        {"one block", {.body = Pattern(1024)}, {1024}},
-        {"empty", {}, {}},
-        {"small writes", {.body = body, .pieceSize = 7}, three},
-        {"chunks", {.body = body, .chunked = true, .pieceSize = 100}, three},
-        {"no length", {.body = body, .declaredLength = ""}, three},
-        {"cut", {.body = body, .declaredLength = "9999", .cutsAfter = 1500}, {1024, 476}},
-        {"cut between chunks", {.body = body, .chunked = true, .pieceSize = 100, .cutsAfter = 1500}, {1024, 476}},
-        {"more than declared", {.body = body, .declaredLength = "1500", .cutsAfter = 2500}, {1024, 476}},
-        {"packed", {.headers = {{"Content-Encoding", "gzip"}}, .body = body}, three},
-        {"early hints", {.body = body, .informational = kHints}, three},
-    };
-    for (const auto& row : rows) {
-        server_.Answer("/a", row.answer);
+    const auto expect = [&](const std::vector<std::size_t>& blocks, const HttpAnswer& answer) {
+        server_.Answer("/a", answer);
         const Session session;
         const HttpHandle url = session.Open(server_.Url("/a"));
-        const WholeBody read = ReadAll(url);
-        EXPECT_EQ(row.blocks, read.blocks) << row.name;
-        EXPECT_EQ(row.answer.body.substr(0, read.bytes.size()), read.bytes) << row.name;
-        EXPECT_TRUE(read.well) << row.name;
-        const WholeBody again = ReadAll(url);
-        EXPECT_TRUE(again.well && again.bytes.empty()) << row.name << ": the end is not the end";
-    }
+        const WholeBody read = ReadAll(url), again = ReadAll(url);
+        EXPECT_EQ(blocks, read.blocks);
+        EXPECT_EQ(answer.body.substr(0, read.bytes.size()), read.bytes);
+        EXPECT_TRUE(read.well && again.well && again.bytes.empty()) << "the end is not the end";
+    };
+    const std::vector<std::size_t> whole{1024, 1024, 452}, cut{1024, 476};
+    expect({1024}, {.body = Pattern(1024)});
+    expect({}, {});
+    expect(whole, {.body = body, .pieceSize = 7});
+    expect(whole, {.body = body, .chunked = true, .pieceSize = 100});
+    expect(whole, {.body = body, .declaredLength = ""});
+    expect(cut, {.body = body, .declaredLength = "9999", .cutsAfter = 1500});
+    expect(cut, {.body = body, .chunked = true, .pieceSize = 100, .cutsAfter = 1500});
+    expect(cut, {.body = body, .declaredLength = "1500", .cutsAfter = 2500}); // more than declared
+    expect(whole, {.headers = {{"Content-Encoding", "gzip"}}, .body = body}); // as it came
+    expect(whole, {.body = body, .informational = kHints});
     server_.Answer("/large", {.body = Pattern(3 * kMegabyte)}); // blocks larger than what is kept of a body
     const Session session;
     const WholeBody large = ReadAll(session.Open(server_.Url("/large")), 2 * kMegabyte);

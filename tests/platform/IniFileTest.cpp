@@ -102,47 +102,39 @@ TEST(ProfileWriting, LeavesWhatEveryRecordedCaseLeaves) {
 // Where a tidier writer would make the whole file anew.
 TEST(ProfileWriting, ChangesOneLineAndNoOtherByte) {
     const TempDrive drive;
-    using Text = OptionalText;
-    const struct {
-        std::string before, section;
-        Text key, value;
-        std::string after;
-    } rows[] = {
-        {"\n[S] ;h\n  k  =  v  \n\n;c\nj=1", "S", "K", "w", "\n[S] ;h\n  k  =w\n\n;c\nj=1"},
-        {"[S]\r\na = 1\r\n; tail\r\n\r\n[T]\r\n", "s", "b", "2", "[S]\r\na = 1\r\nb=2\r\n; tail\r\n\r\n[T]\r\n"},
-        {"[S]\rk=v\rj=w\r", "S", "k", Text(), "[S]\rj=w\r"},
-        {";top\n[S]\na=1\n;c\n\nb=2\n[T]\nx=1\n", "S", Text(), Text(), ";top\n;c\n\n[T]\nx=1\n"},
-        {"[S]\r\n  k  \r\n", "S", "k", "x", "[S]\r\n  k=x\r\n"},
+    const auto expect = [&](const char* before, const char* section, OptionalText key, OptionalText value,
+                            const char* after) {
+        drive.Write("TEST.INI", before);
+        EXPECT_EQ(WriteProfileString(section, key, value, kFile), 0);
+        EXPECT_EQ(drive.Read("TEST.INI"), after) << before;
     };
-    for (const auto& row : rows) {
-        drive.Write("TEST.INI", row.before);
-        EXPECT_EQ(WriteProfileString(row.section, row.key, row.value, kFile), 0);
-        EXPECT_EQ(drive.Read("TEST.INI"), row.after) << row.before;
-    }
+    constexpr auto kNull = std::nullopt;
+    expect("\n[S] ;h\n  k  =  v  \n\n;c\nj=1", "S", "K", "w", "\n[S] ;h\n  k  =w\n\n;c\nj=1");
+    expect("[S]\r\na = 1\r\n; tail\r\n\r\n[T]\r\n", "s", "b", "2", "[S]\r\na = 1\r\nb=2\r\n; tail\r\n\r\n[T]\r\n");
+    expect("[S]\rk=v\rj=w\r", "S", "k", kNull, "[S]\rj=w\r");
+    expect(";top\n[S]\na=1\n;c\n\nb=2\n[T]\nx=1\n", "S", kNull, kNull, ";top\n;c\n\n[T]\nx=1\n");
+    expect("[S]\r\n  k  \r\n", "S", "k", "x", "[S]\r\n  k=x\r\n");
 }
 
 TEST(ProfileWriting, KeepsTheFormOfTheText) {
     const TempDrive drive;
     const std::string utf16("\xFF\xFE[\0S\0]\0\n\0k\0=\0\x3D\xD8\x00\xDE\x00\xD8\n\0", 22); // a pair, half a pair
     const std::string added("j\0=\0a\0\x3D\xD8\x01\xDE\r\0\n\0", 14);                       // j=a and a pair
-    const struct {
-        std::string before, value, after;
-    } rows[] = {
-        {"[S]\nk=\xE9\n", "ü€", "[S]\nk=\xE9\nj=\xFC\x80\r\n"},   // code page
-        {"[S]\nk=\xE9\n", "a?Ж", "[S]\nk=\xE9\nj=a??\r\n"},       // not in it
-        {"[S]\nk=\xC3\xA9\n", "üЖ", "[S]\nk=\xC3\xA9\nj=üЖ\r\n"}, // UTF-8
-        {"[S]\nk=e\n", "ü", "[S]\nk=e\nj=\xFC\r\n"},              // ASCII takes the code page,
-        {"[S]\nk=e\n", "Ж", "[S]\nk=e\nj=Ж\r\n"},                 // not where it lacks a letter
-        {"[S]\nk=e\n", "Ã©", "[S]\nk=e\nj=Ã©\r\n"},               // nor where it would read as UTF-8
-        {utf16, "a\xF0\x9F\x98\x81", utf16 + added},
-        {utf16 + "x", "a\xF0\x9F\x98\x81", utf16 + added + "x"}, // half a unit at the end
+    const auto expect = [&](const std::string& before, const char* value, const std::string& after,
+                            const char* readBack = nullptr) {
+        drive.Write("TEST.INI", before);
+        EXPECT_EQ(WriteProfileString("S", "j", value, kFile), 0);
+        EXPECT_EQ(drive.Read("TEST.INI"), after) << value;
+        EXPECT_EQ(Get("S", "j"), readBack ? readBack : value);
     };
-    for (const auto& row : rows) {
-        drive.Write("TEST.INI", row.before);
-        EXPECT_EQ(WriteProfileString("S", "j", row.value, kFile), 0);
-        EXPECT_EQ(drive.Read("TEST.INI"), row.after) << row.value;
-        EXPECT_EQ(Get("S", "j"), row.value == "a?Ж" ? "a??" : row.value);
-    }
+    expect("[S]\nk=\xE9\n", "ü€", "[S]\nk=\xE9\nj=\xFC\x80\r\n");   // code page
+    expect("[S]\nk=\xE9\n", "aЖ", "[S]\nk=\xE9\nj=a?\r\n", "a?");   // not in it
+    expect("[S]\nk=\xC3\xA9\n", "üЖ", "[S]\nk=\xC3\xA9\nj=üЖ\r\n"); // UTF-8
+    expect("[S]\nk=e\n", "ü", "[S]\nk=e\nj=\xFC\r\n");              // ASCII takes the code page,
+    expect("[S]\nk=e\n", "Ж", "[S]\nk=e\nj=Ж\r\n");                 // not where it lacks a letter
+    expect("[S]\nk=e\n", "Ã©", "[S]\nk=e\nj=Ã©\r\n");               // nor where it would read as UTF-8
+    expect(utf16, "a\xF0\x9F\x98\x81", utf16 + added);
+    expect(utf16 + "x", "a\xF0\x9F\x98\x81", utf16 + added + "x"); // half a unit at the end
     // A buffer that ends inside a character: the character goes.
     drive.Write("TEST.INI", "[S]\nk=aéé\n");
     EXPECT_EQ(ReadProfileString("S", "k", "", 5, kFile), "aé");

@@ -99,17 +99,11 @@ TEST_F(HttpTransferTest, FailuresBeforeTheFirstBlockLeaveEverythingAlone) {
     server_.Redirect("/loop", "/loop");
     drive_.Write("a.zip", "old");
     drive_.MakeFolders("FOLDER");
-    const struct {
-        std::string url, saveAs;
-    } rows[] = {{"", "C:\\a.zip"},
-                {server_.Url("/a"), ""},
-                {"http://127.0.0.1:1/a", "C:\\a.zip"},
-                {server_.Url("/missing"), "C:\\a.zip"},
-                {server_.Url("/loop"), "C:\\a.zip"},
-                {server_.Url("/a"), "C:\\NOWHERE\\a.zip"},
-                {server_.Url("/a"), "C:\\FOLDER"}};
-    for (const auto& row : rows)
-        EXPECT_EQ(kLeftAlone, Download(row.url, 3, row.saveAs)) << row.url << " " << row.saveAs;
+    for (const std::string& url :
+         {std::string(), std::string("http://127.0.0.1:1/a"), server_.Url("/missing"), server_.Url("/loop")})
+        EXPECT_EQ(kLeftAlone, Download(url, 3)) << url;
+    for (const char* saveAs : {"", "C:\\NOWHERE\\a.zip", "C:\\FOLDER"})
+        EXPECT_EQ(kLeftAlone, Download(server_.Url("/a"), 3, saveAs)) << saveAs;
     EXPECT_EQ("old", drive_.Read("a.zip"));
     EXPECT_TRUE(Desktop().boxes.empty());
 }
@@ -123,20 +117,19 @@ TEST_F(HttpTransferTest, ShowsTheProgressOfEveryBlock) {
     EXPECT_EQ(line(" 120KB of  512KB -  23"), lines_[119]);
     EXPECT_EQ(line(" 512KB of  512KB -  100"), lines_[511]);
 
-    const struct {
-        std::uint64_t sent;
-        std::int32_t expected;
-        const char* last;
-    } rows[] = {
-        {1000, 1000, " 1KB of  1KB -  100"}, {512, 512, " 0KB of  0KB -  100"}, // a half goes to the even number
-        {1536, 2560, " 2KB of  2KB -  60"},  {1, 200, " 0KB of  0KB -  0"},      {3, 200, " 0KB of  0KB -  2"},
-        {3000, 1000, " 3KB of  1KB -  300"}, {1024, -2048, " 1KB of -2KB - -50"}};
-    for (const auto& row : rows) {
-        server_.Answer("/a", {.filling = row.sent});
-        Download(server_.Url("/a"), row.expected);
-        ASSERT_EQ((row.sent + 1023) / 1024, lines_.size());
-        EXPECT_EQ(line(row.last), lines_.back());
-    }
+    const auto expectLast = [&](std::uint64_t sent, std::int32_t expected, const char* numbers) {
+        server_.Answer("/a", {.filling = sent});
+        Download(server_.Url("/a"), expected);
+        ASSERT_EQ((sent + 1023) / 1024, lines_.size());
+        EXPECT_EQ(line(numbers), lines_.back());
+    };
+    expectLast(1000, 1000, " 1KB of  1KB -  100");
+    expectLast(512, 512, " 0KB of  0KB -  100"); // a half goes to the even number
+    expectLast(1536, 2560, " 2KB of  2KB -  60");
+    expectLast(1, 200, " 0KB of  0KB -  0");
+    expectLast(3, 200, " 0KB of  0KB -  2");
+    expectLast(3000, 1000, " 3KB of  1KB -  300");
+    expectLast(1024, -2048, " 1KB of -2KB - -50");
     localTexts = {{991877, "Geladen:"}, {991850, "K"}, {52128, " von "}, {991879, "% fertig"}};
     server_.Answer("/a", {.filling = 1000});
     Download(server_.Url("/a"), 1000);
@@ -255,18 +248,15 @@ TEST_F(HttpTransferTest, ASizeThatIsNoneAndTheEndInAWaitReachTheCaller) {
     server_.Answer("/text", {.declaredLength = "many"});
     server_.Answer("/large", {.declaredLength = "2147483648", .cutsAfter = 0});
     server_.Redirect("/loop", "/loop");
-    const std::pair<std::string, std::int32_t> rows[] = {
-        {server_.Url("/chunked"), kErrTypeMismatch}, {server_.Url("/text"), kErrTypeMismatch},
-        {server_.Url("/large"), kErrOverflow},       {server_.Url("/loop"), kErrTypeMismatch},
-        {"http://127.0.0.1:1/a", kErrTypeMismatch},  {"", kErrTypeMismatch},
-    };
-    for (const auto& [url, error] : rows) {
+    const auto expect = [&](std::int32_t error, const std::string& url) {
         std::int32_t size = 77;
         bool exists = false;
-        EXPECT_EQ(error, ErrorOf([&, &asked = url] { GetWebFileInformation(asked, size, exists); })) << url;
-        EXPECT_EQ(77, size) << url;
-        EXPECT_TRUE(exists) << url;
-    }
+        EXPECT_EQ(error, ErrorOf([&] { GetWebFileInformation(url, size, exists); })) << url;
+        EXPECT_TRUE(size == 77 && exists) << url;
+    };
+    for (const char* target : {"/chunked", "/text", "/loop"}) expect(kErrTypeMismatch, server_.Url(target));
+    for (const char* url : {"http://127.0.0.1:1/a", ""}) expect(kErrTypeMismatch, url);
+    expect(kErrOverflow, server_.Url("/large"));
     EXPECT_TRUE(Desktop().boxes.empty());
     server_.Answer("/stalled", {.stallsBeforeHeaders = true});
     struct Ended {};
