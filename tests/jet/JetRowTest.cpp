@@ -46,32 +46,30 @@ std::string FieldsOf(const std::string& databaseForLayout, std::string_view row)
 
 TEST(JetRows, AreCutIntoFields) {
     constexpr const char *kNarrow = "jet3/SP1.mdb", *kWide = "SP1.mdb";
-    constexpr const char* kEndsElsewhere = "a row whose fields do not end where its offsets start";
-    const struct {
-        const char *what, *layout;
-        std::string_view row;
-        const char* fields;
-    } cases[] = {
-        {"narrow, NULL first", kNarrow, "\2ABCDEF\7\4\1\2\2"sv, "NULL|DEF|NULL|"},
-        {"narrow, empty", kNarrow, "\2DEF\4\1\1\2\3"sv, "|DEF|NULL|"},
-        {"narrow, column added later", kNarrow, "\1ABC\4\1\1\1"sv, "ABC|NULL|NULL|"},
-        {"narrow, its place added later", kNarrow, "\2ABC\4\1\1\3"sv, "ABC|NULL|NULL|"},
-        {"narrow, with a number", kNarrow, "\3WXYZA\6\5\5\2\5"sv, "|NULL|WXYZ|"},
-        {"narrow, end too low", kNarrow, "\2ABCDEF\6\4\1\2\3"sv, kEndsElsewhere},
-        {"narrow, falling", kNarrow, "\2ABCDEF\7\1\4\2\3"sv, "a row with falling offsets"},
-        {"narrow, field in the count", kNarrow, "\2ABCDEF\7\4\0\2\3"sv, "a row with falling offsets"},
-        {"narrow, too many fields", kNarrow, "\2ABCDEF\7\7\4\1\3\3"sv, "a row with too many variable fields"},
-        {"narrow, no room", kNarrow, "\2\1\2\3"sv, "a row without room for its offsets"},
-        {"narrow, mask only", kNarrow, "\2\3"sv, "a row without variable fields"},
-        {"narrow, no mask", kNarrow, "\2"sv, "a row without room for its mask"},
-        {"narrow, number in the mask", kNarrow, "\3A\4"sv, "an offset past the end"},
-        {"nothing", kNarrow, ""sv, "an offset past the end"},
-        {"wide, end too low", kWide, "\2\0ABCDEF\7\0\5\0\2\0\2\0\3"sv, kEndsElsewhere},
-        {"wide, past the row", kWide, "\2\0ABCDEF\x8\0\xFF\x7F\2\0\2\0\3"sv, "a row with falling offsets"},
-        {"wide, no room", kWide, "\2\0\2\0\xFF\xFF\3"sv, "a row without room for its offsets"},
-        {"wide, half a count", kWide, "\2"sv, "an offset past the end"},
+    constexpr const char *kEndsElsewhere = "a row whose fields do not end where its offsets start",
+                         *kFalling = "a row with falling offsets", *kPastTheEnd = "an offset past the end",
+                         *kNoRoom = "a row without room for its offsets";
+    const auto expect = [](const char* layout, std::string_view row, const char* fields) {
+        EXPECT_EQ(FieldsOf(layout, row), fields) << testing::PrintToString(row);
     };
-    for (const auto& c : cases) EXPECT_EQ(FieldsOf(c.layout, c.row), c.fields) << c.what;
+    expect(kNarrow, "\2ABCDEF\7\4\1\2\2"sv, "NULL|DEF|NULL|");
+    expect(kNarrow, "\2DEF\4\1\1\2\3"sv, "|DEF|NULL|");
+    expect(kNarrow, "\1ABC\4\1\1\1"sv, "ABC|NULL|NULL|"); // a column added later
+    expect(kNarrow, "\2ABC\4\1\1\3"sv, "ABC|NULL|NULL|"); // its place added later
+    expect(kNarrow, "\3WXYZA\6\5\5\2\5"sv, "|NULL|WXYZ|");
+    expect(kNarrow, "\2ABCDEF\6\4\1\2\3"sv, kEndsElsewhere);
+    expect(kNarrow, "\2ABCDEF\7\1\4\2\3"sv, kFalling);
+    expect(kNarrow, "\2ABCDEF\7\4\0\2\3"sv, kFalling); // a field in the count
+    expect(kNarrow, "\2ABCDEF\7\7\4\1\3\3"sv, "a row with too many variable fields");
+    expect(kNarrow, "\2\1\2\3"sv, kNoRoom);
+    expect(kNarrow, "\2\3"sv, "a row without variable fields");
+    expect(kNarrow, "\2"sv, "a row without room for its mask");
+    expect(kNarrow, "\3A\4"sv, kPastTheEnd); // a number in the mask
+    expect(kNarrow, ""sv, kPastTheEnd);
+    expect(kWide, "\2\0ABCDEF\7\0\5\0\2\0\2\0\3"sv, kEndsElsewhere);
+    expect(kWide, "\2\0ABCDEF\x8\0\xFF\x7F\2\0\2\0\3"sv, kFalling);
+    expect(kWide, "\2\0\2\0\xFF\xFF\3"sv, kNoRoom);
+    expect(kWide, "\2"sv, kPastTheEnd); // half a count
 
     // In long narrow rows a jump table says which offsets pass 256, 512 ...; entries that only the row's end made
     // necessary are filler of any value.

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+#include <source_location>
 #include <stdexcept>
 
 using namespace korlan;
@@ -127,7 +128,9 @@ TEST_F(HttpTest, AsksWithFewHeadersAndThroughTheProxyOfTheSystem) {
 
 TEST_F(HttpTest, FillsBlocksUntilTheBodyEnds) {
     const std::string body = Pattern(2500);
-    const auto expect = [&](const std::vector<std::size_t>& blocks, const HttpAnswer& answer) {
+    const auto expect = [&](const std::vector<std::size_t>& blocks, const HttpAnswer& answer,
+                            std::source_location from = std::source_location::current()) {
+        SCOPED_TRACE(from.line());
         server_.Answer("/a", answer);
         const Session session;
         const HttpHandle url = session.Open(server_.Url("/a"));

@@ -75,10 +75,9 @@ TEST(Settings, AStoreThatCannotBeWrittenSaysSo) {
 
 TEST(Settings, LieInTheHomeFolderByDefault) {
     const TempDrive drive;
-    const ScopedVariable home("HOME", (drive.Top() / "home").string());
     std::filesystem::create_directory(drive.Top() / "home");
-    using Text = std::optional<std::string>;
-    for (const Text& configured : {Text(), Text("relative")}) {
+    const ScopedVariable home("HOME", (drive.Top() / "home").string());
+    for (const auto& configured : {std::optional<std::string>(), std::optional<std::string>("relative")}) {
         const ScopedVariable config("XDG_CONFIG_HOME", configured);
         SaveSetting("Korlan", "Setup", "NoUpdt", "1");
         EXPECT_THAT(StoredFiles(drive), testing::ElementsAre("home/.config/korlan/settings/korlan.ini"));
