@@ -8,7 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <bit>
+#include <array>
 #include <limits>
 
 namespace korlan {
@@ -18,53 +18,40 @@ using namespace std::literals;
 using test::OpenBytes;
 using test::ReadTestFile;
 
+std::string Bytes(auto value) {
+    return {reinterpret_cast<const char*>(&value), sizeof(value)};
+}
+
 TEST(JetText, DecodesEveryForm) {
-    struct Case {
-        const char* what;
-        std::string_view stored, text;
-    };
-    const Case cases[] = {
-        {"plain", "a\0\xAC\x20"sv, "a€"},
-        {"beyond the first plane", "\x3D\xD8\x00\xDE"sv, "😀"},
-        {"lone high surrogate", "\x3D\xD8x\0"sv, "\uFFFDx"},
-        {"lone low surrogate", "\x00\xDEx\0"sv, "\uFFFDx"},
-        {"high surrogate at the end", "x\0\x3D\xD8"sv, "x\uFFFD"},
-        {"odd last byte", "x\0y"sv, "x\uFFFD"},
-        {"squeezed", "\xFF\xFE\x41\xE4\x80"sv, "A\u00E4\u0080"},
-        {"squeezed, empty", "\xFF\xFE"sv, ""},
-        {"squeezed, wide and back", "\xFF\xFE\x41\0\xAC\x20\0\x42"sv, "A€B"},
-        {"squeezed, wide to the end", "\xFF\xFE\x41\0\x3D\xD8\x00\xDE"sv, "A\uFFFD\u00DE"}, // 00 changes back first
-        {"squeezed, odd wide byte", "\xFF\xFE\x41\0\xAC"sv, "A\uFFFD"},
-    };
-    for (const Case& c : cases) {
+    const auto expect = [](std::string_view stored, const char* expected) {
         std::string text;
-        jet::AppendJet4Text(text, c.stored);
-        EXPECT_EQ(text, c.text) << c.what;
-    }
+        jet::AppendJet4Text(text, stored);
+        EXPECT_EQ(text, expected);
+    };
+    expect("a\0\x3D\xD8\x00\xDE"sv, "a😀");
+    expect("\x3D\xD8x\0"sv, "\uFFFDx"); // half a pair: the first, the second, at the end
+    expect("\x00\xDEx\0"sv, "\uFFFDx");
+    expect("x\0\x3D\xD8"sv, "x\uFFFD");
+    expect("x\0y"sv, "x\uFFFD"); // an odd last byte
+    // Squeezed: 00 changes to wide and back.
+    expect("\xFF\xFE\x41\xE4\x80"sv, "A\u00E4\u0080");
+    expect("\xFF\xFE\x41\0\xAC\x20\0\x42"sv, "A€B");
+    expect("\xFF\xFE\x41\0\x3D\xD8\x00\xDE"sv, "A\uFFFD\u00DE");
+    expect("\xFF\xFE\x41\0\xAC"sv, "A\uFFFD");
 }
 
 TEST(JetText, DecodesCodePages) {
-    struct Case {
-        unsigned codePage;
-        std::string_view stored, text;
-    };
-    const Case cases[] = {
-        {1252, "\x80\xFC\x5C\x8D", "€ü\\\u008D"},
-        {1251, "\xCF\xE0\xEF\xEA\xE0", "Папка"},
-        {1250, "\xB9\xEA", "ąę"},
-        {932, "\x83\x5C\x5C\x7E\xB1", "ソ\\~ｱ"}, // 5C as a second byte and as a backslash
-        {932, "A\x83", "A\uFFFD"},               // a character cut off
-        {65535, "\xFC", "ü"},                    // unknown: 1252
-    };
-    for (const Case& c : cases) {
+    const auto expect = [](unsigned codePage, std::string_view stored, const char* expected) {
         std::string text;
-        jet::AppendCodePageText(text, c.stored, c.codePage, DecodeCodePage);
-        EXPECT_EQ(text, c.text) << c.codePage;
-    }
-}
-
-// The header's code page lies under a mask of exclusive-or, so a change needs no unmasking.
-TEST(JetText, FollowsTheCodePageOfTheFile) {
+        jet::AppendCodePageText(text, stored, codePage, DecodeCodePage);
+        EXPECT_EQ(text, expected) << codePage;
+    };
+    expect(1252, "\x80\xFC\x5C\x8D", "€ü\\\u008D");
+    expect(1251, "\xCF\xE0\xEF\xEA\xE0", "Папка");
+    expect(932, "\x83\x5C\x5C\x7E\xB1", "ソ\\~ｱ"); // 5C as a second byte and as a backslash
+    expect(932, "A\x83", "A\uFFFD");               // a character cut off
+    expect(65535, "\xFC", "ü");                    // unknown: 1252
+    // The header's code page lies under a mask of exclusive-or, so a change needs no unmasking.
     std::string bytes = ReadTestFile("jet3/types.mdb");
     bytes[0x3C] = static_cast<char>(bytes[0x3C] ^ (1252 & 0xFF) ^ (1251 & 0xFF));
     jet::JetTable table = OpenJetTable(OpenBytes(bytes, DecodeCodePage), "Files");
@@ -77,13 +64,9 @@ TEST(JetPages, AreDecodedByTheirKey) {
         const std::size_t pageSize = sound[0x14] == 0 ? 2048 : 4096;
         constexpr std::uint32_t kKey = 0x8D5A10F3;
         std::string encoded = sound;
-        for (unsigned i = 0; i < 4; ++i) encoded[0x3E + i] = static_cast<char>(encoded[0x3E + i] ^ char(kKey >> 8 * i));
-        for (std::uint32_t page = 1; page < sound.size() / pageSize; ++page) {
-            const std::uint32_t pageKey = kKey ^ page;
-            std::string key;
-            for (unsigned i = 0; i < 4; ++i) key += static_cast<char>(pageKey >> 8 * i);
-            jet::ApplyRc4(key, &encoded[page * pageSize], pageSize);
-        }
+        for (unsigned i = 0; i < 4; ++i) encoded[0x3E + i] = static_cast<char>(encoded[0x3E + i] ^ Bytes(kKey)[i]);
+        for (std::uint32_t page = 1; page < sound.size() / pageSize; ++page)
+            jet::ApplyRc4(Bytes(kKey ^ page), &encoded[page * pageSize], pageSize);
         ASSERT_NE(encoded.substr(2 * pageSize), sound.substr(2 * pageSize));
         jet::JetTable read = OpenJetTable(OpenBytes(encoded), "Files"),
                       expected = OpenJetTable(OpenBytes(sound), "Files");
@@ -94,15 +77,8 @@ TEST(JetPages, AreDecodedByTheirKey) {
     EXPECT_EQ(vector, "\xBB\xF3\x16\xE8\xD9\x40\xAF\x0A\xD3"sv);
 }
 
-template <class Number>
-std::string Stored(Number value) {
-    return {reinterpret_cast<const char*>(&value), sizeof(value)};
-}
-
-std::string StoredDecimal(bool isNegative, std::array<std::uint32_t, 4> words) {
-    std::string stored(1, isNegative ? '\x80' : '\0');
-    for (const std::uint32_t word : words) stored += Stored(word);
-    return stored;
+std::string Decimal(bool isNegative, std::array<std::uint32_t, 4> words) {
+    return (isNegative ? '\x80' : '\0') + Bytes(words);
 }
 
 // "#" and a number for the error raised.
@@ -120,45 +96,36 @@ std::string TextOf(jet::ColumnType type, const std::string& stored, std::uint8_t
 TEST(JetValues, AreTextsAtTheEndsOfTheirRanges) {
     using Limits = std::numeric_limits<double>;
     using jet::ColumnType;
-    struct Case {
-        ColumnType type;
-        std::string stored;
-        std::uint8_t scale;
-        std::string text;
+    const auto largest = Decimal(true, {0x7FFFFFFF, ~0u, ~0u, ~0u});
+    const auto memo = [](std::uint32_t length, const char* inPlace) {
+        return Bytes(length) + Bytes(std::uint64_t{0}) + inPlace; // of page 0, where nothing in place
     };
-    const auto largest = StoredDecimal(true, {0x7FFFFFFF, ~0u, ~0u, ~0u});
-    const Case cases[] = {
-        {ColumnType::Date, Stored(-1.25), 0, "29-12-1899,6:0:0"},
-        {ColumnType::Date, Stored(-0.5), 0, "30-12-1899,12:0:0"},
-        {ColumnType::Date, Stored(1.9999999), 0, "1-1-1900,0:0:0"}, // rounds into the next day
-        {ColumnType::Date, Stored(-657434.0), 0, "1-1-100,0:0:0"},
-        {ColumnType::Date, Stored(2958465.9999999), 0, "#3343"},
-        {ColumnType::Date, Stored(-657435.0), 0, "#3343"},
-        {ColumnType::Date, Stored(Limits::quiet_NaN()), 0, "#3343"},
-        {ColumnType::Date, Stored(Limits::infinity()), 0, "#3343"},
-        {ColumnType::Decimal, largest, 0, "-170141183460469231731687303715884105727"},
-        {ColumnType::Decimal, largest, 28, "-17014118346.0469231731687303715884105727"},
-        {ColumnType::Decimal, largest, 29, "#3343"},
-        {ColumnType::Decimal, StoredDecimal(false, {0x80000000, 0, 0, 0}), 0, "#3343"},
-        {ColumnType::Decimal, StoredDecimal(true, {0, 0, 0, 0}), 4, "0"},
-        {ColumnType::Decimal, StoredDecimal(false, {0, 0, 0, 5}), 3, "0.005"},
-        {ColumnType::Decimal, largest.substr(0, 9), 0, "#3343"}, // declared shorter than the type
-        {ColumnType::Double, Stored(1e21), 0, "1000000000000000000000"},
-        {ColumnType::Double, Stored(-0.0), 0, "0"},
-        {ColumnType::Double, Stored(5e-324).substr(1), 0, "#3343"},
-        {ColumnType::Long, "abc", 0, "#3343"},
-        {ColumnType::Memo, "", 0, ""},
-        {ColumnType::Memo, Stored(0x80000003u) + Stored(std::uint64_t{0}) + "abc", 0, "abc"},
-        {ColumnType::Memo, Stored(0x80000004u) + Stored(std::uint64_t{0}) + "abc", 0, "#3343"},
-        {ColumnType::Memo, Stored(0xC0000000u) + Stored(std::uint64_t{0}), 0, "#3343"},
-        {ColumnType::Memo, Stored(0x3FFFFFFFu) + Stored(std::uint64_t{0}), 0, "#3343"},
-        {ColumnType::Memo, Stored(0x40000001u) + Stored(std::uint64_t{0}), 0, "#3343"}, // page 0
-        {static_cast<ColumnType>(18), "", 0, "#3259"},
+    const auto expect = [](ColumnType type, const char* text, std::initializer_list<std::string> allStored,
+                           std::uint8_t scale = 0) {
+        for (const std::string& stored : allStored)
+            EXPECT_EQ(TextOf(type, stored, scale), text) << "type " << static_cast<int>(type);
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(TextOf(c.type, c.stored, c.scale), c.text) << "type " << static_cast<int>(c.type);
-    EXPECT_EQ(TextOf(ColumnType::Double, Stored(Limits::max())).size(), 309U);
-    EXPECT_EQ(std::strtod(TextOf(ColumnType::Double, Stored(Limits::denorm_min())).c_str(), nullptr),
+    expect(ColumnType::Date, "29-12-1899,6:0:0", {Bytes(-1.25)});
+    expect(ColumnType::Date, "30-12-1899,12:0:0", {Bytes(-0.5)});
+    expect(ColumnType::Date, "1-1-1900,0:0:0", {Bytes(1.9999999)}); // rounds into the next day
+    expect(ColumnType::Date, "1-1-100,0:0:0", {Bytes(-657434.0)});
+    expect(ColumnType::Date, "#3343", {Bytes(2958465.9999999), Bytes(-657435.0), Bytes(Limits::quiet_NaN())});
+    expect(ColumnType::Decimal, "-170141183460469231731687303715884105727", {largest});
+    expect(ColumnType::Decimal, "-17014118346.0469231731687303715884105727", {largest}, 28);
+    expect(ColumnType::Decimal, "#3343", {largest}, 29);
+    expect(ColumnType::Decimal, "#3343", {Decimal(false, {0x80000000, 0, 0, 0}), largest.substr(0, 9)});
+    expect(ColumnType::Decimal, "0", {Decimal(true, {0, 0, 0, 0})}, 4);
+    expect(ColumnType::Decimal, "0.005", {Decimal(false, {0, 0, 0, 5})}, 3);
+    expect(ColumnType::Double, "1000000000000000000000", {Bytes(1e21)});
+    expect(ColumnType::Double, "0", {Bytes(-0.0)});
+    expect(ColumnType::Double, "#3343", {Bytes(5e-324).substr(1)});
+    expect(ColumnType::Memo, "", {""});
+    expect(ColumnType::Memo, "abc", {memo(0x80000003, "abc")});
+    expect(ColumnType::Memo, "#3343", {memo(0x80000004, "abc"), memo(0xC0000000, ""), memo(0x3FFFFFFF, "")});
+    expect(ColumnType::Memo, "#3343", {memo(0x40000001, "")});
+    expect(static_cast<ColumnType>(18), "#3259", {""});
+    EXPECT_EQ(TextOf(ColumnType::Double, Bytes(Limits::max())).size(), 309U);
+    EXPECT_EQ(std::strtod(TextOf(ColumnType::Double, Bytes(Limits::denorm_min())).c_str(), nullptr),
               Limits::denorm_min());
 }
 

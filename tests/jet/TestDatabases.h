@@ -3,14 +3,11 @@
 #pragma once
 
 #include "platform/jet/JetDatabase.h"
+#include "tests/support/Table.h"
 
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <sstream>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace korlan::test {
 
@@ -33,24 +30,13 @@ inline Cell DecodedCell(const std::string& text) {
     return decoded;
 }
 
-inline std::vector<std::string> SplitLine(const std::string& line, char separator) {
-    std::vector<std::string> parts(1);
-    for (const char c : line) {
-        if (c == separator)
-            parts.emplace_back();
-        else
-            parts.back() += c;
-    }
-    return parts;
-}
-
 // First the column names, then the rows.
 inline std::vector<Row> ReadTsv(const std::string& name) {
     std::istringstream lines(ReadTestFile(name));
     std::vector<Row> rows;
     for (std::string line; std::getline(lines, line);) {
         rows.emplace_back();
-        for (const std::string& cell : SplitLine(line, '\t')) rows.back().push_back(DecodedCell(cell));
+        for (const std::string& cell : SplitAt(line, "\t")) rows.back().push_back(DecodedCell(cell));
     }
     return rows;
 }

@@ -8,6 +8,7 @@
 namespace korlan {
 namespace {
 
+using namespace std::literals;
 using test::TempDrive;
 
 std::string Message(std::int32_t identifier) {
@@ -16,44 +17,24 @@ std::string Message(std::int32_t identifier) {
 
 TEST(TextLibrary, ReadsEveryLineItUnderstands) {
     const TempDrive drive;
-    const struct {
-        std::string file;
-        std::int32_t identifier;
-        std::string expected;
-    } rows[] = {
-        {"99335=Kann nicht schreiben: ", 99335, "Kann nicht schreiben:"},
-        {"99335 Kann nicht schreiben: \r\n", 99335, "Kann nicht schreiben:"},
-        {"\t7\t\tSchliessen\t\r\n", 7, "Schliessen"},
-        {"007 = a = b", 7, "a = b"},
-        {"7==b", 7, "=b"},
-        {"7 first\n7 second\n", 7, "first"},
-        {"7\n7=\n7   \n7 second", 7, "second"}, // an empty text is none
-        {"7 a\\nb\\\\n\\t\\", 7, "a\nb\\n\\t\\"},
-        {"; 7 note\n;7=x\n\n8 y", 7, "<none>"},
-        {"; 7 note\n;7=x\n\n8 y", 8, "y"},
-        {"7x\n7;x\n7.5 x\n-7 x\n+7 x\n0x7 x\n0 x\n[7] x\nx 7\n99999999999 x", 7, "<none>"},
-        {"0 x", 0, "<none>"},
-        {"-7 x", -7, "<none>"},
-        {"2147483647 x", 2147483647, "x"},
-        {std::string("7 a\0b\n8 c", 9), 7, "<none>"},
-        {std::string("7 a\0b\n8 c", 9), 8, "c"},
-        {"7 Gr\xF6\xDF"
-         "e \x80",
-         7, "Größe €"},
-        {"7 Größe €", 7, "Größe €"},
-        {"\xEF\xBB\xBF"
-         "7 Größe",
-         7, "Größe"},
-        {"\xFF\xFE"
-         "7\0 \0x\0",
-         7, "<none>"},
-        {"", 7, "<none>"},
+    const auto expect = [&](std::int32_t identifier, const char* expected, std::initializer_list<std::string> files) {
+        for (const std::string& file : files) {
+            drive.Write("KLNLOCAL.TXT", file);
+            L32_Object_Create("C:\\klnlocal.txt");
+            EXPECT_EQ(Message(identifier), expected) << file;
+        }
     };
-    for (const auto& row : rows) {
-        drive.Write("KLNLOCAL.TXT", row.file);
-        L32_Object_Create("C:\\klnlocal.txt");
-        EXPECT_EQ(Message(row.identifier), row.expected) << row.file;
-    }
+    expect(99335, "Kann nicht:", {"99335=Kann nicht: ", "99335 Kann nicht: \r\n", "\t99335\t\tKann nicht:\t\r\n"});
+    expect(7, "a = b", {"007 = a = b", "7 a = b\n7 second\n", "7\n7=\n7   \n7 a = b"}); // an empty text is none
+    expect(7, "=b", {"7==b"});
+    expect(7, "a\nb\\n\\t\\", {"7 a\\nb\\\\n\\t\\"});
+    expect(8, "y", {"; 7 note\n;7=x\n\n8 y", "7 a\0b\n8 y"s});
+    expect(7, "<none>", {"; 7 note\n;7=x\n\n8 y", "7 a\0b\n8 y"s, "\xFF\xFE\67\0 \0x\0"s});
+    expect(7, "<none>", {"7x\n7;x\n7.5 x\n-7 x\n+7 x\n0x7 x\n[7] x\nx 7\n99999999999 x"});
+    expect(0, "<none>", {"0 x"});
+    expect(-7, "<none>", {"-7 x"});
+    expect(2147483647, "x", {"2147483647 x"});
+    expect(7, "Größe €", {"7 Gr\xF6\xDF\x65 \x80", "7 Größe €", "\xEF\xBB\xBF\67 Größe €"});
 }
 
 TEST(TextLibrary, AFileThatCannotBeReadLeavesNoTexts) {
@@ -73,18 +54,14 @@ TEST(TextLibrary, AFileThatCannotBeReadLeavesNoTexts) {
 TEST(TextEncoding, TellsUtf8FromTheCodePage) {
     const struct {
         std::string bytes, text;
-    } rows[] = {
-        {"plain", "plain"},
-        {"\x80\x92\x9F", "€’Ÿ"},
-        {"\xE9", "é"},
-        {"é€", "é€"},
-        {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
-        {"é\xE9", "Ã©é"},                    // not all of it is valid
-        {"\xC0\xAF", "À¯"},                  // overlong
-        {"\xED\xA0\x80", "í\xC2\xA0€"},      // a surrogate
-        {"\xF4\x90\x80\x80", "ô\xC2\x90€€"}, // beyond the last character
-        {"\xE2\x82", "â‚"},                  // cut short
-    };
+    } rows[] = {{"plain\x80\x92\x9F", "plain€’Ÿ"},
+                {"é€", "é€"},
+                {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
+                {"not all valid: é\xE9", "not all valid: Ã©é"},
+                {"overlong: \xC0\xAF", "overlong: À¯"},
+                {"surrogate: \xED\xA0\x80", "surrogate: í\xC2\xA0€"},
+                {"beyond the last: \xF4\x90\x80\x80", "beyond the last: ô\xC2\x90€€"},
+                {"cut short: \xE2\x82", "cut short: â‚"}};
     for (const auto& row : rows) EXPECT_EQ(TextFromBytes(row.bytes), row.text);
     EXPECT_EQ(BytesFromText("aé€Ж\xFF\xF0\x9F\x98\x80Ÿ"), "a\xE9\x80???\x9F");
     std::string every;
