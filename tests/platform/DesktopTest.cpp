@@ -57,7 +57,11 @@ protected:
         OpenFormHost(form);
         for (const char* title : {"Name", "Path", "Size", "Status", "Invisible"}) lvwFilesList.AddColumn(title, 1440);
         lvwFilesList.SetColumnWidth(5, 0);
-        for (const char* name : {"A.EXE", "B.DLL", "C.KDL"}) AddRow(name);
+        for (const std::int32_t row : {1, 2, 3}) {
+            lvwFilesList.AddRow(row, "FILE-" + std::to_string(row), "A.EXE", "NOTDELETE");
+            for (const std::int32_t subItem : {1, 2, 3, 4}) lvwFilesList.SetSubItem(row, subItem, "text");
+            lvwFilesList.SetChecked(row, true);
+        }
         form.Show();
         DoEvents();
         window_ = FormWindow();
@@ -65,12 +69,6 @@ protected:
     }
     void TearDown() override { CloseFormHost(); }
 
-    void AddRow(const std::string& name) {
-        const std::int32_t row = lvwFilesList.Count() + 1;
-        lvwFilesList.AddRow(row, "FILE-" + name, name, "NOTDELETE");
-        for (const std::int32_t subItem : {1, 2, 3, 4}) lvwFilesList.SetSubItem(row, subItem, "text");
-        lvwFilesList.SetChecked(row, true);
-    }
     template <class Widget = QWidget>
     Widget* Find(const Control& control) {
         return static_cast<Widget*>(window_->findChild<QWidget*>(ToQString(control.Name())));
