@@ -5,7 +5,7 @@
 
 #include "tests/support/XServer.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace korlan {
 namespace {
@@ -16,73 +16,56 @@ class RunningSuite : public testing::Test {
 protected:
     void SetUp() override {
         ResetProgram();
-        Suite.SysName = "Korlan";
-        frmUpdate.form.SetCaption("Korlan: Live Update"); // a title that would match, were it not our own
+        Suite.SysName = "Tessary";
+        frmUpdate.form.SetCaption("Tessary: Live Update"); // a title that would match, were it not our own
     }
     void TearDown() override { ResetProgram(); }
     bool Touched(xcb_window_t window) const { return !other.NumberProperty(window, "WM_HINTS").empty(); }
+    static bool Found() {
+        bool found = true;
+        FindKorlanRunning(found);
+        return found;
+    }
 
     XServer server;
     OtherProgram other;
 };
 
 TEST_F(RunningSuite, TakesTitlesWithTheNameAndAColon) {
-    const struct {
-        std::string title;
-        bool found;
-    } cases[] = {
-        {"Korlan: BOARD1", true},
-        {"BOARD1 - Korlan:", true},
-        {"  Korlan:  ", true},
-        {"MyKorlan:x", true},
-        {"Korlan", false},
-        {"Korlan : BOARD1", false},
-        {"korlan: BOARD1", false},
-        {"KORLAN: BOARD1", false},
-        {"Korlan Live Update", false},
-        {"Korlan: Live Update", false},
-        {"  Korlan: Live Update ", false},
-        {"Korlan: Live Update 2", true},
+    const std::pair<std::string, bool> cases[] = {
+        {"Tessary: BOARD1", true},
+        {"  Tessary:  ", true},
+        {"MyTessary:x", true},
+        {"Tessary : BOARD1", false},
+        {"TESSARY: BOARD1", false},
+        {"Korlan: BOARD1", false}, // the configured name counts
+        {"  Tessary: Live Update ", false},
+        {"Tessary: Live Update 2", true},
         {"", false},
-        {"   ", false},
-        {std::string(300, 'x') + "Korlan: BOARD1", false}, // a title ends at 254 characters
+        {std::string(300, 'x') + "Tessary: BOARD1", false}, // a title ends at 254 characters
     };
     const auto behind = other.MakeWindow("Editor", true);
     for (const bool shown : {true, false})
-        for (const auto& one : cases) {
-            const auto window = other.MakeWindow(one.title, shown);
+        for (const auto& [title, found] : cases) {
+            const auto window = other.MakeWindow(title, shown);
             const auto above = other.MakeWindow("", true);
-            bool found = false;
-            FindKorlanRunning(found);
-            EXPECT_EQ(found, one.found) << one.title;
-            EXPECT_EQ(Touched(window), one.found) << one.title;
-            EXPECT_EQ(other.TopDown().front(), one.found ? window : above) << one.title;
-            EXPECT_EQ(other.Viewable(window), shown) << one.title;
-            EXPECT_FALSE(Touched(behind) || Touched(above)) << one.title;
+            EXPECT_EQ(Found(), found) << title;
+            EXPECT_EQ(Touched(window), found) << title;
+            EXPECT_EQ(other.TopDown().front(), found ? window : above) << title;
+            EXPECT_EQ(other.Viewable(window), shown) << title;
+            EXPECT_FALSE(Touched(behind) || Touched(above)) << title;
             other.Destroy(window);
             other.Destroy(above);
         }
 }
 
-TEST_F(RunningSuite, GoesByTheConfiguredNameAndStopsAtTheTopmost) {
+TEST_F(RunningSuite, StopsAtTheTopmostAndNothingRunsWithoutADisplay) {
     const auto lower = other.MakeWindow("Tessary: A", true);
     const auto upper = other.MakeWindow("Tessary: B", true);
-    bool found = false;
-    FindKorlanRunning(found);
-    EXPECT_FALSE(found);
-    Suite.SysName = "Tessary";
-    FindKorlanRunning(found);
-    EXPECT_TRUE(found);
-    EXPECT_TRUE(Touched(upper));
-    EXPECT_FALSE(Touched(lower));
-}
-
-TEST_F(RunningSuite, WithoutADisplayNothingRuns) {
-    other.MakeWindow("Korlan: BOARD1", true);
-    bool found = true;
+    EXPECT_TRUE(Found());
+    EXPECT_TRUE(Touched(upper) && !Touched(lower));
     server.Stop();
-    FindKorlanRunning(found);
-    EXPECT_FALSE(found);
+    EXPECT_FALSE(Found());
 }
 
 } // namespace
