@@ -12,29 +12,21 @@ namespace {
 
 using namespace test;
 
-class RunningSuite : public testing::Test {
-protected:
-    void SetUp() override {
-        ResetProgram();
-        Suite.SysName = "Tessary";
-        frmUpdate.form.SetCaption("Tessary: Live Update"); // a title that would match, were it not our own
-    }
-    void TearDown() override { ResetProgram(); }
-    bool Touched(xcb_window_t window) const { return !other.NumberProperty(window, "WM_HINTS").empty(); }
-    static bool Found() {
-        bool found = true;
-        FindKorlanRunning(found);
-        return found;
-    }
+bool Found() {
+    bool found = true;
+    FindKorlanRunning(found);
+    return found;
+}
 
+TEST(RunningSuite, IsTheTopmostWindowWithTheNameAndAColon) {
     XServer server;
-    OtherProgram other;
-};
-
-TEST_F(RunningSuite, TakesTitlesWithTheNameAndAColon) {
+    const OtherProgram other;
+    const auto touched = [&](xcb_window_t window) { return !other.NumberProperty(window, "WM_HINTS").empty(); };
+    ResetProgram();
+    Suite.SysName = "Tessary";
+    frmUpdate.form.SetCaption("Tessary: Live Update"); // a title that would match, were it not our own
     const std::pair<std::string, bool> cases[] = {
-        {"Tessary: BOARD1", true},
-        {"  Tessary:  ", true},
+        {"  Tessary: BOARD1 ", true},
         {"MyTessary:x", true},
         {"Tessary : BOARD1", false},
         {"TESSARY: BOARD1", false},
@@ -44,28 +36,22 @@ TEST_F(RunningSuite, TakesTitlesWithTheNameAndAColon) {
         {"", false},
         {std::string(300, 'x') + "Tessary: BOARD1", false}, // a title ends at 254 characters
     };
-    const auto behind = other.MakeWindow("Editor", true);
     for (const bool shown : {true, false})
         for (const auto& [title, found] : cases) {
+            const auto behind = other.MakeWindow(title, true);
             const auto window = other.MakeWindow(title, shown);
-            const auto above = other.MakeWindow("", true);
+            const auto above = other.MakeWindow("Editor", true);
             EXPECT_EQ(Found(), found) << title;
-            EXPECT_EQ(Touched(window), found) << title;
+            EXPECT_EQ(touched(window), found) << title;
             EXPECT_EQ(other.TopDown().front(), found ? window : above) << title;
             EXPECT_EQ(other.Viewable(window), shown) << title;
-            EXPECT_FALSE(Touched(behind) || Touched(above)) << title;
-            other.Destroy(window);
-            other.Destroy(above);
+            EXPECT_FALSE(touched(behind) || touched(above)) << title;
+            for (const auto one : {behind, window, above}) other.Destroy(one);
         }
-}
-
-TEST_F(RunningSuite, StopsAtTheTopmostAndNothingRunsWithoutADisplay) {
-    const auto lower = other.MakeWindow("Tessary: A", true);
-    const auto upper = other.MakeWindow("Tessary: B", true);
-    EXPECT_TRUE(Found());
-    EXPECT_TRUE(Touched(upper) && !Touched(lower));
+    other.MakeWindow("Tessary: A", true);
     server.Stop();
-    EXPECT_FALSE(Found());
+    EXPECT_FALSE(Found()) << "without a display nothing runs";
+    ResetProgram();
 }
 
 } // namespace
