@@ -11,18 +11,12 @@ using LocalisationTest = AppTest;
 TEST_F(LocalisationTest, ALocalTextKeepsTheOuterBlanksOfTheDefault) {
     drive.Write("KLNLOCAL.TXT", "4925 = Schliessen\r\n991870 =  vor dem Start  \r\n327 = Weiter\r\n");
     L32_Object_Create("C:\\KLNLOCAL.TXT");
-    const struct {
-        const char *fallback, *identifier, *text;
-    } rows[] = {{"Close ", "4925", "Schliessen "},
-                {" before running Live Update", "991870", " vor dem Start"},
-                {"   Next  ", " 327", "   Weiter  "},
-                {"", "327", "Weiter"},
-                {" unknown ", "12345", " unknown "},
-                {" no number ", "Next", " no number "},
-                {" none ", "", " none "},
-                {" negative ", "-327", " negative "},
-                {" too large ", "99999999999", " too large "}};
-    for (const auto& row : rows) EXPECT_EQ(GetLocalText(row.fallback, row.identifier), row.text) << row.identifier;
+    EXPECT_EQ(GetLocalText("Close ", "4925"), "Schliessen ");
+    EXPECT_EQ(GetLocalText(" before running Live Update", "991870"), " vor dem Start");
+    EXPECT_EQ(GetLocalText("   Next  ", " 327"), "   Weiter  ");
+    EXPECT_EQ(GetLocalText("", "327"), "Weiter");
+    for (const char* identifier : {"12345", "Next", "", "-327", "99999999999"})
+        EXPECT_EQ(GetLocalText(" unknown ", identifier), " unknown ") << identifier;
     L32_Object_Create("C:\\missing.txt");
     EXPECT_EQ(GetLocalText(" Close ", "4925"), " Close ");
 }

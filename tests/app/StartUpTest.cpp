@@ -123,50 +123,38 @@ TEST_F(StartUp, ANewerBuildTakesOver) {
     };
     search(false, false, "no note on the server: the old one is not used");
     EXPECT_FALSE(drive.Exists("KORLAN\\Temp\\KlnUpdt.txt"));
-    const struct {
-        bool ends, launches;
-        const char* note;
-    } rows[] = {
-        {true, true, "5-3-2004,9:8:0\r\nsecond line"},
-        {true, true, "05-03-2004,09:08:00\n"},
-        {false, false, " 5-3-2004,9:7:12 "},
-        {false, false, "5-3-2004,9:7:59"}, // the same minute
-        {false, false, "4-3-2004,23:59:0"},
-        {true, false, ""},          // past the end of the file
-        {true, false, "not found"}, // no date
-        {true, false, "\r\n5-3-2005,0:0:0"},
+    const auto found = [&](bool ends, bool launches, const std::vector<std::string>& notes) {
+        for (const std::string& note : notes) {
+            Publish("KlnUpdt.txt", note);
+            search(ends, launches, note);
+        }
     };
-    for (const auto& row : rows) {
-        Publish("KlnUpdt.txt", row.note);
-        search(row.ends, row.launches, row.note);
-    }
+    found(true, true, {"5-3-2004,9:8:0\r\nsecond line", "05-03-2004,09:08:00\n"});
+    found(false, false, {" 5-3-2004,9:7:12 ", "5-3-2004,9:7:59", "4-3-2004,23:59:0"}); // seconds do not count
+    found(true, false, {"", "not found", "\r\n5-3-2005,0:0:0"});                       // no date: ends all the same
     EXPECT_TRUE(Desktop().boxes.empty());
 }
 
 TEST_F(StartUp, ClosingTheWindowStartsTheCompanionWhenDue) {
-    const std::string own = "C:\\KORLAN\\KlnUpdt.EXE", companion = "C:\\KORLAN\\KLNUPDTR.exe KEMO274";
-    const struct {
-        std::int32_t succeeded, newUpdater;
-        std::string program, started;
-    } rows[] = {{1, 1, "C:\\Board Lab\\KlnUpdt.EXE", "\"C:\\Board Lab\\KLNUPDTR.exe\" KEMO274"},
-                {1, 1, own, companion},
-                {1, 0, own, ""},
-                {0, 1, own, ""}};
-    AttachHandlers();
-    for (const auto& row : rows) {
+    const auto started = [&](std::int32_t succeeded, std::int32_t newUpdater, const char* program) {
         Process().started.clear();
-        Process().programPath = row.program;
-        korlan::Run.UpdateSucceeded = row.succeeded;
-        korlan::Run.NewUpdaterLoaded = row.newUpdater;
+        Process().programPath = program;
+        korlan::Run.UpdateSucceeded = succeeded;
+        korlan::Run.NewUpdaterLoaded = newUpdater;
         frmUpdate.form.Show();
         EXPECT_TRUE(CloseWindow());
-        std::vector<StartedProgram> expected;
-        if (!row.started.empty()) expected.push_back({row.started, WindowStyle::MinimizedFocus});
-        EXPECT_EQ(Process().started, expected);
-    }
-    Process().missing = {companion};
-    korlan::Run.UpdateSucceeded = korlan::Run.NewUpdaterLoaded = 1;
-    EXPECT_TRUE(CloseWindow()) << "a companion that is not there keeps nobody";
+        std::string lines;
+        for (const StartedProgram& one : Process().started)
+            lines += one.commandLine + (one.style == WindowStyle::MinimizedFocus ? "" : " not minimised");
+        return lines;
+    };
+    const std::string companion = "C:\\KORLAN\\KLNUPDTR.exe KEMO274";
+    AttachHandlers();
+    EXPECT_EQ(started(1, 1, "C:\\KORLAN\\KlnUpdt.EXE"), companion);
+    EXPECT_EQ(started(1, 1, "C:\\Board Lab\\KlnUpdt.EXE"), "\"C:\\Board Lab\\KLNUPDTR.exe\" KEMO274");
+    EXPECT_EQ(started(1, 0, "C:\\KORLAN\\KlnUpdt.EXE") + started(0, 1, "C:\\KORLAN\\KlnUpdt.EXE"), "");
+    Process().missing = {companion}; // one that is not there keeps nobody
+    EXPECT_EQ(started(1, 1, "C:\\KORLAN\\KlnUpdt.EXE"), "");
 }
 
 TEST_F(StartUp, HelpOpensTheCompiledFileAndClosesWithTheWindow) {

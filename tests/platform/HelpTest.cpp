@@ -119,39 +119,28 @@ TEST_F(Help, FollowsLinksTheContentsAndItsOwnHistory) {
     emit page->anchorClicked(QUrl("ms-its:KlnUpdt.chm::/running.htm#cancel"));
     EXPECT_EQ(shown(), "help:/running.htm#cancel Running the update");
     page->backward();
-    page->backward();
-    EXPECT_EQ(PageOf(*windows[0]), "help:/choosing.htm");
-    page->forward();
     EXPECT_EQ(shown(), "help:/messages.htm#quit Updation in progress");
     EXPECT_THAT(TextOf(*windows[0]), HasSubstr("No updates found"));
 }
 
 TEST_F(Help, LinksLeadToPagesOfTheFileOnly) {
-    const char* const stays = "help:/sub/a.htm";
-    const std::pair<const char*, const char*> cases[] = {
-        {"b.htm?query", "help:/sub/b.htm"},
-        {"../top.htm#x", "help:/top.htm#x"},
-        {"/TOP.HTM", "help:/TOP.HTM"},
-        {"b%20c.htm", "help:/sub/b c.htm"},
-        {"MS-ITS:ME.CHM::/sub/b.htm#y", "help:/sub/b.htm#y"},
-        {R"(mk:@MSITStore:C:\Korlan\me.chm::/top.htm)", "help:/top.htm"},
-        {"its:me.chm::///top.htm", "help:/top.htm"},
-        {"ms-its:other.chm::/top.htm", stays},
-        {"ms-its:top.htm", stays},
-        {"missing.htm", stays},
-        {"http://127.0.0.1:9/top.htm", stays},
-        {"//127.0.0.1/top.htm", stays},
-        {"file:///etc/passwd", stays},
-        {"javascript:alert(1)", stays},
-        {"../../../../etc/passwd", stays},
-    };
     PageWindow window({{"sub/a.htm", "start"}, {"sub/b.htm", "b"}, {"sub/b c.htm", "c"}, {"top.htm", "t"}});
-    for (const auto& [link, page] : cases) {
+    const auto follow = [&](const char* link) {
         window.ShowFirstPage();
         emit window.findChild<QTextBrowser*>()->anchorClicked(QUrl(link));
-        EXPECT_EQ(PageOf(window), page) << link;
-        EXPECT_EQ(window.statusBar()->isHidden(), page != stays) << link;
-    }
+        return PageOf(window) + (window.statusBar()->isHidden() ? "" : " and a note");
+    };
+    EXPECT_EQ(follow("b.htm?query"), "help:/sub/b.htm");
+    EXPECT_EQ(follow("b%20c.htm"), "help:/sub/b c.htm");
+    EXPECT_EQ(follow("../top.htm#x"), "help:/top.htm#x");
+    EXPECT_EQ(follow("/TOP.HTM"), "help:/TOP.HTM");
+    EXPECT_EQ(follow("MS-ITS:ME.CHM::/sub/b.htm#y"), "help:/sub/b.htm#y");
+    EXPECT_EQ(follow(R"(mk:@MSITStore:C:\Korlan\me.chm::/top.htm)"), "help:/top.htm");
+    EXPECT_EQ(follow("its:me.chm::///top.htm"), "help:/top.htm");
+    for (const char* link :
+         {"ms-its:other.chm::/top.htm", "ms-its:top.htm", "missing.htm", "javascript:alert(1)",
+          "http://127.0.0.1:9/top.htm", "//127.0.0.1/top.htm", "file:///etc/passwd", "../../../../etc/passwd"})
+        EXPECT_EQ(follow(link), "help:/sub/a.htm and a note") << link;
 }
 
 // Every page must come up within a moment; what would not is replaced by a note.
@@ -190,17 +179,18 @@ TEST_F(Help, PicturesComeFromTheFileOnly) {
     red.fill(Qt::red);
     const std::string local = drive.HostPathOf("red.png");
     ASSERT_TRUE(red.save(QString::fromStdString(local)));
-    const std::pair<std::string, bool> cases[] = {
-        {"red.png", true}, {"/SUB/Red.png", true},     {"ms-its:me.chm::/sub/red.png", true},
-        {local, false},    {"file://" + local, false}, {"../../../../../../" + local, false}};
-    for (const auto& [source, shown] : cases) {
+    const auto redsOf = [&](const std::string& source) {
         PageWindow window({{"sub/a.htm", "<img src='" + source + "'>"}, {"sub/red.png", drive.Read("red.png")}});
         const QImage seen = window.grab().toImage();
         int reds = 0;
         for (int i = 0; i < seen.width() * seen.height(); ++i)
             reds += seen.pixel(i % seen.width(), i / seen.width()) == qRgb(255, 0, 0);
-        EXPECT_EQ(reds, shown ? 60 * 60 : 0) << source;
-    }
+        return reds;
+    };
+    for (const char* source : {"red.png", "/SUB/Red.png", "ms-its:me.chm::/sub/red.png"})
+        EXPECT_EQ(redsOf(source), 60 * 60) << source;
+    for (const std::string& source : {local, "file://" + local, "../../../../../../" + local})
+        EXPECT_EQ(redsOf(source), 0) << source;
 }
 
 TEST_F(Help, WhatIsMissingOrNoHelpOpensNothing) {
