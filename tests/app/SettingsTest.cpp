@@ -40,28 +40,24 @@ TEST_F(Settings, AFailedWriteShowsItsWarning) {
 TEST_F(Settings, DesignationsBecomeInstallationFolders) {
     WriteIni("[Tessary]\r\nLibDir=D:\\Parts\r\nKDScml=E:\\cml\r\n");
     ReadSuiteSettings();
-    const std::pair<std::string, std::string> rows[] = {{"\\LIB", "D:\\Parts"},
-                                                        {"\\lib\\user\\a", "D:\\Parts\\USER\\A"},
-                                                        {"\\KDS_CML\\x", "E:\\cml\\X"},
-                                                        {"\\Help\\en", "C:\\KORLAN\\Help\\en"},
-                                                        {"\\LIBRARY", "C:\\KORLAN\\LIBRARY"},
-                                                        {"\\", "C:\\KORLAN\\"}};
-    std::string folder;
-    for (const auto& [designation, expected] : rows) {
-        GetKorlanFilePath(designation, folder);
-        EXPECT_EQ(folder, expected) << designation;
-    }
-    for (const std::string& designation :
-         {std::string("ROOT"), std::string(), std::string("\\LIB\\..\\..\\Windows"), std::string("\\LIB\\.. \\x"),
-          std::string("\\LIB\\..../x"), std::string("\\D:\\x"), std::string("\\LIB\\a\0b", 8)})
+    const auto folderOf = [](const std::string& designation) {
+        std::string folder;
         try {
-            folder.clear();
             GetKorlanFilePath(designation, folder);
-            ADD_FAILURE() << designation;
         } catch (const RuntimeError& error) {
-            EXPECT_EQ(error.Number(), designation.starts_with("\\") ? 76 : 9) << designation;
-            EXPECT_EQ(folder, "") << designation;
+            return std::to_string(error.Number()) + folder;
         }
+        return folder;
+    };
+    EXPECT_EQ(folderOf("\\LIB"), "D:\\Parts");
+    EXPECT_EQ(folderOf("\\lib\\user\\a"), "D:\\Parts\\USER\\A");
+    EXPECT_EQ(folderOf("\\KDS_CML\\x"), "E:\\cml\\X");
+    EXPECT_EQ(folderOf("\\Help\\en"), "C:\\KORLAN\\Help\\en");
+    EXPECT_EQ(folderOf("\\LIBRARY") + folderOf("\\"), "C:\\KORLAN\\LIBRARYC:\\KORLAN\\");
+    for (const char* designation : {"ROOT", ""}) EXPECT_EQ(folderOf(designation), "9");
+    for (const char* designation : {"\\LIB\\..\\..\\Windows", "\\LIB\\.. \\x", "\\LIB\\..../x", "\\D:\\x"})
+        EXPECT_EQ(folderOf(designation), "76") << designation;
+    EXPECT_EQ(folderOf(std::string("\\LIB\\a\0b", 8)), "76");
 }
 
 TEST_F(Settings, BareNamesHoldNoFolder) {

@@ -2,7 +2,7 @@
 
 #include "platform/RuntimeError.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace korlan {
 namespace {
@@ -19,31 +19,23 @@ std::int32_t ErrorOf(Call call) {
 }
 
 TEST(TextHelpers, TextAsNumber) {
-    for (const auto& [text, number] : {std::pair{" -7 ", -7},
-                                       {"+3", 3},
-                                       {"007", 7},
-                                       {"2.5", 2},
-                                       {"3.5", 4},
-                                       {"-2.5", -2},
-                                       {"2147483647", INT32_MAX}})
-        EXPECT_EQ(ToInteger(text), number) << '"' << text << '"';
+    const auto integers = [](const std::vector<std::string>& texts) {
+        std::vector<std::int32_t> numbers;
+        for (const std::string& text : texts) numbers.push_back(ToInteger(text));
+        return numbers;
+    };
+    EXPECT_THAT(integers({" -7 ", "+3", "007", "2.5", "3.5", "-2.5"}), testing::ElementsAre(-7, 3, 7, 2, 4, -2));
+    EXPECT_THAT(integers({"2147483647", "-2147483648"}), testing::ElementsAre(INT32_MAX, INT32_MIN));
     for (const char* text : {"2147483648", "99999999999999999999"})
         EXPECT_EQ(ErrorOf([&] { ToInteger(text); }), 6) << text;
     for (const char* text : {"", "  ", "-", "+-3", "1 2", "12x", "inf", "\t5"})
         EXPECT_EQ(ErrorOf([&] { ToInteger(text); }), 13) << '"' << text << '"';
 
-    for (const auto& [text, leading] : {std::pair{"991848", 991848},
-                                        {"  42 apples", 42},
-                                        {"-5", -5},
-                                        {"+5", 5},
-                                        {"2.9", 2},
-                                        {"", 0},
-                                        {"apples", 0},
-                                        {"--5", 0},
-                                        {"-", 0},
-                                        {"4294967297", INT32_MAX},
-                                        {"-99999999999999999999", INT32_MIN}})
-        EXPECT_EQ(Val(text), leading) << '"' << text << '"';
+    for (const char* text : {"42", "  42 apples", "+42", "42.9"}) EXPECT_EQ(Val(text), 42) << text;
+    for (const char* text : {"", "apples", "--5", "-"}) EXPECT_EQ(Val(text), 0) << text;
+    EXPECT_EQ(Val("-5"), -5);
+    EXPECT_EQ(Val("4294967297"), INT32_MAX);
+    EXPECT_EQ(Val("-99999999999999999999"), INT32_MIN);
 }
 
 TEST(TextHelpers, RoundingIsHalfToEven) {

@@ -153,7 +153,7 @@ TEST_F(BareWindow, BringToTopAndFlashWithoutAManager) {
     EXPECT_THAT(other.NumberProperty(shown, "WM_HINTS"), ElementsAre(0x101, 1, 0, 0, 0, 0, 0, 0, 0));
 }
 
-TEST_F(BareWindow, TerminateAsksAndDestroyTakesOwnWindowsOnly) {
+TEST_F(BareWindow, ParentMenuRedrawTerminateAndDestroy) {
     const auto polite = other.MakeWindow("", true);
     const auto own = other.MakeWindow("", true);
     other.SetNumbers(polite, "WM_PROTOCOLS", "ATOM", {other.Atom("WM_TAKE_FOCUS"), other.Atom("WM_DELETE_WINDOW")});
@@ -164,23 +164,18 @@ TEST_F(BareWindow, TerminateAsksAndDestroyTakesOwnWindowsOnly) {
     At(polite).Destroy();
     EXPECT_TRUE(other.WaitFor(XCB_CLIENT_MESSAGE, polite));
     EXPECT_TRUE(other.Exists(polite) && other.Exists(own));
+    At(own).SetWindowParent(polite);
+    EXPECT_EQ(other.Parent(own), polite);
+    At(own).SetWindowParent(0);
+    EXPECT_EQ(other.Parent(own), other.Root());
+    At(own).SetWindowMenu(77);
+    EXPECT_EQ(At(own).GetWindowMenu(), 77u);
+    EXPECT_EQ(At(polite).GetWindowMenu(), 0u);
+    while (void* event = xcb_poll_for_event(other.Connection())) free(event);
+    At(own).DrawWindowMenuBar();
+    EXPECT_TRUE(other.WaitFor(XCB_EXPOSE, own));
     At(own).Destroy();
     EXPECT_FALSE(other.Exists(own));
-}
-
-TEST_F(BareWindow, ParentMenuAndRedraw) {
-    const auto parent = other.MakeWindow("", true);
-    const auto child = other.MakeWindow("", true);
-    At(child).SetWindowParent(parent);
-    EXPECT_EQ(other.Parent(child), parent);
-    At(child).SetWindowParent(0);
-    EXPECT_EQ(other.Parent(child), other.Root());
-    At(child).SetWindowMenu(77);
-    EXPECT_EQ(At(child).GetWindowMenu(), 77u);
-    EXPECT_EQ(At(parent).GetWindowMenu(), 0u);
-    while (void* event = xcb_poll_for_event(other.Connection())) free(event);
-    At(child).DrawWindowMenuBar();
-    EXPECT_TRUE(other.WaitFor(XCB_EXPOSE, child));
 }
 
 TEST_F(BareWindow, AServerThatEndsOrNeverWasIsAnEmptyDesktop) {
