@@ -5,8 +5,6 @@
 #include "tests/support/ProgramTest.h"
 
 #include <functional>
-#include <string>
-#include <vector>
 
 namespace korlan::test {
 

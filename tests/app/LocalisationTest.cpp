@@ -11,48 +11,34 @@ using LocalisationTest = AppTest;
 TEST_F(LocalisationTest, ALocalTextKeepsTheOuterBlanksOfTheDefault) {
     drive.Write("KLNLOCAL.TXT", "4925 = Schliessen\r\n991870 =  vor dem Start  \r\n327 = Weiter\r\n");
     L32_Object_Create("C:\\KLNLOCAL.TXT");
-    const struct {
-        const char *fallback, *identifier, *text;
-    } rows[] = {
-        {"Close ", "4925", "Schliessen "},
-        {" before running Live Update", "991870", " vor dem Start"},
-        {"Next", "327", "Weiter"},
-        {"   Next  ", " 327", "   Weiter  "},
-        {"", "327", "Weiter"},
-        {" unknown ", "12345", " unknown "},
-        {" no number ", "Next", " no number "},
-        {" none ", "", " none "},
-        {" negative ", "-327", " negative "},
-        {" too large ", "99999999999", " too large "},
-    };
-    for (const auto& row : rows) EXPECT_EQ(GetLocalText(row.fallback, row.identifier), row.text) << row.identifier;
+    EXPECT_EQ(GetLocalText("Close ", "4925"), "Schliessen ");
+    EXPECT_EQ(GetLocalText(" before running Live Update", "991870"), " vor dem Start");
+    EXPECT_EQ(GetLocalText("   Next  ", " 327"), "   Weiter  ");
+    EXPECT_EQ(GetLocalText("", "327"), "Weiter");
+    for (const char* identifier : {"12345", "Next", "", "-327", "99999999999"})
+        EXPECT_EQ(GetLocalText(" unknown ", identifier), " unknown ") << identifier;
     L32_Object_Create("C:\\missing.txt");
     EXPECT_EQ(GetLocalText(" Close ", "4925"), " Close ");
 }
 
 TEST_F(LocalisationTest, TheCountryTableChoosesTheLanguageFolder) {
-    const struct {
-        const char *section, *folder;
-    } rows[] = {
+    const std::string both = "\r\n1=English,EN,1\r\n2=Deutsch,GERMAN,1031";
+    const std::pair<std::string, const char*> rows[] = {
         {"", "English"},
-        {"Number=2\r\nDefault=2,7\r\n1=English,EN,1\r\n2=Deutsch,GERMAN,1031", "GERMAN"},
-        {"Number=2\r\nDefault= 2 , 7\r\n1=English,EN,1\r\n2=Deutsch,GERMAN,1031", "GERMAN"},
-        {"Number=2\r\n1=English,EN,1\r\n2=Deutsch,GERMAN,1031", "EN"}, // no "Default"
+        {"Number=2\r\nDefault= 2 , 7" + both, "GERMAN"},
+        {"Number=2" + both, "EN"}, // no "Default"
         {"Number=2\r\nDefault=3,0\r\n1=English,EN,1", "EN"},
         {"Number=2\r\nDefault=-1\r\n1=English,EN,1", "EN"},
         {"Number=2\r\nDefault=2\r\n1=English,EN,1", "English"}, // entry 2 is missing
         {"Number=1\r\nDefault=1\r\n1=Deutsch", "English"},      // without a folder
-        {"Number=0\r\nDefault=1\r\n1=Deutsch,GERMAN,1", "English"},
         {"Number=-5\r\nDefault=1\r\n1=Deutsch,GERMAN,1", "English"},
-        {"Number=2000000000\r\nDefault=2\r\n2=Deutsch,GERMAN,1", "GERMAN"},
+        {"Number=2000000000\r\nDefault=2,7\r\n2=Deutsch,GERMAN,1031", "GERMAN"},
     };
-    for (const auto& row : rows) {
-        WriteIni(std::string("[COUNTRY]\r\n") + row.section + "\r\n");
+    for (const auto& [section, folder] : rows) {
+        WriteIni("[COUNTRY]\r\n" + section + "\r\n");
         LoadLocalisation();
-        EXPECT_EQ(Language.languagePath, std::string("C:\\KORLAN\\COUNTRY\\") + row.folder) << row.section;
+        EXPECT_EQ(Language.languagePath, std::string("C:\\KORLAN\\COUNTRY\\") + folder) << section;
     }
-    WriteIni("[COUNTRY]\r\nNumber=2\r\nDefault=2,7\r\n2=Deutsch,GERMAN,1031\r\n");
-    LoadLocalisation();
     EXPECT_EQ(Language.countries.selectedNumber, 7);
     EXPECT_EQ(Language.countries.entries[1].number, 65535);
     EXPECT_EQ(Language.countries.entries[2].languageName, "Deutsch");

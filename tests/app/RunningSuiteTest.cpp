@@ -5,84 +5,50 @@
 
 #include "tests/support/XServer.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace korlan {
 namespace {
 
 using namespace test;
 
-class RunningSuite : public testing::Test {
-protected:
-    void SetUp() override {
-        ResetProgram();
-        Suite.SysName = "Korlan";
-        frmUpdate.form.SetCaption("Korlan: Live Update"); // a title that would match, were it not our own
-    }
-    void TearDown() override { ResetProgram(); }
-    bool Touched(xcb_window_t window) const { return !other.NumberProperty(window, "WM_HINTS").empty(); }
-
-    XServer server;
-    OtherProgram other;
-};
-
-TEST_F(RunningSuite, TakesTitlesWithTheNameAndAColon) {
-    const struct {
-        std::string title;
-        bool found;
-    } cases[] = {
-        {"Korlan: BOARD1", true},
-        {"BOARD1 - Korlan:", true},
-        {"  Korlan:  ", true},
-        {"MyKorlan:x", true},
-        {"Korlan", false},
-        {"Korlan : BOARD1", false},
-        {"korlan: BOARD1", false},
-        {"KORLAN: BOARD1", false},
-        {"Korlan Live Update", false},
-        {"Korlan: Live Update", false},
-        {"  Korlan: Live Update ", false},
-        {"Korlan: Live Update 2", true},
-        {"", false},
-        {"   ", false},
-        {std::string(300, 'x') + "Korlan: BOARD1", false}, // a title ends at 254 characters
-    };
-    const auto behind = other.MakeWindow("Editor", true);
-    for (const bool shown : {true, false})
-        for (const auto& one : cases) {
-            const auto window = other.MakeWindow(one.title, shown);
-            const auto above = other.MakeWindow("", true);
-            bool found = false;
-            FindKorlanRunning(found);
-            EXPECT_EQ(found, one.found) << one.title;
-            EXPECT_EQ(Touched(window), one.found) << one.title;
-            EXPECT_EQ(other.TopDown().front(), one.found ? window : above) << one.title;
-            EXPECT_EQ(other.Viewable(window), shown) << one.title;
-            EXPECT_FALSE(Touched(behind) || Touched(above)) << one.title;
-            other.Destroy(window);
-            other.Destroy(above);
-        }
-}
-
-TEST_F(RunningSuite, GoesByTheConfiguredNameAndStopsAtTheTopmost) {
-    const auto lower = other.MakeWindow("Tessary: A", true);
-    const auto upper = other.MakeWindow("Tessary: B", true);
-    bool found = false;
-    FindKorlanRunning(found);
-    EXPECT_FALSE(found);
-    Suite.SysName = "Tessary";
-    FindKorlanRunning(found);
-    EXPECT_TRUE(found);
-    EXPECT_TRUE(Touched(upper));
-    EXPECT_FALSE(Touched(lower));
-}
-
-TEST_F(RunningSuite, WithoutADisplayNothingRuns) {
-    other.MakeWindow("Korlan: BOARD1", true);
+bool Found() {
     bool found = true;
-    server.Stop();
     FindKorlanRunning(found);
-    EXPECT_FALSE(found);
+    return found;
+}
+
+TEST(RunningSuite, IsTheTopmostWindowWithTheNameAndAColon) {
+    XServer server;
+    const OtherProgram other;
+    const auto touched = [&](xcb_window_t window) { return !other.NumberProperty(window, "WM_HINTS").empty(); };
+    ResetProgram();
+    Suite.SysName = "Tessary";
+    frmUpdate.form.SetCaption("Tessary: Live Update"); // a title that would match, were it not our own
+    const std::pair<std::string, bool> cases[] = {
+        {"  Tessary: Live Update 2 ", true},
+        {"MyTessary:x", true},
+        {"TESSARY: Tessary : Korlan:", false},
+        {"  Tessary: Live Update ", false},
+        {"", false},
+        {std::string(300, 'x') + "Tessary: BOARD1", false}, // a title ends at 254 characters
+    };
+    for (const bool shown : {true, false})
+        for (const auto& [title, found] : cases) {
+            const auto behind = other.MakeWindow(title, true);
+            const auto window = other.MakeWindow(title, shown);
+            const auto above = other.MakeWindow("Editor", true);
+            EXPECT_EQ(Found(), found) << title;
+            EXPECT_EQ(touched(window), found) << title;
+            EXPECT_EQ(other.TopDown().front(), found ? window : above) << title;
+            EXPECT_EQ(other.Viewable(window), shown) << title;
+            EXPECT_FALSE(touched(behind) || touched(above)) << title;
+            for (const auto one : {behind, window, above}) other.Destroy(one);
+        }
+    other.MakeWindow("Tessary: A", true);
+    server.Stop();
+    EXPECT_FALSE(Found()) << "without a display nothing runs";
+    ResetProgram();
 }
 
 } // namespace

@@ -10,22 +10,6 @@ namespace korlan::test {
 namespace {
 
 using StartUp = SearchTest;
-using testing::Test;
-
-bool ReminderPageShown() {
-    return frmUpdate.LblLive.Visible() && frmUpdate.Option2.Visible() && frmUpdate.Option3.Visible() &&
-           frmUpdate.Option4.Visible();
-}
-
-TEST_F(StartUp, ASecondCopyEndsBeforeAnythingShows) {
-    Process().anotherInstance = true;
-    Process().commandLine = "/sys:C:\\Nowhere";
-    EXPECT_TRUE(Start());
-    EXPECT_FALSE(frmUpdate.form.Visible());
-    EXPECT_TRUE(Desktop().boxes.empty());
-    EXPECT_TRUE(server.Targets().empty());
-    EXPECT_TRUE(Process().started.empty());
-}
 
 TEST_F(StartUp, TheOpenSuiteIsBroughtForwardAndTheProgramEnds) {
     WriteIni("[Tessary]\r\nSysName=Board Lab\r\n");
@@ -35,11 +19,11 @@ TEST_F(StartUp, TheOpenSuiteIsBroughtForwardAndTheProgramEnds) {
     EXPECT_EQ(Desktop().boxes.at(0).style, kBoxCritical);
     EXPECT_EQ(Windows().touched, (std::vector<std::string>{"flash  Board Lab: BOARD1 ", "top  Board Lab: BOARD1 "}));
     EXPECT_FALSE(frmUpdate.form.Visible());
-    EXPECT_EQ(Ini(), "[Tessary]\r\nSysName=Board Lab\r\n");
-    EXPECT_EQ(Reminder(), "- - - -");
+    EXPECT_EQ(Ini() + Reminder(), "[Tessary]\r\nSysName=Board Lab\r\n- - - -");
 }
 
 TEST_F(StartUp, TheWindowIsCompleteBeforeTheSearchBegins) {
+    Process().commandLine = "\"/sys:C:\\Nowhere\""; // warned of, and the default is used
     OfferOneFile();
     std::string shown, searching;
     Desktop().onControlChanged = [&](const Control& control, Aspect aspect, std::int32_t) {
@@ -47,11 +31,9 @@ TEST_F(StartUp, TheWindowIsCompleteBeforeTheSearchBegins) {
         shown = frmUpdate.form.Caption() + "|" + frmUpdate.lblMainHead.Caption() + "|" + State();
         EXPECT_EQ(frmUpdate.form.Left(), 2280) << "centred";
         EXPECT_EQ(frmUpdate.form.Top(), 2160);
-        ASSERT_EQ(frmUpdate.lvwFilesList.Columns().size(), 5U);
-        EXPECT_EQ(frmUpdate.lvwFilesList.Columns()[4].width, 0);
+        EXPECT_EQ(frmUpdate.lvwFilesList.Columns().at(4).width, 0);
         EXPECT_FALSE(frmUpdate.lvwFilesList.Visible() || frmUpdate.LblLive.Visible() || frmUpdate.Option4.Visible());
-        EXPECT_TRUE(server.Targets().empty());
-        EXPECT_TRUE(Desktop().pointers.empty());
+        EXPECT_TRUE(server.Targets().empty() && Desktop().pointers.empty());
     };
     Desktop().onDoEvents = [&] {
         if (!searching.empty()) return;
@@ -65,56 +47,40 @@ TEST_F(StartUp, TheWindowIsCompleteBeforeTheSearchBegins) {
     EXPECT_EQ(searching, "0 1: (&Update) C&ancel (&Help)");
     EXPECT_EQ(State(), "0 0: &Update C&ancel &Help");
     EXPECT_EQ(Desktop().pointers, (std::vector{MousePointer::Hourglass, MousePointer::Default}));
-    EXPECT_EQ(frmUpdate.lvwFilesList.Count(), 1);
-    EXPECT_TRUE(frmUpdate.lvwFilesList.Visible());
-    EXPECT_FALSE(ReminderPageShown());
-    EXPECT_TRUE(CloseWindow());
-}
-
-TEST_F(StartUp, ABadFolderWarnsAndTheDefaultIsUsed) {
-    Process().commandLine = "\"/sys:C:\\Nowhere\"";
-    EXPECT_FALSE(Start());
+    EXPECT_TRUE(frmUpdate.lvwFilesList.Visible() && !frmUpdate.LblLive.Visible());
     EXPECT_EQ(Desktop().boxes.size(), 1U);
-    EXPECT_EQ(Suite.IniFilePath, "C:\\KORLAN\\sys\\TESSARY.INI");
-    EXPECT_EQ(Suite.UpdateUrl, server.Url("/u"));
 }
 
 TEST_F(StartUp, SearchesThatEndWithoutAList) {
-    const auto dated = [](const char* date) {
-        return std::vector<std::string>{"TESSARY.INI", "\\SYS", "1", date, "INI.zip"};
-    };
+    const std::string none = "1 0: Finish &Help No updates found";
     const struct {
-        const char* what;
-        std::function<void()> publish;
-        const char *state, *status, *recorded;
+        std::function<void()> publish; // each on top of those before it
+        std::string state, recorded;
     } rows[] = {
-        {"nothing on the server", [] {}, "1 0: &Close &Help",
-         "Live Update Error. An internet connection error occured.Please try again later", "-"},
-        {"no packs", [&] { PublishCatalogue("Update.mdb", {}); }, "1 0: Finish &Help", "No updates found", "-"},
-        {"everything installed",
-         [&] {
-             PublishCatalogue("Update.mdb", {{"SP1.mdb", "", "", "", ""}});
-             PublishCatalogue("SP1.mdb", {dated("1-1-1999,0:0:0")});
-         },
-         "1 0: Finish &Help", "No updates found", "SP1.mdb"},
-        {"catalogue damaged", [&] { Publish("Update.mdb", "no database"); }, "1 0: Finish &Help", "No updates found",
+        {[] {}, "1 0: &Close &Help Live Update Error. An internet connection error occured.Please try again later",
          "-"},
+        {[&] { Publish("Update.mdb", "no database"); }, none, "-"},
+        {[&] { PublishCatalogue("Update.mdb", {}); }, none, "-"},
+        {[&] {
+             std::filesystem::remove(drive.HostPathOf("Update.mdb"));
+             OfferOneFile();
+             drive.Write("KORLAN\\SYS\\NEW.TXT", "as new as can be");
+             drive.Touch("KORLAN\\SYS\\NEW.TXT", 2044, 1, 1, 0, 0, 0);
+         },
+         none, "SP1.mdb"},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
+        SCOPED_TRACE(&row - rows);
         ResetProgram();
-        for (const char* name : {"Update.mdb", "SP1.mdb"}) std::filesystem::remove(drive.HostPathOf(name));
-        WriteIni("[WEB]\r\nUPDATEONLINE=" + server.Url("/u") + "\r\n");
         row.publish();
         EXPECT_FALSE(Start());
-        EXPECT_EQ(State(), row.state);
-        EXPECT_EQ(frmUpdate.lblUpdate.Caption(), row.status);
+        EXPECT_EQ(State() + " " + frmUpdate.lblUpdate.Caption(), row.state);
         EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "");
         EXPECT_EQ(ReadIniString("LIVEUPDATEFROMWEB", "1", "-"), row.recorded);
-        EXPECT_TRUE(ReminderPageShown());
+        for (const OptionButton* option : {&frmUpdate.Option2, &frmUpdate.Option3, &frmUpdate.Option4})
+            EXPECT_TRUE(option->Visible());
         EXPECT_EQ(frmUpdate.LblLive.Caption(), "Configure Korlan Live Updates");
-        EXPECT_TRUE(frmUpdate.LblLive.Font().bold);
-        EXPECT_TRUE(frmUpdate.Option2.Value());
+        EXPECT_TRUE(frmUpdate.LblLive.Visible() && frmUpdate.LblLive.Font().bold && frmUpdate.Option2.Value());
         EXPECT_EQ(frmUpdate.LblOptionExplain.Caption(), "Run Live Update Program after 15 days");
         EXPECT_TRUE(Click(frmUpdate.cmdCancel));
         EXPECT_EQ(Reminder(), "26/12/2025 0 0 0");
@@ -131,80 +97,64 @@ TEST_F(StartUp, CancelDuringTheSearchAsksFirst) {
     EXPECT_EQ(Desktop().boxes.at(0).style, kBoxYesNo + kBoxQuestion);
     EXPECT_EQ(Reminder(), "- - 0 0");
     EXPECT_EQ(korlan::Run.CancelRequested, 1);
-}
 
-TEST_F(StartUp, AFailedFetchAfterCancelShowsNoPage) {
+    ResetProgram();
+    server.Answer("/u/Update.mdb", {.status = 404});
     Desktop().onDoEvents = [] { korlan::Run.CancelRequested = 1; };
     EXPECT_TRUE(Start());
-    EXPECT_EQ(frmUpdate.WizardState, 0);
+    EXPECT_EQ(frmUpdate.WizardState, 0) << "a failed fetch after Cancel shows no page";
 }
 
 TEST_F(StartUp, ANewerBuildTakesOver) {
+    PublishCatalogue("Update.mdb", {});
     drive.Touch("KORLAN\\KlnUpdt.EXE", 2004, 3, 5, 9, 7, 12);
-    const StartedProgram launcher{"C:\\KORLAN\\KLNUPSLF.EXE", WindowStyle::NormalFocus};
-    const struct {
-        const char* note;
-        bool ends;
-        std::vector<StartedProgram> started;
-    } rows[] = {
-        {"5-3-2004,9:8:0\r\nsecond line", true, {launcher}},
-        {"05-03-2004,09:08:00\n", true, {launcher}},
-        {" 5-3-2004,9:7:12 ", false, {}},
-        {"5-3-2004,9:7:59", false, {}}, // the same minute
-        {"4-3-2004,23:59:0", false, {}},
-        {"", true, {}},          // past the end of the file
-        {"not found", true, {}}, // no date
-        {"\r\n5-3-2005,0:0:0", true, {}},
-    };
-    for (const auto& row : rows) {
+    const auto search = [&](bool ends, bool launches, const std::string& note) {
+        SCOPED_TRACE(note);
         ResetProgram();
         Process().started.clear();
-        PublishCatalogue("Update.mdb", {});
-        std::filesystem::remove(drive.HostPathOf("Update.mdb"));
-        Publish("KlnUpdt.txt", row.note);
-        drive.Write("KORLAN\\Temp\\KlnUpdt.txt", "left from an earlier search");
+        drive.Write("KORLAN\\Temp\\KlnUpdt.txt", "5-3-2044,9:8:0\r\nleft from an earlier search");
         drive.SetMode("KORLAN\\Temp\\KlnUpdt.txt", 0444);
-        EXPECT_EQ(Start(), row.ends) << row.note;
-        EXPECT_EQ(Process().started, row.started) << row.note;
-        EXPECT_EQ(frmUpdate.IsBusy, 0) << row.note;
-        EXPECT_EQ(Desktop().pointers.back(), MousePointer::Default) << row.note;
-    }
+        EXPECT_EQ(Start(), ends);
+        std::vector<StartedProgram> expected;
+        if (launches) expected.push_back({"C:\\KORLAN\\KLNUPSLF.EXE", WindowStyle::NormalFocus});
+        EXPECT_EQ(Process().started, expected);
+        EXPECT_EQ(frmUpdate.IsBusy, 0);
+        EXPECT_EQ(Desktop().pointers.back(), MousePointer::Default);
+    };
+    search(false, false, "no note on the server: the old one is not used");
+    EXPECT_FALSE(drive.Exists("KORLAN\\Temp\\KlnUpdt.txt"));
+    const auto found = [&](bool ends, bool launches, const std::vector<std::string>& notes) {
+        for (const std::string& note : notes) {
+            Publish("KlnUpdt.txt", note);
+            search(ends, launches, note);
+        }
+    };
+    found(true, true, {"5-3-2004,9:8:0\r\nsecond line", "05-03-2004,09:08:00\n"});
+    found(false, false, {" 5-3-2004,9:7:12 ", "5-3-2004,9:7:59", "4-3-2004,23:59:0"}); // seconds do not count
+    found(true, false, {"", "not found", "\r\n5-3-2005,0:0:0"});                       // no date: ends all the same
     EXPECT_TRUE(Desktop().boxes.empty());
 }
 
-TEST_F(StartUp, WithoutANoteTheOldOneIsNotUsed) {
-    PublishCatalogue("Update.mdb", {});
-    drive.Write("KORLAN\\Temp\\KlnUpdt.txt", "5-3-2044,9:8:0\r\n");
-    EXPECT_FALSE(Start());
-    EXPECT_FALSE(drive.Exists("KORLAN\\Temp\\KlnUpdt.txt"));
-}
-
 TEST_F(StartUp, ClosingTheWindowStartsTheCompanionWhenDue) {
-    const struct {
-        std::int32_t succeeded, newUpdater;
-        const char *program, *started;
-    } rows[] = {
-        {1, 1, "C:\\KORLAN\\KlnUpdt.EXE", "C:\\KORLAN\\KLNUPDTR.exe KEMO274"},
-        {1, 1, "C:\\Board Lab\\KlnUpdt.EXE", "C:\\Board Lab\\KLNUPDTR.exe KEMO274"},
-        {1, 0, "C:\\KORLAN\\KlnUpdt.EXE", nullptr},
-        {0, 1, "C:\\KORLAN\\KlnUpdt.EXE", nullptr},
-    };
-    AttachHandlers();
-    for (const auto& row : rows) {
+    const auto started = [&](std::int32_t succeeded, std::int32_t newUpdater, const char* program) {
         Process().started.clear();
-        Process().programPath = row.program;
-        korlan::Run.UpdateSucceeded = row.succeeded;
-        korlan::Run.NewUpdaterLoaded = row.newUpdater;
+        Process().programPath = program;
+        korlan::Run.UpdateSucceeded = succeeded;
+        korlan::Run.NewUpdaterLoaded = newUpdater;
         frmUpdate.form.Show();
         EXPECT_TRUE(CloseWindow());
-        std::vector<StartedProgram> expected;
-        if (row.started) expected.push_back({row.started, WindowStyle::MinimizedFocus});
-        EXPECT_EQ(Process().started, expected);
-    }
-    Process().programPath = "C:\\KORLAN\\KlnUpdt.EXE";
-    Process().missing = {"C:\\KORLAN\\KLNUPDTR.exe KEMO274"};
-    korlan::Run.UpdateSucceeded = korlan::Run.NewUpdaterLoaded = 1;
-    EXPECT_TRUE(CloseWindow()) << "a companion that is not there keeps nobody";
+        std::string lines;
+        for (const StartedProgram& one : Process().started)
+            lines += one.commandLine + (one.style == WindowStyle::MinimizedFocus ? "" : " not minimised");
+        return lines;
+    };
+    const std::string companion = "C:\\KORLAN\\KLNUPDTR.exe KEMO274";
+    AttachHandlers();
+    EXPECT_EQ(started(1, 1, "C:\\KORLAN\\KlnUpdt.EXE"), companion);
+    EXPECT_EQ(started(1, 1, "C:\\Board Lab\\KlnUpdt.EXE"), "C:\\Board Lab\\KLNUPDTR.exe KEMO274");
+    EXPECT_EQ(started(1, 0, "C:\\KORLAN\\KlnUpdt.EXE") + started(0, 1, "C:\\KORLAN\\KlnUpdt.EXE"), "");
+    Process().missing = {companion}; // one that is not there keeps nobody
+    EXPECT_EQ(started(1, 1, "C:\\KORLAN\\KlnUpdt.EXE"), "");
 }
 
 TEST_F(StartUp, HelpOpensTheCompiledFileAndClosesWithTheWindow) {

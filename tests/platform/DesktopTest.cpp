@@ -3,9 +3,7 @@
 #include "platform/Controls.h"
 #include "platform/FormHost.h"
 #include "platform/MsgBox.h"
-#include "platform/RuntimeError.h"
 #include "platform/linux/desktop/Application.h"
-#include "platform/linux/desktop/FrameLabel.h"
 #include "platform/linux/desktop/ListMirror.h"
 #include "platform/linux/desktop/Pictures.h"
 
@@ -14,18 +12,16 @@
 
 #include <QAccessible>
 #include <QApplication>
-#include <QDialog>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QPainter>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
 #include <QTest>
 #include <QTimer>
-#include <array>
+#include <functional>
 
 namespace korlan {
 namespace {
@@ -58,10 +54,13 @@ class Desktop : public testing::Test, protected TestForm {
 protected:
     void SetUp() override {
         OpenFormHost(form);
-        for (const char* title : {"File Name", "File Path", "File Size", "Status", "Invisible"})
-            lvwFilesList.AddColumn(title, 1440);
+        for (const char* title : {"Name", "Path", "Size", "Status", "Invisible"}) lvwFilesList.AddColumn(title, 1440);
         lvwFilesList.SetColumnWidth(5, 0);
-        for (const char* name : {"A.EXE", "B.DLL", "C.KDL"}) AddRow(name);
+        for (const std::int32_t row : {1, 2, 3}) {
+            lvwFilesList.AddRow(row, "FILE-" + std::to_string(row), "A.EXE", "NOTDELETE");
+            for (const std::int32_t subItem : {1, 2, 3, 4}) lvwFilesList.SetSubItem(row, subItem, "text");
+            lvwFilesList.SetChecked(row, true);
+        }
         form.Show();
         DoEvents();
         window_ = FormWindow();
@@ -69,16 +68,9 @@ protected:
     }
     void TearDown() override { CloseFormHost(); }
 
-    void AddRow(const std::string& name) {
-        const std::int32_t row = lvwFilesList.Count() + 1;
-        lvwFilesList.AddRow(row, "FILE-" + name, name, "NOTDELETE");
-        for (const std::int32_t subItem : {1, 2, 3, 4}) lvwFilesList.SetSubItem(row, subItem, "text");
-        lvwFilesList.SetChecked(row, true);
-    }
     template <class Widget = QWidget>
     Widget* Find(const Control& control) {
-        auto* widget = window_->findChild<QWidget*>(ToQString(control.Name()));
-        return static_cast<Widget*>(widget);
+        return static_cast<Widget*>(window_->findChild<QWidget*>(ToQString(control.Name())));
     }
     ListMirror* List() { return Find<ListMirror>(lvwFilesList); }
     void Focus(const Control& control) { Find(control)->setFocus(Qt::MouseFocusReason); }
@@ -103,52 +95,35 @@ void Press(QWidget& box, const char* button) {
 }
 
 TEST_F(Desktop, SpaceAndMouseToggleARowOnce) {
+    const auto at = [&](int row, int column) { return List()->model()->index(row, column); };
     std::vector<std::int32_t> toggled;
     lvwFilesList.OnItemCheck = [&](std::int32_t row) {
         toggled.push_back(row);
         lvwFilesList.SetChecked(3, false); // linked rows are set from the handler and raise nothing
     };
-    Focus(lvwFilesList);
-    List()->setCurrentIndex(List()->model()->index(1, 2)); // any column: Space works on the row
-    QTest::keyClick(List(), Qt::Key_Space);
-    EXPECT_THAT(toggled, testing::ElementsAre(2));
-    EXPECT_FALSE(lvwFilesList.Row(2).checked);
-    EXPECT_FALSE(lvwFilesList.Row(3).checked);
+    const QRect cell = List()->visualRect(at(0, 0));
+    for (const bool locked : {false, true}) {
+        lvwFilesList.SetLocked(locked);
+        Focus(lvwFilesList);
+        List()->setCurrentIndex(at(1, 2)); // any column: Space works on the row
+        QTest::keyClick(List(), Qt::Key_Space);
+        for (const int x : {cell.left() + 10, cell.right() - 4}) // a click beside the box only selects
+            QTest::mouseClick(List()->viewport(), Qt::LeftButton, {}, {x, cell.center().y()});
+        EXPECT_THAT(toggled, testing::ElementsAre(2, 1)) << locked;
+        QTest::keyClick(List(), Qt::Key_Down);
+        EXPECT_EQ(List()->currentIndex().row(), 1) << "a locked list is still read";
+    }
+    for (const std::int32_t row : {1, 2, 3}) EXPECT_FALSE(lvwFilesList.Row(row).checked);
 
-    const QRect cell = List()->visualRect(List()->model()->index(0, 0));
-    QTest::mouseClick(List()->viewport(), Qt::LeftButton, {}, {cell.left() + 10, cell.center().y()});
-    EXPECT_THAT(toggled, testing::ElementsAre(2, 1));
-    QTest::mouseClick(List()->viewport(), Qt::LeftButton, {}, {cell.right() - 4, cell.center().y()});
-    EXPECT_THAT(toggled, testing::ElementsAre(2, 1)) << "a click beside the box only selects";
-
-    lvwFilesList.SetLocked(true);
-    QTest::mouseClick(List()->viewport(), Qt::LeftButton, {}, {cell.left() + 10, cell.center().y()});
-    QTest::keyClick(List(), Qt::Key_Space);
-    EXPECT_THAT(toggled, testing::ElementsAre(2, 1)) << "locked";
-    QTest::keyClick(List(), Qt::Key_Down);
-    EXPECT_EQ(List()->currentIndex().row(), 1) << "a locked list is still read";
-}
-
-TEST_F(Desktop, TheListShowsWhatTheRecordSays) {
-    const QAbstractItemModel& model = *List()->model();
     lvwFilesList.SetBold(2, true);
     lvwFilesList.SetSubItem(2, 3, "Updated");
-    EXPECT_EQ(model.index(1, 3).data().toString(), "Updated");
-    EXPECT_TRUE(model.index(1, 3).data(Qt::FontRole).value<QFont>().bold());
-    EXPECT_TRUE(List()->isColumnHidden(4));
-    EXPECT_FALSE(List()->isColumnHidden(3));
-    const QImage checked = model.index(0, 0).data(Qt::DecorationRole).value<QIcon>().pixmap(16).toImage();
-    lvwFilesList.SetSmallIcon(1, 3);
-    EXPECT_NE(model.index(0, 0).data(Qt::DecorationRole).value<QIcon>().pixmap(16).toImage(), checked);
-
+    EXPECT_EQ(at(1, 3).data().toString(), "Updated");
+    EXPECT_TRUE(at(1, 3).data(Qt::FontRole).value<QFont>().bold());
+    EXPECT_TRUE(List()->isColumnHidden(4) && !List()->isColumnHidden(3));
     lvwFilesList.SetSubItem(2, 3, std::string(1'000'000, 'W'));
-    EXPECT_LE(model.index(1, 3).data().toString().size(), 2001) << "the server may call a file what it likes";
-
-    for (int row = 4; row <= 5000; ++row) AddRow(std::to_string(row));
-    EXPECT_EQ(model.rowCount(), 5000);
-    EXPECT_EQ(model.index(4999, 0).data().toString(), "5000");
+    EXPECT_LE(at(1, 3).data().toString().size(), 2001) << "the server may call a file what it likes";
     lvwFilesList.ClearRows();
-    EXPECT_EQ(model.rowCount(), 0);
+    EXPECT_EQ(List()->model()->rowCount(), 0);
 }
 
 // Counts what reaches a widget.
@@ -156,30 +131,14 @@ class EventCounter : public QObject {
 public:
     EventCounter(QObject& watched, QEvent::Type type) : type_(type) { watched.installEventFilter(this); }
     int count = 0;
-    QRegion painted;
-
-protected:
-    bool eventFilter(QObject*, QEvent* event) override {
-        if (event->type() != type_) return false;
-        ++count;
-        if (type_ == QEvent::Paint) painted += static_cast<QPaintEvent*>(event)->region();
-        return false;
-    }
 
 private:
+    bool eventFilter(QObject*, QEvent* event) override {
+        count += event->type() == type_;
+        return false;
+    }
     QEvent::Type type_;
 };
-
-TEST_F(Desktop, AChangedRowIsTheOnlyOnePainted) {
-    DoEvents();
-    EventCounter paints(*List()->viewport(), QEvent::Paint);
-    lvwFilesList.SetSubItem(2, 3, "Copied from web");
-    QTest::qWait(50);
-    ASSERT_GT(paints.count, 0);
-    const QRect row = List()->visualRect(List()->model()->index(1, 0));
-    EXPECT_GE(paints.painted.boundingRect().top(), row.top());
-    EXPECT_LE(paints.painted.boundingRect().bottom(), row.bottom());
-}
 
 TEST_F(Desktop, ALabelPaintsByTheFrameAndMovesNothing) {
     QTest::qWait(50);
@@ -189,87 +148,63 @@ TEST_F(Desktop, ALabelPaintsByTheFrameAndMovesNothing) {
     clock.start();
     lblMsgline.SetCaption("first");
     EXPECT_EQ(paints.count, 1) << "the last paint was long ago: at once";
-    constexpr int kTexts = 5000;
-    for (int i = 0; i < kTexts; ++i) {
-        lblMsgline.SetCaption("block " + std::to_string(i) + std::string(static_cast<std::size_t>(i % 90), 'm'));
+    for (std::size_t i = 0; i < 5000; ++i) {
+        lblMsgline.SetCaption("block " + std::to_string(i) + std::string(i % 90, 'm'));
         lblMsgline.Refresh();
         DoEvents();
     }
     lblMsgline.SetCaption("last & only");
-    const qint64 frames = clock.elapsed() / 16 + 2;
-    EXPECT_LE(paints.count, frames);
+    EXPECT_LE(paints.count, clock.elapsed() / 16 + 2);
     QTest::qWait(50);
     EXPECT_EQ(layouts.count, 0);
     EXPECT_EQ(Find(lblMsgline)->accessibleName(), "last & only");
 
-    // What is on the screen is the last text: the same pixels as a label that has shown no other.
-    const QImage shown = window_->grab(Find(lblMsgline)->geometry()).toImage();
-    lblMsgline.SetCaption("something else");
-    QTest::qWait(50);
-    EXPECT_NE(window_->grab(Find(lblMsgline)->geometry()).toImage(), shown);
-    lblMsgline.SetCaption("last & only");
-    QTest::qWait(50);
-    EXPECT_EQ(window_->grab(Find(lblMsgline)->geometry()).toImage(), shown);
+    const auto shown = [&] { return window_->grab(Find(lblMsgline)->geometry()).toImage(); };
+    const QImage last = shown(); // the same pixels as of a label that shows this text after another
+    for (const char* text : {"something else", "last & only"}) {
+        lblMsgline.SetCaption(text);
+        QTest::qWait(50);
+        EXPECT_EQ(shown() == last, *text == 'l') << text;
+    }
 }
 
-TEST_F(Desktop, KeysReachTheButtons) {
-    int updates = 0, cancels = 0;
-    cmdUpdate.OnClick = [&] { ++updates; };
-    cmdCancel.OnClick = [&] { ++cancels; };
+TEST_F(Desktop, KeysReachEveryControl) {
+    std::string order;
+    for (Button* button : {&cmdUpdate, &cmdCancel})
+        button->OnClick = [&order, button] { order += button->Name() + "! "; };
     QTest::keyClick(window_, Qt::Key_U, Qt::AltModifier);
-    QTest::keyClick(window_, Qt::Key_A, Qt::AltModifier);
     QTest::qWait(200); // a mnemonic shows the button pressed for a moment
-    EXPECT_EQ(updates, 1);
-    EXPECT_EQ(cancels, 1);
     Focus(cmdCancel);
     QTest::keyClick(Find(cmdCancel), Qt::Key_Return);
-    EXPECT_EQ(cancels, 2);
-    cmdUpdate.SetEnabled(false);
-    QTest::keyClick(window_, Qt::Key_U, Qt::AltModifier);
-    QTest::qWait(200);
-    EXPECT_EQ(updates, 1) << "disabled";
-}
-
-TEST_F(Desktop, TabFollowsTheReadingOrder) {
     Focus(lvwFilesList);
-    QStringList order;
-    for (int step = 0; step < 9; ++step) {
-        order << QApplication::focusWidget()->objectName();
+    for (int step = 0; step < 8; ++step) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        order += QApplication::focusWidget()->objectName().toStdString() + " ";
     }
     // The options are one stop: the arrow keys go on from there.
-    EXPECT_EQ(order.join(' ').toStdString(),
-              "lvwFilesList Option2 cmdUpdate CmdRetry cmdCancel cmdHelp cmdOther lvwFilesList Option2");
+    EXPECT_EQ(order, "cmdUpdate! cmdCancel! "
+                     "Option2 cmdUpdate CmdRetry cmdCancel cmdHelp cmdOther lvwFilesList Option2 ");
 }
 
 TEST_F(Desktop, KeyboardFocusSelectsAnOptionOnce) {
-    std::vector<std::string> clicks;
+    std::string clicks;
     for (OptionButton* option : {&Option2, &Option3, &Option4})
-        option->OnClick = [&clicks, option] { clicks.push_back(option->Name()); };
-    Option2.SetFocus(); // from code
-    DoEvents();
-    EXPECT_THAT(clicks, testing::ElementsAre("Option2"));
-    EXPECT_EQ(QApplication::focusWidget(), Find(Option2));
-    EXPECT_TRUE(Find<QRadioButton>(Option2)->isChecked());
-
-    QTest::keyClick(Find(Option2), Qt::Key_Down);
-    EXPECT_THAT(clicks, testing::ElementsAre("Option2", "Option3"));
-    EXPECT_TRUE(Option3.Value());
-    EXPECT_FALSE(Option2.Value());
-    QTest::mouseClick(Find(Option4), Qt::LeftButton, {}, {8, Find(Option4)->height() / 2});
-    EXPECT_THAT(clicks, testing::ElementsAre("Option2", "Option3", "Option4"));
-    EXPECT_FALSE(Find<QRadioButton>(Option3)->isChecked());
-}
-
-TEST_F(Desktop, HidingAControlIsNoGesture) {
-    int clicks = 0;
-    Option2.OnClick = [&] { ++clicks; };
+        option->OnClick = [&clicks, option] { clicks += option->Name() + " "; };
     Focus(lvwFilesList);
     lvwFilesList.SetVisible(false); // the toolkit moves the focus on to the first option
     DoEvents();
-    EXPECT_EQ(clicks, 0);
-    for (Control* control : {static_cast<Control*>(&LblLive), static_cast<Control*>(&Option2),
-                             static_cast<Control*>(&Option3), static_cast<Control*>(&Option4)})
+    EXPECT_EQ(clicks, "") << "hiding a control is no gesture";
+    Focus(cmdHelp);
+    Option2.SetFocus(); // from code
+    DoEvents();
+    EXPECT_EQ(clicks, "Option2 ");
+    QTest::keyClick(Find(Option2), Qt::Key_Down);
+    EXPECT_EQ(clicks, "Option2 Option3 ");
+    EXPECT_TRUE(Option3.Value() && !Option2.Value());
+    QTest::mouseClick(Find(Option4), Qt::LeftButton, {}, {8, Find(Option4)->height() / 2});
+    EXPECT_EQ(clicks, "Option2 Option3 Option4 ");
+    EXPECT_FALSE(Find<QRadioButton>(Option3)->isChecked());
+    for (Control* control : std::initializer_list<Control*>{&LblLive, &Option2, &Option3, &Option4})
         control->SetVisible(false);
     EXPECT_FALSE(Find(LblOptionExplain)->isVisible()) << "an explanation of nothing";
 }
@@ -282,144 +217,103 @@ TEST_F(Desktop, EveryVisibleControlHasAName) {
         QAccessibleInterface* reader = QAccessible::queryAccessibleInterface(widget);
         ASSERT_TRUE(reader) << control->Name();
         const QString name = reader->text(QAccessible::Name);
-        EXPECT_FALSE(name.isEmpty()) << control->Name();
-        EXPECT_FALSE(name.contains('&')) << control->Name() << ": " << name.toStdString();
+        EXPECT_TRUE(!name.isEmpty() && !name.contains('&')) << control->Name() << ": " << name.toStdString();
         ++looked;
     }
     EXPECT_EQ(looked, 14);
     EXPECT_EQ(List()->accessibleName(), "New files:");
     QAccessibleInterface* row = QAccessible::queryAccessibleInterface(List())->tableInterface()->cellAt(0, 0);
     ASSERT_TRUE(row);
-    EXPECT_TRUE(row->state().checkable);
-    EXPECT_TRUE(row->state().checked);
+    EXPECT_TRUE(row->state().checkable && row->state().checked);
     lvwFilesList.SetChecked(1, false);
     EXPECT_FALSE(row->state().checked);
 }
 
 TEST_F(Desktop, LongTextsStayInsideTheWindow) {
-    for (Button* button : {&cmdUpdate, &CmdRetry, &cmdCancel, &cmdHelp, &cmdOther})
-        button->SetCaption(button->Caption() + " " + button->Caption() + " " + button->Caption());
+    const std::vector<Button*> buttons{&cmdUpdate, &CmdRetry, &cmdCancel, &cmdHelp, &cmdOther};
+    const std::vector<Label*> labels{&lblMainHead, &lblUpdate, &lblMsgline, &LblLive, &LblOptionExplain};
     const std::string sentence = "Live Update Error. An internet connection error occured.Please try again later. ";
-    for (Label* label : {&lblMainHead, &lblUpdate, &lblMsgline, &LblLive, &LblOptionExplain})
-        label->SetCaption(sentence + sentence);
+    for (Button* button : buttons) button->SetCaption(button->Caption() + " " + button->Caption() + " and more");
+    for (Label* label : labels) label->SetCaption(sentence + sentence);
     DoEvents();
+    const auto place = [&](const Control& control) {
+        const QRect area(Find(control)->mapTo(window_, QPoint(0, 0)), Find(control)->size());
+        EXPECT_TRUE(window_->rect().contains(area)) << control.Name();
+        return area;
+    };
     QRect previous;
-    for (const Button* button : {&cmdUpdate, &CmdRetry, &cmdCancel, &cmdHelp, &cmdOther}) {
-        const QRect place(Find(*button)->mapTo(window_, QPoint(0, 0)), Find(*button)->size());
-        EXPECT_TRUE(window_->rect().contains(place)) << button->Name();
-        EXPECT_GE(place.width(), Find(*button)->minimumSizeHint().width()) << button->Name();
-        EXPECT_FALSE(place.intersects(previous)) << button->Name();
-        previous = place;
+    for (const Button* button : buttons) {
+        EXPECT_GE(place(*button).width(), Find(*button)->minimumSizeHint().width()) << button->Name();
+        EXPECT_FALSE(place(*button).intersects(previous)) << button->Name();
+        previous = place(*button);
     }
-    for (const Label* label : {&lblMainHead, &lblUpdate, &lblMsgline, &LblLive, &LblOptionExplain})
-        EXPECT_TRUE(window_->rect().contains(QRect(Find(*label)->mapTo(window_, QPoint(0, 0)), Find(*label)->size())))
-            << label->Name();
+    for (const Label* label : labels) place(*label);
 }
 
-// The share of pixels that differ clearly from the background they are drawn on.
-double Visible(const QImage& image, const QColor& background) {
-    int seen = 0;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            if (qAbs(qGray(image.pixel(x, y)) - qGray(background.rgb())) > 60) ++seen;
-    return static_cast<double>(seen) / (image.width() * image.height());
-}
-
-TEST_F(Desktop, PicturesAndLabelsAreReadableOnBothThemes) {
+TEST_F(Desktop, PicturesAreReadableOnBothThemes) {
     const QPalette before = QApplication::palette();
-    for (const bool dark : {false, true}) {
-        const QColor ground = dark ? QColor(30, 30, 32) : QColor(Qt::white);
-        const QColor ink = dark ? Qt::white : Qt::black;
-        QPalette palette(ground);
-        for (const QPalette::ColorRole role : {QPalette::Base, QPalette::Window}) palette.setColor(role, ground);
-        for (const QPalette::ColorRole role : {QPalette::Text, QPalette::WindowText}) palette.setColor(role, ink);
+    for (const QColor ground : {QColor(30, 30, 32), QColor(Qt::white)}) {
+        QPalette palette(ground); // the toolkit's dark or light texts with it
+        palette.setColor(QPalette::Base, ground);
         QApplication::setPalette(palette);
-        for (std::int32_t image = 1; image <= 8; ++image) {
-            QImage pixels(48, 48, QImage::Format_RGB32);
-            pixels.fill(ground);
-            QPainter painter(&pixels);
-            ListIcon(image).paint(&painter, pixels.rect());
-            painter.end();
-            EXPECT_GT(Visible(pixels, ground), 0.05) << "picture " << image << (dark ? " dark" : " light");
-            EXPECT_EQ(pixels.pixel(0, 0), ground.rgb()) << "picture " << image << " has a background";
+        for (std::int32_t picture = 1; picture <= 8; ++picture) {
+            const QImage pixels = ListIcon(picture).pixmap(48).toImage();
+            int clear = 0; // pixels that differ clearly from the ground; the others may be transparent
+            for (int i = 0; i < pixels.width() * pixels.height(); ++i) {
+                const QRgb pixel = pixels.pixel(i % pixels.width(), i / pixels.width());
+                clear += qAlpha(pixel) > 128 && qAbs(qGray(pixel) - qGray(ground.rgb())) > 60;
+            }
+            EXPECT_GT(clear, 48 * 48 / 20) << "picture " << picture << " on " << ground.name().toStdString();
+            EXPECT_EQ(qAlpha(pixels.pixel(0, 0)), 0) << "picture " << picture << " has a background";
         }
-        EXPECT_GT(Visible(Find(lblMainHead)->grab().toImage(), ground), 0.01) << (dark ? "dark" : "light");
     }
     QApplication::setPalette(before);
 }
 
-TEST_F(Desktop, WhatAHandlerThrowsComesOutOfTheWait) {
-    struct Odd { // no standard exception
-        int value;
-    };
-    cmdUpdate.OnClick = [] { throw RuntimeError(9999, "abort"); };
-    cmdHelp.OnClick = [] { throw Odd{7}; };
-    QTimer::singleShot(0, [&] { Find<QPushButton>(cmdUpdate)->click(); });
-    EXPECT_THROW(RunMessageLoop(), RuntimeError);
-    QTimer::singleShot(0, [&] { Find<QPushButton>(cmdHelp)->click(); });
-    EXPECT_THROW(RunMessageLoop(), Odd);
-    QTimer::singleShot(0, [&] { Find<QPushButton>(cmdHelp)->click(); });
-    EXPECT_THROW(DoEvents(), Odd);
-    EXPECT_NO_THROW(DoEvents());
-
-    // A row's toggle, the focus of an option and the close box are gestures too.
-    lvwFilesList.OnItemCheck = [](std::int32_t) { throw Odd{1}; };
+// The handler of any gesture may throw anything; it comes out of the next wait.
+TEST_F(Desktop, WhatAHandlerThrowsComesOutOfTheWaits) {
+    struct Odd {}; // no standard exception
+    const auto fail = [](auto&&...) { throw Odd(); };
+    cmdHelp.OnClick = Option2.OnClick = form.OnUnload = fail;
+    lvwFilesList.OnItemCheck = fail;
     Focus(lvwFilesList);
-    QTest::keyClick(List(), Qt::Key_Space);
-    EXPECT_THROW(DoEvents(), Odd);
-    Option2.OnClick = [] { throw Odd{2}; };
-    Find(Option2)->setFocus(Qt::TabFocusReason);
-    EXPECT_THROW(DoEvents(), Odd);
-    form.OnUnload = [] { throw Odd{3}; };
-    window_->close();
-    EXPECT_THROW(DoEvents(), Odd);
+    const std::function<void()> gestures[] = {
+        [&] { Find<QPushButton>(cmdHelp)->click(); }, [&] { QTest::keyClick(List(), Qt::Key_Space); },
+        [&] { Find(Option2)->setFocus(Qt::TabFocusReason); }, [&] { window_->close(); }};
+    for (const auto& gesture : gestures) {
+        gesture();
+        EXPECT_THROW(DoEvents(), Odd);
+        EXPECT_NO_THROW(DoEvents());
+    }
     EXPECT_TRUE(window_->isVisible());
-}
 
-TEST_F(Desktop, NestedWaitsPassAnErrorOnOneByOne) {
-    std::vector<std::string> path;
-    cmdHelp.OnClick = [] { throw std::string("from help"); };
+    // A gesture behind an open box ends the box, comes out of it into the handler that asked, and out of the outer
+    // wait.
+    bool passed = false;
     cmdUpdate.OnClick = [&] {
-        QTimer::singleShot(0, [&] { Find<QPushButton>(cmdHelp)->click(); });
+        WhenAsked([&](QWidget&) { gestures[0](); });
         try {
-            DoEvents();
-        } catch (const std::string&) {
-            path.push_back("inner DoEvents");
+            ShowMsgBox("Quit?", kBoxYesNo, "Korlan");
+        } catch (const Odd&) {
+            passed = true;
             throw;
         }
     };
     QTimer::singleShot(0, [&] { Find<QPushButton>(cmdUpdate)->click(); });
-    try {
-        DoEvents();
-    } catch (const std::string& text) {
-        path.push_back("outer DoEvents " + text);
-    }
-    EXPECT_THAT(path, testing::ElementsAre("inner DoEvents", "outer DoEvents from help"));
-
-    // A gesture behind an open box ends the box and comes out of it.
-    path.clear();
-    cmdUpdate.OnClick = [&] {
-        WhenAsked([&](QWidget&) { Find<QPushButton>(cmdHelp)->click(); });
-        ShowMsgBox("Quit?", kBoxYesNo, "Korlan");
-        path.push_back("not reached");
-    };
-    QTimer::singleShot(0, [&] { Find<QPushButton>(cmdUpdate)->click(); });
-    EXPECT_THROW(RunMessageLoop(), std::string);
-    EXPECT_THAT(path, testing::IsEmpty());
+    EXPECT_THROW(RunMessageLoop(), Odd);
+    EXPECT_TRUE(passed);
     EXPECT_FALSE(QApplication::activeModalWidget());
 }
 
 TEST_F(Desktop, TheCloseBoxAsksTheForm) {
-    std::int16_t refuse = 1;
     std::vector<std::int32_t> asked;
     form.OnQueryUnload = [&](std::int16_t& cancel, std::int32_t mode) {
+        cancel = asked.empty() ? 1 : 0;
         asked.push_back(mode);
-        cancel = refuse;
     };
     QTimer::singleShot(0, [&] {
         window_->close();
         EXPECT_TRUE(window_->isVisible());
-        refuse = 0;
         window_->close();
     });
     RunMessageLoop(); // returns when the form has gone
@@ -432,36 +326,29 @@ TEST_F(Desktop, TheWindowGoesWhereTheProgramPutsIt) {
     form.Move(30 * 15, 20 * 15);
     const QRect room = window_->screen()->availableGeometry();
     EXPECT_TRUE(window_->width() > room.width() || room.contains(window_->geometry()));
-    if (room.width() >= 800) {
-        EXPECT_EQ(window_->pos(), QPoint(30, 20));
-    }
+    EXPECT_TRUE(room.width() < 800 || window_->pos() == QPoint(30, 20)); // a small screen pushes it back
     EXPECT_FLOAT_EQ(ScreenWidth(), static_cast<float>(window_->screen()->geometry().width() * 15));
-    SetMousePointer(MousePointer::Hourglass);
-    SetMousePointer(MousePointer::Hourglass);
-    SetMousePointer(MousePointer::Default);
-    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr) << "the pointer does not pile up";
 }
 
 TEST_F(Desktop, MessageBoxesFollowTheirStyle) {
-    struct Case {
+    const struct {
         std::int32_t style;
-        const char* buttons;  // in order of their names
-        const char* standing; // the default button
+        const char *buttons, *standing; // in order of their names; the default button
         QMessageBox::Icon icon;
-        std::int32_t closed; // answer of the close box
+        const char* press; // null: the close box
+        std::int32_t answer;
+    } cases[] = {
+        {0, "OK", "OK", QMessageBox::NoIcon, "OK", kAnswerOk},
+        {16, "OK", "OK", QMessageBox::Critical, nullptr, kAnswerOk},
+        {48 + 4096, "OK", "OK", QMessageBox::Warning, nullptr, kAnswerOk},
+        {4 + 32, "No Yes", "Yes", QMessageBox::Question, nullptr, kAnswerNo},
+        {4 + 256, "No Yes", "No", QMessageBox::NoIcon, "Yes", kAnswerYes},
+        {3, "Cancel No Yes", "Yes", QMessageBox::NoIcon, nullptr, kAnswerCancel},
+        {483, "Cancel No Yes", "No", QMessageBox::NoIcon, "No", kAnswerNo},
+        {40, "Cancel No Yes", "Yes", QMessageBox::Question, "Cancel", kAnswerCancel},
+        {2, "Abort Ignore Retry", "Abort", QMessageBox::NoIcon, nullptr, 3},
     };
-    const std::array<Case, 9> cases{{
-        {0, "OK", "OK", QMessageBox::NoIcon, kAnswerOk},
-        {16, "OK", "OK", QMessageBox::Critical, kAnswerOk},
-        {48 + 4096, "OK", "OK", QMessageBox::Warning, kAnswerOk},
-        {4 + 32, "No Yes", "Yes", QMessageBox::Question, kAnswerNo},
-        {4 + 256, "No Yes", "No", QMessageBox::NoIcon, kAnswerNo},
-        {3, "Cancel No Yes", "Yes", QMessageBox::NoIcon, kAnswerCancel},
-        {483, "Cancel No Yes", "No", QMessageBox::NoIcon, kAnswerCancel},
-        {40, "Cancel No Yes", "Yes", QMessageBox::Question, kAnswerCancel},
-        {2, "Abort Ignore Retry", "Abort", QMessageBox::NoIcon, 3},
-    }};
-    for (const Case& row : cases) {
+    for (const auto& row : cases) {
         SCOPED_TRACE("style " + std::to_string(row.style));
         WhenAsked([&row](QWidget& widget) {
             auto& box = dynamic_cast<QMessageBox&>(widget);
@@ -474,14 +361,10 @@ TEST_F(Desktop, MessageBoxesFollowTheirStyle) {
             EXPECT_EQ((box.windowFlags() & Qt::WindowStaysOnTopHint) != 0, (row.style & kBoxSystemModal) != 0);
             EXPECT_EQ(box.textFormat(), Qt::PlainText);
             EXPECT_EQ(box.windowTitle(), "KlnUpdt");
+            if (row.press) return Press(box, row.press);
             box.close();
         });
-        EXPECT_EQ(ShowMsgBox("<b>A.ZIP</b>", row.style, ""), row.closed);
-    }
-    for (const auto& [button, answer] : std::vector<std::pair<const char*, std::int32_t>>{
-             {"Yes", kAnswerYes}, {"No", kAnswerNo}, {"Cancel", kAnswerCancel}}) {
-        WhenAsked([name = button](QWidget& box) { Press(box, name); });
-        EXPECT_EQ(ShowMsgBox("Overwrite?", 483, "Korlan"), answer) << button;
+        EXPECT_EQ(ShowMsgBox("<b>A.ZIP</b>", row.style, ""), row.answer);
     }
 }
 
@@ -504,6 +387,7 @@ TEST_F(Desktop, ABoxKeepsItsTextAndHoldsAllOfIt) {
 
 TEST_F(Desktop, TheWindowLivesBehindABox) {
     SetMousePointer(MousePointer::Hourglass);
+    SetMousePointer(MousePointer::Hourglass);
     EventCounter paints(*Find(lblMsgline), QEvent::Paint);
     WhenAsked([&](QWidget& box) {
         EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr) << "a box is answered with an arrow";
@@ -514,54 +398,31 @@ TEST_F(Desktop, TheWindowLivesBehindABox) {
     EXPECT_GT(paints.count, 0);
     EXPECT_NE(QGuiApplication::overrideCursor(), nullptr);
     SetMousePointer(MousePointer::Default);
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr) << "the pointer does not pile up";
 }
 
 TEST_F(Desktop, AnInputBoxGivesWhatWasTyped) {
-    struct Case {
-        const char* button;
-        bool secret;
-        const char* result;
-    };
-    for (const Case& row :
-         {Case{"OK", true, "p\xC3\xA4ss"}, Case{"OK", false, "p\xC3\xA4ss"}, Case{"Cancel", true, ""}}) {
-        WhenAsked([&row](QWidget& box) {
+    const auto ask = [](bool secret, const char* button) {
+        WhenAsked([=](QWidget& box) {
             auto* edit = box.findChild<QLineEdit*>("InputText");
             ASSERT_TRUE(edit);
-            EXPECT_EQ(edit->echoMode() == QLineEdit::Password, row.secret);
+            EXPECT_EQ(edit->echoMode() == QLineEdit::Password, secret);
             edit->setText(QString::fromUtf8("p\xC3\xA4ss"));
-            Press(box, row.button);
+            Press(box, button);
         });
-        EXPECT_EQ(ShowInputBox("Password for A.ZIP", "Password", row.secret), row.result) << row.button;
-    }
+        return ShowInputBox("Password for A.ZIP", "Password", secret);
+    };
+    EXPECT_EQ(ask(true, "OK"), "p\xC3\xA4ss");
+    EXPECT_EQ(ask(false, "Cancel"), "");
 }
 
 TEST(DesktopFonts, CharsetsFollowTheLocale) {
-    for (const auto& [locale, charset] : std::vector<std::pair<const char*, std::int32_t>>{{"C", 1},
-                                                                                           {"en_GB", 0},
-                                                                                           {"de_DE", 0},
-                                                                                           {"pl_PL", 238},
-                                                                                           {"ru_RU", 204},
-                                                                                           {"el_GR", 161},
-                                                                                           {"tr_TR", 162},
-                                                                                           {"lt_LT", 186},
-                                                                                           {"he_IL", 177},
-                                                                                           {"ja_JP", 128},
-                                                                                           {"zh_CN", 134},
-                                                                                           {"zh_TW", 136},
-                                                                                           {"hi_IN", 1}})
-        EXPECT_EQ(CharsetOfLocale(locale), charset) << locale;
-}
-
-TEST(DesktopFonts, WindowsFacesFindAStandIn) {
-    const QFont base;
-    for (const char* face : {"MS Sans Serif", "Arial", "System"}) {
-        const QFont font = ToQFont({face, 8.5F, 0, true}, base);
-        const QString shown = QFontInfo(font).family();
-        EXPECT_TRUE(shown.contains("Sans") || shown.contains("Arial") || shown.contains("Arimo"))
-            << face << " is shown as " << shown.toStdString();
-        EXPECT_TRUE(font.bold());
-        EXPECT_DOUBLE_EQ(font.pointSizeF(), 8.5);
-    }
+    const std::vector<std::pair<const char*, std::int32_t>> charsets{
+        {"C", 1},       {"en_GB", 0},   {"de_DE", 0},   {"pl_PL", 238}, {"ru_RU", 204}, {"el_GR", 161}, {"tr_TR", 162},
+        {"lt_LT", 186}, {"he_IL", 177}, {"ja_JP", 128}, {"zh_CN", 134}, {"zh_TW", 136}, {"hi_IN", 1}};
+    for (const auto& [locale, charset] : charsets) EXPECT_EQ(CharsetOfLocale(locale), charset) << locale;
+    const QFont base, font = ToQFont({"MS Sans Serif", 8.5F, 0, true}, base);
+    EXPECT_TRUE(font.bold() && font.pointSizeF() == 8.5);
     EXPECT_EQ(ToQFont({}, base), base) << "what is left open is the host's";
 }
 

@@ -1,12 +1,10 @@
 #include "tests/support/XServer.h"
 
-#include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
@@ -14,30 +12,21 @@
 namespace korlan::test {
 namespace {
 
-struct FreeReply {
-    void operator()(void* reply) const { std::free(reply); }
-};
+// Frees a reply of the server, which may be none.
 template <class T>
-using Reply = std::unique_ptr<T, FreeReply>;
-
-int OpenPipe(int (&ends)[2]) {
-    if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-    return ends[1];
+auto Own(T* reply) {
+    return std::unique_ptr<T, decltype(&std::free)>(reply, &std::free);
 }
 
 } // namespace
 
-ChildProcess::ChildProcess(const std::vector<std::string>& command, int keepOpen) {
-    std::vector<char*> arguments;
-    for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
-    arguments.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    if (keepOpen >= 0) posix_spawn_file_actions_adddup2(&actions, keepOpen, keepOpen); // takes close-on-exec away
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    const int failed = posix_spawnp(&pid_, arguments[0], &actions, nullptr, arguments.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (failed) throw std::runtime_error("cannot start " + command.front());
+ChildProcess::ChildProcess(std::vector<const char*> command) {
+    command.push_back(nullptr);
+    pid_ = fork();
+    if (pid_ < 0) throw std::runtime_error("no process");
+    if (pid_ > 0) return;
+    if (std::freopen("/dev/null", "w", stderr)) execvp(command[0], const_cast<char**>(command.data()));
+    _exit(127);
 }
 
 void ChildProcess::End() {
@@ -47,30 +36,19 @@ void ChildProcess::End() {
     pid_ = -1;
 }
 
-XServer::XServer()
-    : process_{
-          {"Xvfb", "-displayfd", std::to_string(OpenPipe(ready_)), "-screen", "0", "1024x768x24", "-nolisten", "tcp"},
-          ready_[1]} {
+std::string XServer::OpenPipe() {
+    if (pipe(ready_) != 0) throw std::runtime_error("no pipe");
+    return std::to_string(ready_[1]);
+}
+
+XServer::XServer() {
     close(ready_[1]);
-    if (const char* display = std::getenv("DISPLAY")) oldDisplay_ = display;
     std::string number;
     pollfd wait{ready_[0], POLLIN, 0};
-    char byte = 0;
-    while (poll(&wait, 1, 20000) > 0 && read(ready_[0], &byte, 1) == 1 && byte != '\n') number += byte;
+    for (char byte = 0; poll(&wait, 1, 20000) > 0 && read(ready_[0], &byte, 1) == 1 && byte != '\n';) number += byte;
     close(ready_[0]);
     if (number.empty()) throw std::runtime_error("Xvfb opens no display");
     setenv("DISPLAY", (":" + number).c_str(), 1);
-}
-
-XServer::~XServer() {
-    if (oldDisplay_.empty())
-        unsetenv("DISPLAY");
-    else
-        setenv("DISPLAY", oldDisplay_.c_str(), 1);
-}
-
-void XServer::Stop() {
-    process_.End();
 }
 
 OtherProgram::OtherProgram() : connection_(xcb_connect(nullptr, nullptr)) {
@@ -80,24 +58,20 @@ OtherProgram::OtherProgram() : connection_(xcb_connect(nullptr, nullptr)) {
 
 xcb_atom_t OtherProgram::Atom(const std::string& name) const {
     const auto cookie = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.c_str());
-    return Reply<xcb_intern_atom_reply_t>(xcb_intern_atom_reply(connection_, cookie, nullptr))->atom;
+    return Own(xcb_intern_atom_reply(connection_, cookie, nullptr))->atom;
 }
 
 xcb_window_t OtherProgram::MakeWindow(const std::string& title, bool shown, xcb_window_t parent) const {
     const xcb_window_t window = xcb_generate_id(connection_);
-    const std::uint32_t events[] = {0xFFFFFF, XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY};
+    const std::uint32_t values[] = {0xFFFFFF, XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY};
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, parent ? parent : root_, 10, 20, 200, 100, 0,
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK,
-                      events);
+                      values);
     if (!title.empty()) SetProperty(window, "_NET_WM_NAME", "UTF8_STRING", title);
-    if (shown) Show(window);
+    if (shown) xcb_map_window(connection_, window);
     Sync();
+    if (shown && !Eventually([&] { return Viewable(window); })) throw std::runtime_error("a window does not show");
     return window;
-}
-
-void OtherProgram::Show(xcb_window_t window) const {
-    xcb_map_window(connection_, window);
-    if (!Eventually([&] { return Viewable(window); })) throw std::runtime_error("a window does not show");
 }
 
 void OtherProgram::Destroy(xcb_window_t window) const {
@@ -106,22 +80,15 @@ void OtherProgram::Destroy(xcb_window_t window) const {
 }
 
 void OtherProgram::SetProperty(xcb_window_t window, const std::string& name, const std::string& type,
-                               const std::string& bytes) const {
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, Atom(name), Atom(type), 8,
-                        static_cast<std::uint32_t>(bytes.size()), bytes.data());
-    Sync();
-}
-
-void OtherProgram::SetNumbers(xcb_window_t window, const std::string& name, const std::string& type,
-                              const std::vector<std::uint32_t>& values) const {
-    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, Atom(name), Atom(type), 32,
-                        static_cast<std::uint32_t>(values.size()), values.data());
+                               const std::string& bytes, std::uint8_t bits) const {
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, Atom(name), Atom(type), bits,
+                        static_cast<std::uint32_t>(bytes.size() * 8 / bits), bytes.data());
     Sync();
 }
 
 std::string OtherProgram::TextProperty(xcb_window_t window, const std::string& name) const {
     const auto cookie = xcb_get_property(connection_, 0, window, Atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, 4096);
-    const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection_, cookie, nullptr));
+    const auto reply = Own(xcb_get_property_reply(connection_, cookie, nullptr));
     if (!reply) return {};
     return {static_cast<const char*>(xcb_get_property_value(reply.get())),
             static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
@@ -134,20 +101,14 @@ std::vector<std::uint32_t> OtherProgram::NumberProperty(xcb_window_t window, con
     return numbers;
 }
 
-bool OtherProgram::Exists(xcb_window_t window) const {
-    return Reply<xcb_get_geometry_reply_t>(
-               xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, window), nullptr)) != nullptr;
-}
-
 bool OtherProgram::Viewable(xcb_window_t window) const {
-    const Reply<xcb_get_window_attributes_reply_t> reply(
-        xcb_get_window_attributes_reply(connection_, xcb_get_window_attributes(connection_, window), nullptr));
+    const auto cookie = xcb_get_window_attributes(connection_, window);
+    const auto reply = Own(xcb_get_window_attributes_reply(connection_, cookie, nullptr));
     return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
 xcb_window_t OtherProgram::Parent(xcb_window_t window) const {
-    const Reply<xcb_query_tree_reply_t> reply(
-        xcb_query_tree_reply(connection_, xcb_query_tree(connection_, window), nullptr));
+    const auto reply = Own(xcb_query_tree_reply(connection_, xcb_query_tree(connection_, window), nullptr));
     return reply ? reply->parent : 0u;
 }
 
@@ -157,41 +118,28 @@ xcb_window_t OtherProgram::Frame(xcb_window_t window) const {
 }
 
 std::vector<xcb_window_t> OtherProgram::TopDown() const {
-    const Reply<xcb_query_tree_reply_t> reply(
-        xcb_query_tree_reply(connection_, xcb_query_tree(connection_, root_), nullptr));
+    const auto reply = Own(xcb_query_tree_reply(connection_, xcb_query_tree(connection_, root_), nullptr));
     const xcb_window_t* first = xcb_query_tree_children(reply.get());
     std::vector<xcb_window_t> windows(first, first + xcb_query_tree_children_length(reply.get()));
     return {windows.rbegin(), windows.rend()};
 }
 
 std::vector<std::int32_t> OtherProgram::FramePlace(xcb_window_t window) const {
-    const Reply<xcb_get_geometry_reply_t> reply(
-        xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, Frame(window)), nullptr));
+    const auto cookie = xcb_get_geometry(connection_, Frame(window));
+    const auto reply = Own(xcb_get_geometry_reply(connection_, cookie, nullptr));
     if (!reply) return {};
     return {reply->x, reply->y, reply->width + 2 * reply->border_width, reply->height + 2 * reply->border_width};
 }
 
 bool OtherProgram::WaitFor(std::uint8_t event, xcb_window_t window) const {
-    for (int i = 0; i < 200; ++i, SleepMilliseconds(10)) {
-        while (const Reply<xcb_generic_event_t> came{xcb_poll_for_event(connection_)}) {
-            const int kind = came->response_type & 0x7F;
-            if (kind != event) continue;
-            const xcb_window_t about = kind == XCB_CLIENT_MESSAGE
-                                           ? reinterpret_cast<xcb_client_message_event_t*>(came.get())->window
-                                           : reinterpret_cast<xcb_expose_event_t*>(came.get())->window;
-            if (about == window) return true;
+    return Eventually([&] {
+        while (const auto came = Own(xcb_poll_for_event(connection_))) {
+            // Client messages and exposures both name their window in the same place.
+            const xcb_window_t about = reinterpret_cast<xcb_expose_event_t*>(came.get())->window;
+            if ((came->response_type & 0x7F) == event && about == window) return true;
         }
-    }
-    return false;
-}
-
-void OtherProgram::Sync() const {
-    Reply<xcb_get_input_focus_reply_t>(
-        xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
-}
-
-void SleepMilliseconds(int milliseconds) {
-    usleep(static_cast<useconds_t>(milliseconds) * 1000);
+        return false;
+    });
 }
 
 } // namespace korlan::test

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <sys/types.h>
+#include <unistd.h>
 #include <xcb/xcb.h>
 
 #include <cstdint>
@@ -14,9 +15,8 @@ namespace korlan::test {
 // A child process, ended with the object.
 class ChildProcess {
 public:
-    explicit ChildProcess(const std::vector<std::string>& command, int keepOpen = -1);
+    explicit ChildProcess(std::vector<const char*> command);
     ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
     ~ChildProcess() { End(); }
     void End();
 
@@ -27,13 +27,15 @@ private:
 class XServer {
 public:
     XServer();
-    ~XServer();
-    void Stop();
+    ~XServer() { unsetenv("DISPLAY"); }
+    void Stop() { process_.End(); }
 
 private:
+    std::string OpenPipe();
+
     int ready_[2]; // the server writes its display's number into it
-    std::string oldDisplay_;
-    ChildProcess process_;
+    const std::string write_ = OpenPipe();
+    ChildProcess process_{{"Xvfb", "-displayfd", write_.c_str(), "-screen", "0", "1024x768x24", "-nolisten", "tcp"}};
 };
 
 // Another program: its own connection, its own windows. Everything it reads comes from the server, not from the code
@@ -42,7 +44,6 @@ class OtherProgram {
 public:
     OtherProgram();
     OtherProgram(const OtherProgram&) = delete;
-    OtherProgram& operator=(const OtherProgram&) = delete;
     ~OtherProgram() { xcb_disconnect(connection_); }
 
     xcb_connection_t* Connection() const { return connection_; }
@@ -51,25 +52,26 @@ public:
 
     // A window of 200 by 100 at 10, 20 that shows itself to a window manager when `shown`.
     xcb_window_t MakeWindow(const std::string& title, bool shown, xcb_window_t parent = XCB_WINDOW_NONE) const;
-    void Show(xcb_window_t window) const;
     void Destroy(xcb_window_t window) const;
-    void SetProperty(xcb_window_t window, const std::string& name, const std::string& type,
-                     const std::string& bytes) const;
+    void SetProperty(xcb_window_t window, const std::string& name, const std::string& type, const std::string& bytes,
+                     std::uint8_t bits = 8) const;
     void SetNumbers(xcb_window_t window, const std::string& name, const std::string& type,
-                    const std::vector<std::uint32_t>& values) const;
+                    const std::vector<std::uint32_t>& values) const {
+        SetProperty(window, name, type, {reinterpret_cast<const char*>(values.data()), values.size() * 4}, 32);
+    }
 
     std::string TextProperty(xcb_window_t window, const std::string& name) const;
     std::vector<std::uint32_t> NumberProperty(xcb_window_t window, const std::string& name) const;
-    bool Exists(xcb_window_t window) const;
+    bool Exists(xcb_window_t window) const { return Parent(window) != 0; }
     bool Viewable(xcb_window_t window) const;
     xcb_window_t Parent(xcb_window_t window) const;
     xcb_window_t Frame(xcb_window_t window) const;                   // the child of the root it stands in
     std::vector<xcb_window_t> TopDown() const;                       // children of the root, top first
     std::vector<std::int32_t> FramePlace(xcb_window_t window) const; // left, top, width, height
 
-    // Waits for an event of this kind about this window; false when none comes within two seconds.
+    // Waits for an event of this kind about this window; false when none comes within five seconds.
     bool WaitFor(std::uint8_t event, xcb_window_t window) const;
-    void Sync() const;
+    void Sync() const { Parent(root_); } // whatever is answered, all requests before it are done
 
 private:
     xcb_connection_t* connection_;
@@ -78,13 +80,8 @@ private:
 
 // True as soon as the condition holds, false when it does not within five seconds.
 template <class Condition>
-bool Eventually(Condition condition);
-
-void SleepMilliseconds(int milliseconds);
-
-template <class Condition>
 bool Eventually(Condition condition) {
-    for (int i = 0; i < 500; ++i, SleepMilliseconds(10))
+    for (int i = 0; i < 500; ++i, usleep(10000))
         if (condition()) return true;
     return false;
 }
