@@ -37,10 +37,6 @@ std::string GetAppFolder() {
     return program.substr(0, program.find_last_of('\\'));
 }
 
-std::string QuotedProgram(const std::string& path) {
-    return Contains(path, " ") ? "\"" + path + "\"" : path;
-}
-
 namespace {
 
 // Two dots, however many dots and blanks follow: Windows drops those at the end of a component.
@@ -53,7 +49,8 @@ bool LeadsUpwards(const std::string& component) {
 void RequireInsideFolder(std::string_view relativePath) {
     const std::string path = Replace(relativePath, "/", "\\");
     const std::vector<std::string> components = Split(path, "\\");
-    if (path.find_first_of(std::string_view(":\0", 2)) != std::string::npos ||
+    const auto isForbidden = [](char c) { return c == ':' || static_cast<unsigned char>(c) < ' '; };
+    if (std::any_of(path.begin(), path.end(), isForbidden) ||
         std::any_of(components.begin(), components.end(), LeadsUpwards))
         throw RuntimeError(kErrPathNotFound, "Path not found: " + path);
 }

@@ -15,11 +15,8 @@ void TryFolder(const std::string& folder);
 // The folder of the program's own executable, without a trailing backslash.
 std::string GetAppFolder();
 
-// A program's path as a command line begins with it: in double quotes where it holds blanks.
-std::string QuotedProgram(const std::string& path);
-
-// The server names files by texts that become part of a path. One that could lead out of its folder (a component "..",
-// a colon, a zero character) raises 76.
+// The server names files by texts that become part of a path, and of lines in the suite's INI file. One that could lead
+// out of its folder or its line (a component "..", a colon, a control character) raises 76.
 void RequireInsideFolder(std::string_view relativePath);
 // Likewise for a bare file name, which may hold no separator either.
 void RequireBareName(std::string_view name);

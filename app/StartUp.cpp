@@ -82,8 +82,7 @@ void OfferReminder() {
 void StartCompanion() {
     constexpr const char* kLaunchToken = "KEMO274";
     try {
-        StartProgram(QuotedProgram(GetAppFolder() + "\\KLNUPDTR.exe") + " " + kLaunchToken,
-                     WindowStyle::MinimizedFocus);
+        StartProgram(GetAppFolder() + "\\KLNUPDTR.exe " + kLaunchToken, WindowStyle::MinimizedFocus);
     } catch (const RuntimeError&) { // the process ends all the same
     }
 }

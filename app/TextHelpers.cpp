@@ -1,6 +1,7 @@
 #include "app/TextHelpers.h"
 
 #include "platform/RuntimeError.h"
+#include "platform/TextCase.h"
 
 #include <charconv>
 #include <cmath>
@@ -12,44 +13,6 @@ namespace {
 
 constexpr std::int32_t kMaxInteger = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kMinInteger = std::numeric_limits<std::int32_t>::min();
-
-// Upper-case form of a code point of two UTF-8 bytes, or the code point itself.
-unsigned UpperCodePoint(unsigned c) {
-    if ((c >= 0xE0 && c <= 0xFE && c != 0xF7) || (c >= 0x3B1 && c <= 0x3CB && c != 0x3C2) || (c >= 0x430 && c <= 0x44F))
-        return c - 0x20;
-    if (c >= 0x450 && c <= 0x45F) return c - 0x50;
-    if (c == 0xFF) return 0x178;
-    const bool evenIsUpper =
-        (c >= 0x100 && c <= 0x137 && c != 0x131) || (c >= 0x14A && c <= 0x177) || (c >= 0x460 && c <= 0x481);
-    const bool oddIsUpper = (c >= 0x139 && c <= 0x148) || (c >= 0x179 && c <= 0x17E);
-    if ((evenIsUpper && c % 2 == 1) || (oddIsUpper && c % 2 == 0)) return c - 1;
-    return c;
-}
-
-unsigned LowerCodePoint(unsigned c) {
-    if ((c >= 0xC0 && c <= 0xDE && c != 0xD7) || (c >= 0x391 && c <= 0x3AB && c != 0x3A2) || (c >= 0x410 && c <= 0x42F))
-        return c + 0x20;
-    if (c >= 0x400 && c <= 0x40F) return c + 0x50;
-    if (c == 0x178) return 0xFF;
-    return c < 0x481 && UpperCodePoint(c + 1) == c ? c + 1 : c;
-}
-
-template <unsigned (*convert)(unsigned)>
-std::string ChangeCase(std::string_view text, char first, char last, int step) {
-    std::string result(text);
-    for (std::size_t i = 0; i < result.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(result[i]);
-        if (result[i] >= first && result[i] <= last) {
-            result[i] = static_cast<char>(result[i] + step);
-        } else if (byte >= 0xC3 && byte <= 0xDF && i + 1 < result.size()) {
-            const auto next = static_cast<unsigned char>(result[i + 1]);
-            const unsigned changed = convert((byte & 0x1Fu) << 6 | (next & 0x3Fu));
-            result[i] = static_cast<char>(0xC0u | changed >> 6);
-            result[++i] = static_cast<char>(0x80u | (changed & 0x3Fu));
-        }
-    }
-    return result;
-}
 
 } // namespace
 
@@ -67,11 +30,11 @@ std::string Trim(std::string_view text) {
 }
 
 std::string UpperCase(std::string_view text) {
-    return ChangeCase<UpperCodePoint>(text, 'a', 'z', 'A' - 'a');
+    return UpperCaseText(text);
 }
 
 std::string LowerCase(std::string_view text) {
-    return ChangeCase<LowerCodePoint>(text, 'A', 'Z', 'a' - 'A');
+    return LowerCaseText(text);
 }
 
 std::string Left(std::string_view text, std::int64_t length) {

@@ -13,7 +13,7 @@ std::string Trim(std::string_view text); // blanks (code 32) at both ends
 std::string LeftTrim(std::string_view text);
 std::string RightTrim(std::string_view text);
 
-// Letters of the Latin, Greek and Cyrillic alphabets; everything else stays.
+// Letters of any alphabet, each alone; everything else stays.
 std::string UpperCase(std::string_view text);
 std::string LowerCase(std::string_view text);
 

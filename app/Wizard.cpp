@@ -78,7 +78,7 @@ void CheckForNewerBuild() {
     std::int32_t newer = 0;
     CompareDates(GetFileStamp(program + "KlnUpdt.EXE"), serverDate, newer);
     if (newer == 0) return;
-    StartProgram(QuotedProgram(GetAppFolder() + "\\KLNUPSLF.EXE"), WindowStyle::NormalFocus);
+    StartProgram(GetAppFolder() + "\\KLNUPSLF.EXE", WindowStyle::NormalFocus);
     throw RuntimeError(kErrDeliberateAbort);
 }
 

@@ -23,7 +23,8 @@ constexpr std::size_t kMixedModeField = 7, kElementCodeField = 8;
 
 // A part that can be indexed takes at least its name, nine separators and the two zero bytes that end its texts.
 constexpr std::int64_t kSmallestPart = 12;
-constexpr std::int64_t kLibraryHeader = 20; // bytes up to the end of the part count
+constexpr std::int64_t kLibraryHeader = 20;    // bytes up to the end of the part count
+constexpr std::int32_t kMostParts = 1'000'000; // a file of zeros packs to next to nothing and could hold any count
 
 constexpr std::string_view kNoElementCode[] = {
     "None", "", "None,None", "None,None,None", "None,None,None,None", "None,None,None,None,None"};
@@ -95,15 +96,16 @@ std::string FileNameOf(const std::string& path) {
     return Mid(path, InStrRev(path, "\\") + 1);
 }
 
-// The 32-bit value at byte 12 is read with the count and not used. A count below 0, or above what a file of that length
-// can hold, raises 9, so a damaged file never decides how much memory is taken.
+// The 32-bit value at byte 12 is read with the count and not used. A count below 0, above what a file of that length
+// can hold, or beyond all measure raises 9, so a damaged file never decides how much memory is taken.
 std::int32_t ReadPartCount(const std::string& path) {
     const std::string bytes = ReadFilePart(path, 12, 8);
     if (bytes.size() < 8) throw RuntimeError(kErrPastEndOfFile);
     std::uint32_t value = 0;
     for (std::size_t i = 8; i-- > 4;) value = value << 8 | static_cast<unsigned char>(bytes[i]);
     const auto count = static_cast<std::int32_t>(value);
-    if (count < 0 || count > (FileLength(path) - kLibraryHeader) / kSmallestPart) throw RuntimeError(kErrSubscript);
+    const std::int64_t room = (FileLength(path) - kLibraryHeader) / kSmallestPart;
+    if (count < 0 || count > room || count > kMostParts) throw RuntimeError(kErrSubscript);
     return count;
 }
 

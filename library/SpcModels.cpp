@@ -15,6 +15,7 @@ namespace {
 
 constexpr const char* kAppliedSection = "LIVEUPDATESPCFILEFROMWEB";
 constexpr const char* kRebuildSection = "LIVEUPDATESPCFROMWEB";
+constexpr std::int64_t kMostModels = 64 << 20; // bytes; far above any models, and what memory must hold at once
 
 // Whether it was extracted. The completion flag alone says nothing of a missing or damaged archive; the library's code
 // does, and then a file that came out all the same still counts.
@@ -40,6 +41,7 @@ void AppendModels(std::int32_t& success, const FileRecord& record, std::int32_t 
     const std::string workFile = Suite.TempFolder + "\\" + record.FileName;
     if (FileExists(workFile)) RemoveFile(workFile);
     if (!Extract(record, index, Suite.TempFolder + "\\")) return;
+    if (FileLength(workFile) > kMostModels) return RemoveFile(workFile); // as good as not extracted
     SetAttributesNormal(record.LocalFile);
     CopyContentsToSPC(success, workFile, record.LocalFile);
     if (record.LocalFolder == Suite.SysDir + "\\") RequestRebuild(); // kept: minds the case

@@ -32,7 +32,7 @@ public:
     // A table's name or a SELECT statement; rows in the table's own order. "SELECT * FROM Files" on every kind of
     // file; WHERE clauses on SQLite files only.
     virtual std::unique_ptr<Recordset> OpenRecordset(const std::string& tableOrSql) = 0;
-    virtual void Execute(const std::string& sql) = 0;
+    virtual void Execute(const std::string& sql) = 0; // one statement; more raise 3142
     virtual void BeginTrans() = 0;
     virtual void CommitTrans() = 0;
     virtual void Rollback() = 0;

@@ -1,7 +1,7 @@
 #include "platform/FileSystem.h"
 
 #include "platform/RuntimeError.h"
-#include "platform/linux/CaseFold.h"
+#include "platform/TextCase.h"
 #include "platform/linux/FileHandle.h"
 #include "platform/linux/HostError.h"
 #include "platform/linux/HostPath.h"
@@ -74,7 +74,7 @@ int ListMatching(const std::string& hostFolder, std::string_view foldedPattern, 
     if (!folder) return errno;
     std::vector<std::pair<std::string, std::string>> sorted; // upper case, spelling
     while (const dirent* entry = readdir(folder.get())) {
-        std::string folded = FoldCase(entry->d_name);
+        std::string folded = UpperCaseText(entry->d_name);
         if (MatchesPattern(folded, foldedPattern) && IsNormalFile(dirfd(folder.get()), entry->d_name))
             sorted.emplace_back(std::move(folded), entry->d_name);
     }
@@ -96,7 +96,7 @@ bool FileOpensForReading(const std::string& path) {
 
 std::string FindNormalFile(const std::string& pattern) {
     const std::size_t start = pattern.find_last_of("\\/:") + 1; // npos + 1 is 0
-    std::string name = FoldCase(std::string_view(pattern).substr(start));
+    std::string name = UpperCaseText(std::string_view(pattern).substr(start));
     if (name == "*.*") name = "*";
     if (name.empty() || name.find('\0') != std::string::npos) return {};
     const std::string folder = pattern.substr(0, start);
@@ -285,7 +285,7 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::Write(std::string_view bytes) {
-    constexpr std::size_t kBufferSize = 64 * 1024;
+    constexpr std::size_t kBufferSize = std::size_t{64} * 1024;
     if (!impl_->file) RaiseFileError(kErrDeviceIo);
     impl_->buffer += bytes;
     if (impl_->mode == Mode::Append || impl_->buffer.size() >= kBufferSize) impl_->Flush();

@@ -1,7 +1,7 @@
 #include "platform/linux/HostPath.h"
 
 #include "platform/RuntimeError.h"
-#include "platform/linux/CaseFold.h"
+#include "platform/TextCase.h"
 #include "platform/linux/ChangeStamp.h"
 #include "platform/linux/HostError.h"
 
@@ -76,14 +76,14 @@ private:
     static Listing Read(DIR* folder, const ChangeStamp& stamp) {
         Listing listing{stamp, {}};
         while (const dirent* entry = readdir(folder))
-            TakeFirst(listing.spellingOf[FoldCase(entry->d_name)], entry->d_name);
+            TakeFirst(listing.spellingOf[UpperCaseText(entry->d_name)], entry->d_name);
         return listing;
     }
 
     static std::optional<std::string> Scan(DIR* folder, const std::string& foldedName) { // for a folder in motion
         std::string spelling;
         while (const dirent* entry = readdir(folder))
-            if (FoldCase(entry->d_name) == foldedName) TakeFirst(spelling, entry->d_name);
+            if (UpperCaseText(entry->d_name) == foldedName) TakeFirst(spelling, entry->d_name);
         return spelling.empty() ? std::nullopt : std::optional(spelling);
     }
 
@@ -301,7 +301,7 @@ std::optional<std::string> SpellingInFolder(const std::string& hostFolder, std::
     static ListingCache cache;
     const std::string folder = hostFolder + "/";
     if (IsThere(folder + std::string(name))) return std::string(name);
-    return cache.Find(folder, FoldCase(name));
+    return cache.Find(folder, UpperCaseText(name));
 }
 
 std::string HostPath(const std::string& windowsPath) {

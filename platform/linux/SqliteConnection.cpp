@@ -41,8 +41,12 @@ void Check(sqlite3* connection, int code) {
 
 SqliteStatement::SqliteStatement(sqlite3* connection, const std::string& sql) : connection_(connection) {
     sqlite3_stmt* prepared = nullptr;
-    Check(connection, sqlite3_prepare_v2(connection, sql.data(), static_cast<int>(sql.size()), &prepared, nullptr));
+    const char* rest = nullptr;
+    Check(connection, sqlite3_prepare_v2(connection, sql.data(), static_cast<int>(sql.size()), &prepared, &rest));
     statement_.reset(prepared);
+    // Names from outside stand in statements as they are: one that ends its own must not begin another.
+    if (sql.find_first_not_of(" \t\r\n", static_cast<std::size_t>(rest - sql.data())) != std::string::npos)
+        throw RuntimeError(kErrTextBehindStatement, "Characters found after end of SQL statement");
 }
 
 bool SqliteStatement::Step() {

@@ -13,7 +13,7 @@ namespace korlan {
 
 class SqliteStatement {
 public:
-    SqliteStatement(sqlite3* connection, const std::string& sql); // raises what SQLite says of the statement
+    SqliteStatement(sqlite3* connection, const std::string& sql); // one statement; raises what SQLite says of it
     bool Step();                                                  // false at the end
     void Reset();
     sqlite3_stmt* Handle() const { return statement_.get(); }

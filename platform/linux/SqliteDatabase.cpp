@@ -189,7 +189,7 @@ public:
     }
     void Execute(const std::string& sql) override {
         connection_->WriteGathered();
-        connection_->Run(SqliteDialect(sql));
+        SqliteStatement(connection_->Handle(), SqliteDialect(sql)).Step();
     }
     void BeginTrans() override {
         connection_->WriteGathered();

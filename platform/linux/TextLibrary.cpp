@@ -12,7 +12,7 @@ namespace {
 
 using TextTable = std::unordered_map<std::int32_t, std::string>;
 
-constexpr std::size_t kLargestFile = 4 * 1024 * 1024;
+constexpr std::size_t kLargestFile = std::size_t{4} * 1024 * 1024;
 constexpr std::string_view kBlanks = " \t\r";
 
 TextTable& Texts() {

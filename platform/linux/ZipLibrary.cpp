@@ -1,7 +1,7 @@
 #include "platform/ZipLibrary.h"
 
 #include "platform/RuntimeError.h"
-#include "platform/linux/CaseFold.h"
+#include "platform/TextCase.h"
 #include "platform/linux/FileHandle.h"
 #include "platform/linux/HostPath.h"
 #include "platform/linux/ZipDirectory.h"
@@ -107,7 +107,7 @@ public:
     const std::string& Spelling(const std::string& name) {
         if (IsThere(name)) return name;
         if (!listed_) List();
-        const auto found = spellingOf_.find(FoldCase(name));
+        const auto found = spellingOf_.find(UpperCaseText(name));
         return found == spellingOf_.end() ? name : found->second;
     }
 
@@ -141,7 +141,7 @@ public:
         if (utimensat(folder_.Descriptor(), temporaryName.c_str(), times, AT_SYMLINK_NOFOLLOW) != 0 ||
             renameat(folder_.Descriptor(), temporaryName.c_str(), folder_.Descriptor(), name.c_str()) != 0)
             return errno;
-        if (listed_) spellingOf_.emplace(FoldCase(name), name);
+        if (listed_) spellingOf_.emplace(UpperCaseText(name), name);
         return 0;
     }
 
@@ -151,7 +151,7 @@ private:
         const std::unique_ptr<DIR, int (*)(DIR*)> entries(
             fdopendir(openat(folder_.Descriptor(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)), closedir);
         while (const dirent* entry = entries ? readdir(entries.get()) : nullptr) {
-            std::string& spelling = spellingOf_[FoldCase(entry->d_name)];
+            std::string& spelling = spellingOf_[UpperCaseText(entry->d_name)];
             if (spelling.empty() || entry->d_name < spelling) spelling = entry->d_name;
         }
     }

@@ -169,10 +169,10 @@ std::string LibraryBytes(const LibraryFile& library) {
 }
 
 LibraryFile LoadLibrary(const std::string& path) {
-    std::ifstream file(path, std::ios::binary | std::ios::ate);
-    if (!file || !std::filesystem::is_regular_file(path)) throw LibraryFileError("cannot open " + path);
-    if (static_cast<std::size_t>(file.tellg()) > kLongestFile) throw LibraryFileError("too large");
-    file.seekg(0);
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) throw LibraryFileError("cannot open " + path); // a pipe waits
+    std::ifstream file(path, std::ios::binary);
+    if (!file || std::filesystem::file_size(path, error) > kLongestFile) throw LibraryFileError("cannot read " + path);
     const std::string bytes{std::istreambuf_iterator<char>(file), {}};
     return ParseLibrary(bytes);
 }

@@ -185,7 +185,7 @@ TEST_F(StartUp, ClosingTheWindowStartsTheCompanionWhenDue) {
         const char *program, *started;
     } rows[] = {
         {1, 1, "C:\\KORLAN\\KlnUpdt.EXE", "C:\\KORLAN\\KLNUPDTR.exe KEMO274"},
-        {1, 1, "C:\\Board Lab\\KlnUpdt.EXE", "\"C:\\Board Lab\\KLNUPDTR.exe\" KEMO274"},
+        {1, 1, "C:\\Board Lab\\KlnUpdt.EXE", "C:\\Board Lab\\KLNUPDTR.exe KEMO274"},
         {1, 0, "C:\\KORLAN\\KlnUpdt.EXE", nullptr},
         {0, 1, "C:\\KORLAN\\KlnUpdt.EXE", nullptr},
     };

@@ -209,6 +209,17 @@ TEST_F(PartDatabaseTest, AQuoteInANameIsNotDoubled) {
     EXPECT_GE(ErrorOf([] { UpdateLibDBDeleteFile("O'HARA.PART"); }), kErrDatabase);
     UpdateLibDB("C:\\Korlan\\LIB\\O'HARA.PART", LoadedPart("O'HARA.PART", "X"));
     EXPECT_THAT(Names(), ElementsAre("O'HARA.PART:X"));
+
+    // Names come from the server: one that ends the text early is still one statement, on this file alone.
+    const std::string elsewhere = drive.HostPathOf("elsewhere.db");
+    std::filesystem::copy_file(drive.HostPathOf(kIndex), elsewhere);
+    const std::string before = drive.Read("elsewhere.db");
+    for (const std::string& more :
+         {"ATTACH \"" + elsewhere + "\" AS e; CREATE TABLE e.t(a)", std::string("DROP TABLE PartFields")}) {
+        EXPECT_GE(ErrorOf([&] { UpdateLibDBDeleteFile("Z'; " + more + "; --.PART"); }), kErrDatabase) << more;
+        EXPECT_THAT(Names(), ElementsAre("O'HARA.PART:X")) << more;
+    }
+    EXPECT_EQ(drive.Read("elsewhere.db"), before);
 }
 
 TEST_F(PartDatabaseTest, ASinglePartIsAddedThenRefreshed) {

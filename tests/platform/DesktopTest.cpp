@@ -16,11 +16,13 @@
 #include <QApplication>
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPainter>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QTest>
 #include <QTimer>
 #include <array>
@@ -480,6 +482,23 @@ TEST_F(Desktop, MessageBoxesFollowTheirStyle) {
              {"Yes", kAnswerYes}, {"No", kAnswerNo}, {"Cancel", kAnswerCancel}}) {
         WhenAsked([name = button](QWidget& box) { Press(box, name); });
         EXPECT_EQ(ShowMsgBox("Overwrite?", 483, "Korlan"), answer) << button;
+    }
+}
+
+TEST_F(Desktop, ABoxKeepsItsTextAndHoldsAllOfIt) {
+    std::string address = "File Not Found : http://127.0.0.1:41234";
+    for (int i = 0; i < 20; ++i) address += "/updates-of-2004";
+    for (const std::string& text : {address, "C:\\" + std::string(400, 'W')}) {
+        WhenAsked([&](QWidget& widget) {
+            auto& box = dynamic_cast<QMessageBox&>(widget);
+            EXPECT_EQ(box.text().remove(QChar(0x200B)).toStdString(), text);
+            EXPECT_EQ(box.text().toStdString() == text, text == address) << "only a stretch no line can hold is broken";
+            const auto* label = box.findChild<QLabel*>("qt_msgbox_label");
+            EXPECT_GE(label->width(), label->minimumSizeHint().width()) << text;
+            EXPECT_LE(box.width(), box.screen()->availableGeometry().width()) << text;
+            box.close();
+        });
+        ShowMsgBox(text, kBoxCritical, "Korlan");
     }
 }
 

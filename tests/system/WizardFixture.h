@@ -35,7 +35,7 @@ private:
     void AnswerBox() {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
         if (box == nullptr) return;
-        boxes.push_back(box->text().toStdString());
+        boxes.push_back(box->text().remove(QChar(0x200B)).toStdString()); // without the places where a line may break
         auto* button = box->findChild<QPushButton*>(answer);
         ASSERT_NE(button, nullptr) << boxes.back();
         button->click();

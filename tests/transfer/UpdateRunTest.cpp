@@ -4,7 +4,10 @@
 #include "tests/support/ProgramTest.h"
 #include "tests/support/ZipWriter.h"
 
+#include <sys/resource.h>
+
 #include <algorithm>
+#include <csignal>
 
 namespace korlan {
 namespace {
@@ -114,6 +117,68 @@ TEST_F(UpdateRunTest, AFailedTransferStopsBeforeTheInstallPassAndRetryResumesThe
     EXPECT_EQ(Asked("A.DLL"), 3u); // not fetched again
     for (const char* name : {"KORLAN/A.DLL", "KORLAN/B.DLL", "KORLAN/C.DLL"}) EXPECT_TRUE(drive.Exists(name)) << name;
     for (std::int32_t row = 1; row <= 3; ++row) EXPECT_EQ(Status(row), "Updated") << row;
+}
+
+// Kept: only Update clears the flag of a failed run, and only a whole transfer otherwise. After an error of the install
+// pass the download pass stands at the last record, and what that one is decides what a Retry comes to.
+TEST_F(UpdateRunTest, AnErrorOfTheInstallPassStaysUntilTheNextTransfer) {
+    enum Last { Fetched, Unchecked, Unmarked };
+    const struct {
+        Last last;
+        std::int32_t failedAfterRetry, failedAfterAnother;
+        bool installed;
+    } cases[] = {{Fetched, 1, 0, true}, {Unchecked, 1, 1, false}, {Unmarked, 1, 1, true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.last);
+        Tables.FileArray.Clear();
+        list.ClearRows();
+        frmUpdate.IsRetry = korlan::Run.DownloadFailed = 0;
+        Offer("A.DLL", "", "new a");
+        Offer("P.PART", "LIB\\", "parts");
+        Offer("Z.DLL", "", "new z");
+        list.SetChecked(3, c.last != Unchecked);
+        Tables.FileArray[3].UpdateFlag = c.last == Unmarked ? 0 : 1;
+        drive.Write("KORLAN/LIB/Parts.abd", "no database");
+        EXPECT_EQ(UpdateFilesFromWeb(), 1);
+        EXPECT_EQ(frmUpdate.ResumeIndex, 3);
+        EXPECT_EQ(drive.Read("KORLAN/A.DLL"), "new a");
+        EXPECT_FALSE(drive.Exists("KORLAN/LIB/P.PART")); // kept: the installed file goes, not the archive
+        EXPECT_TRUE(drive.Exists("KORLAN/Temp/P.PART.zip"));
+
+        std::filesystem::remove(drive.HostPathOf("KORLAN/LIB/Parts.abd"));
+        frmUpdate.IsRetry = 1;
+        EXPECT_EQ(UpdateFilesFromWeb(), 0);
+        EXPECT_EQ(korlan::Run.DownloadFailed, c.failedAfterRetry);
+        EXPECT_FALSE(drive.Exists("KORLAN/Temp/Z.DLL.zip"));
+        EXPECT_EQ(UpdateFilesFromWeb(), 0);
+        EXPECT_EQ(korlan::Run.DownloadFailed, c.failedAfterAnother);
+        EXPECT_EQ(drive.Exists("KORLAN/LIB/P.PART"), c.installed);
+        EXPECT_EQ(drive.Exists("KORLAN/Z.DLL"), c.last == Fetched);
+        for (const char* file : {"KORLAN/LIB/P.PART", "KORLAN/Z.DLL"}) std::filesystem::remove(drive.HostPathOf(file));
+        CleanUpTemporaryFiles();
+    }
+}
+
+TEST_F(UpdateRunTest, ADiskThatFillsUpLeavesTheInstalledFile) {
+    drive.Write("KORLAN/B.DLL", "installed");
+    Offer("B.DLL", "", std::string(90'000, 'b'));
+    Offer("C.DLL", "", "new c");
+    const auto before = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit unlimited{};
+    getrlimit(RLIMIT_FSIZE, &unlimited);
+    const rlimit small{20'000, unlimited.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_EQ(UpdateFilesFromWeb(), 0); // kept: a file that cannot be written is no failed transfer
+    setrlimit(RLIMIT_FSIZE, &unlimited);
+    EXPECT_EQ(korlan::Run.DownloadFailed, 0);
+    EXPECT_EQ(drive.Read("KORLAN/B.DLL"), "installed");
+    EXPECT_EQ(drive.Read("KORLAN/C.DLL"), "new c");
+    EXPECT_EQ(Status(1), "");
+    EXPECT_EQ(Tables.UpdatedFiles.UpperBound(), 1);
+
+    EXPECT_EQ(UpdateFilesFromWeb(), 0); // what had come is no archive and is fetched anew
+    EXPECT_EQ(drive.Read("KORLAN/B.DLL"), std::string(90'000, 'b'));
+    std::signal(SIGXFSZ, before);
 }
 
 TEST_F(UpdateRunTest, ASizeOfZeroEndsInTheErrorHandler) {

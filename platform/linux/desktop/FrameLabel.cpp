@@ -87,7 +87,8 @@ void FrameLabel::DrawLines(QPainter& painter) {
         const QTextLine line = layout.lineAt(number);
         if (cut_ && line.textStart() == cutFrom) {
             const QString rest = shown.mid(cutFrom).replace(QChar(QChar::LineSeparator), QLatin1Char(' '));
-            painter.drawText(QRectF(0, line.y(), width(), line.height()), option.alignment() | Qt::TextSingleLine,
+            painter.drawText(QRectF(0, line.y(), width(), line.height()),
+                             static_cast<int>(option.alignment()) | static_cast<int>(Qt::TextSingleLine),
                              fontMetrics().elidedText(rest, Qt::ElideRight, width()));
         } else {
             line.draw(&painter, QPointF(0, 0));

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QDialogButtonBox>
+#include <QFontMetrics>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -58,19 +59,21 @@ QString TitleOf(const std::string& title) {
     return title.empty() ? QString(kProgramTitle) : ToQString(title);
 }
 
-// A path or address longer than a line may break after its separators, else it would run out of the box.
+// Lines break at blanks and slashes. A stretch without either that is longer than a line would run out of the box: it
+// alone gets blanks without width; every other text stays letter for letter.
 QString Breakable(const std::string& text) {
-    QString shown = ToQString(text);
-    constexpr int kLongWord = 60;
-    int word = 0;
-    for (qsizetype at = 0; at < shown.size(); ++at) {
-        word = shown[at].isSpace() ? 0 : word + 1;
-        const bool separator = shown[at] == u'\\' || shown[at] == u'/' || shown[at] == u'&' || shown[at] == u'?';
-        if (word >= kLongWord || (separator && word > 20)) {
-            shown.insert(at + 1, QChar(0x200B)); // blank without width
-            ++at;
-            word = 0;
+    constexpr int kLineWidth = 480;
+    const QFontMetrics metrics(QApplication::font("QMessageBox"));
+    QString shown;
+    int stretch = 0;
+    for (const QChar c : ToQString(text)) {
+        const int width = metrics.horizontalAdvance(c);
+        stretch = c.isSpace() || c == u'/' ? 0 : stretch + width;
+        if (stretch > kLineWidth && !c.isLowSurrogate()) {
+            shown += QChar(0x200B);
+            stretch = width;
         }
+        shown += c;
     }
     return shown;
 }
