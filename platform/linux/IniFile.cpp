@@ -47,7 +47,7 @@ std::int32_t SystemErrorOf(int error) {
 } // namespace
 
 std::string ReadProfileValue(OptionalText section, OptionalText key, OptionalText fallback, std::size_t bufferSize,
-                              const std::string& file) {
+                             const std::string& file) {
     std::string hostPath; // "" reads as an empty file
     try {
         if (!file.empty()) hostPath = HostPath(FullName(file));
@@ -58,7 +58,7 @@ std::string ReadProfileValue(OptionalText section, OptionalText key, OptionalTex
 }
 
 std::int32_t WriteProfileValue(std::string_view section, OptionalText key, OptionalText value,
-                                const std::string& file) {
+                               const std::string& file) {
     if (file.empty()) return kSystemAccessDenied;
     const std::string path = FullName(file);
     if (!DriveIsThere(path)) return kSystemFileNotFound;

@@ -31,7 +31,7 @@ TEST_F(CommandLine, FolderAndFileArguments) {
         {"/sys:..\\Suite One.", "..\\SUITE ONE.", "", 0},
         {"/sys:\\\\server\\share", ownFolder, "", 1},
         {"/sys:D:\\Sys", ownFolder, "", 1}, // no such drive
-        {"/sys:q:", "Q:", "", 0}, // a bare drive is not looked at
+        {"/sys:q:", "Q:", "", 0},           // a bare drive is not looked at
         {"/sys:Y:\\", "Y:\\", "", 0},
         {"/sys:z:", ownFolder, "", 1}, // Z is
         {"/sys:1:", ownFolder, "", 1},

@@ -42,7 +42,8 @@ extern "C" int getaddrinfo(const char* node, const char* service, const addrinfo
     if (node) HoldLookUp(node);
     using LookUp = int (*)(const char*, const char*, const addrinfo*, addrinfo**);
     static const auto systemLookUp = reinterpret_cast<LookUp>(dlsym(RTLD_NEXT, "getaddrinfo"));
-    if (node && std::string_view(node).ends_with(".here.test")) return systemLookUp("127.0.0.1", service, hints, result);
+    if (node && std::string_view(node).ends_with(".here.test"))
+        return systemLookUp("127.0.0.1", service, hints, result);
     if (node && std::string_view(node).ends_with(".test")) return EAI_NONAME; // never asks a network
     return systemLookUp(node, service, hints, result);
 }

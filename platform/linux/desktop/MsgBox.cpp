@@ -66,7 +66,7 @@ QString Breakable(const std::string& text) {
     const QFontMetrics metrics(QApplication::font("QMessageBox"));
     QString shown;
     int stretch = 0;
-    for (const QChar c : ToQString(text)) {
+    for (const QChar c : ShownText(text)) {
         const int width = metrics.horizontalAdvance(c);
         stretch = c.isSpace() || c == u'/' ? 0 : stretch + width;
         if (stretch > kLineWidth && !c.isLowSurrogate()) {
