@@ -18,7 +18,6 @@ enum ErrorNumber : std::int32_t {
     kErrFileNotFound = 53,       // no such file, or no such library
     kErrFileAlreadyOpen = 55,    // a file is in use by somebody else
     kErrDeviceIo = 57,           // reading or writing failed
-    kErrFileExists = 58,         // the new name is taken
     kErrDiskFull = 61,           // no room left
     kErrPastEndOfFile = 62,      // input past the end of a file
     kErrPermissionDenied = 70,   // access refused

@@ -142,23 +142,6 @@ bool EraseFile(const std::string& path) {
     }
 }
 
-void RenameFile(const std::string& from, const std::string& to) {
-    const std::string hostFrom = HostPath(from), hostTo = HostPath(to), spelledTo = HostPathAsSpelled(to);
-    // A name that differs from the old one in case only is the file itself under another spelling.
-    const bool sameFile = hostTo == hostFrom;
-    if (sameFile && spelledTo == hostFrom) {
-        StatusOf(hostFrom);
-        return;
-    }
-    struct stat status {};
-    if (!sameFile && lstat(hostTo.c_str(), &status) == 0) RaiseFileError(kErrFileExists);
-    if (renameat2(AT_FDCWD, hostFrom.c_str(), AT_FDCWD, spelledTo.c_str(), RENAME_NOREPLACE) == 0) return;
-    int error = errno;
-    if (error == EINVAL) error = rename(hostFrom.c_str(), spelledTo.c_str()) == 0 ? 0 : errno; // no such flag here
-    if (error == ENOENT) StatusOf(hostFrom); // tells a missing file from a missing folder of the new name
-    if (error != 0) RaiseHostError(error, spelledTo);
-}
-
 std::int64_t FileLength(const std::string& path) {
     const struct stat status = StatusOf(HostPath(path));
     if (S_ISDIR(status.st_mode)) RaiseFileError(kErrPathAccess);

@@ -32,7 +32,6 @@ std::int32_t ErrorNumberOf(int error, const std::string& hostPath) {
     case EISDIR:
     case ENXIO:
     case ENOTEMPTY: return kErrPathAccess;
-    case EEXIST: return kErrFileExists;
     case ENOSPC:
     case EDQUOT:
     case EFBIG: return kErrDiskFull;
@@ -46,7 +45,6 @@ const char* DescriptionOf(std::int32_t number) {
     case kErrPathNotFound: return "Path not found";
     case kErrPermissionDenied: return "Permission denied";
     case kErrPathAccess: return "Path/File access error";
-    case kErrFileExists: return "File already exists";
     case kErrDiskFull: return "Disk full";
     default: return "Device I/O error";
     }

@@ -45,7 +45,6 @@ TEST_F(FileFailures, EachCallReportsWhatStoppedIt) {
     const auto read = [](const std::string& path) { ReadWholeFile(path); };
     const auto create = [](const std::string& path) { WriteFile(path, "x"); };
     const auto append = [](const std::string& path) { WriteFile(path, "x", OutputFile::Mode::Append); };
-    const auto rename = [](const char* from) { return [=](const std::string& to) { RenameFile(from, to); }; };
     expect(kErrFileNotFound, read, {"C:\\none.txt"});
     expect(kErrPathNotFound, read, {"C:\\none\\x.txt", "C:\\file.txt\\x", "Q:\\x"});
     expect(kErrPathAccess, read, {"C:\\folder", "C:\\full"}); // full is a device
@@ -57,9 +56,6 @@ TEST_F(FileFailures, EachCallReportsWhatStoppedIt) {
     expect(kErrPathAccess, append, {"C:\\locked.txt"});
     expect(kErrDiskFull, append, {"C:\\full"});
     expect(kErrFileNotFound, SetAttributesNormal, {"C:\\none"});
-    expect(kErrFileNotFound, rename("C:\\none"), {"C:\\b", "C:\\none"});
-    expect(kErrPathNotFound, rename("C:\\file.txt"), {"C:\\none\\b"});
-    expect(kErrFileExists, rename("C:\\file.txt"), {"C:\\FOLDER"});
     expect(kErrPathAccess, CreateOneFolder, {"C:\\FOLDER", "C:\\file.txt"});
     expect(kErrPathNotFound, CreateOneFolder, {"C:\\none\\x"});
     expect(kErrPathNotFound, ListNormalFiles, {"C:\\none", "C:\\file.txt"});
@@ -71,7 +67,6 @@ TEST_F(FileFailures, EachCallReportsWhatStoppedIt) {
     const AsOrdinaryUser user;
     expect(kErrPermissionDenied, create, {"C:\\sealed\\new"});
     expect(kErrPermissionDenied, CreateOneFolder, {"C:\\sealed\\new"});
-    expect(kErrPermissionDenied, rename("C:\\sealed\\x"), {"C:\\sealed\\y"});
     EXPECT_FALSE(EraseFile("C:\\sealed\\x"));
     EXPECT_TRUE(drive.Exists("sealed/x"));
 }
@@ -95,9 +90,6 @@ TEST(Files, TwoSpellingsAreOneFileAndEveryByteArrives) {
         EXPECT_EQ(ReadWholeFile("c:\\mixed.TXT"), "second more"); // out at once
     }
     EXPECT_THAT(drive.Names(), ElementsAre("MiXed.Txt"));
-    RenameFile("C:\\mixed.txt", "C:\\OUT");
-    RenameFile("C:\\out", "C:\\out");
-    EXPECT_THAT(drive.Names(), ElementsAre("out"));
     std::string expected;
     {
         OutputFile file("C:\\out", OutputFile::Mode::Create);
