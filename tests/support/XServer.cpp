@@ -32,7 +32,22 @@ ChildProcess::ChildProcess(std::vector<const char*> command) {
 void ChildProcess::End() {
     if (pid_ <= 0) return;
     kill(pid_, SIGTERM);
-    waitpid(pid_, nullptr, 0);
+    Wait();
+}
+
+void ChildProcess::Wait() {
+    Reap(0);
+}
+
+std::optional<int> ChildProcess::ExitCode() {
+    Reap(WNOHANG);
+    return exitCode_;
+}
+
+void ChildProcess::Reap(int options) {
+    int status = 0;
+    if (pid_ <= 0 || waitpid(pid_, &status, options) != pid_) return;
+    exitCode_ = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     pid_ = -1;
 }
 
@@ -72,6 +87,17 @@ xcb_window_t OtherProgram::MakeWindow(const std::string& title, bool shown, xcb_
     Sync();
     if (shown && !Eventually([&] { return Viewable(window); })) throw std::runtime_error("a window does not show");
     return window;
+}
+
+void OtherProgram::AskToClose(xcb_window_t window) const {
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = window;
+    event.type = Atom("WM_PROTOCOLS");
+    event.data.data32[0] = Atom("WM_DELETE_WINDOW");
+    xcb_send_event(connection_, 0, window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&event));
+    Sync();
 }
 
 void OtherProgram::Destroy(xcb_window_t window) const {

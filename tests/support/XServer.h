@@ -7,6 +7,7 @@
 #include <xcb/xcb.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,9 +20,13 @@ public:
     ChildProcess(const ChildProcess&) = delete;
     ~ChildProcess() { End(); }
     void End();
+    std::optional<int> ExitCode(); // nothing while it runs; -1 when a signal ended it
+    void Wait();
 
 private:
+    void Reap(int options);
     pid_t pid_;
+    std::optional<int> exitCode_;
 };
 
 class XServer {
@@ -52,6 +57,7 @@ public:
 
     // A window of 200 by 100 at 10, 20 that shows itself to a window manager when `shown`.
     xcb_window_t MakeWindow(const std::string& title, bool shown, xcb_window_t parent = XCB_WINDOW_NONE) const;
+    void AskToClose(xcb_window_t window) const; // as a window manager does for the close box
     void Destroy(xcb_window_t window) const;
     void SetProperty(xcb_window_t window, const std::string& name, const std::string& type, const std::string& bytes,
                      std::uint8_t bits = 8) const;
