@@ -21,7 +21,7 @@ std::string FindNormalFile(const std::string& pattern);
 std::vector<std::string> ListNormalFiles(const std::string& folder); // names, sorted without regard to case
 void SetAttributesNormal(const std::string& path);
 bool EraseFile(const std::string& path); // false when it is missing, read-only, a folder or in a folder that refuses
-std::int64_t FileLength(const std::string& path);                // bytes
+std::int64_t FileLength(const std::string& path); // bytes
 
 bool FolderExists(const std::string& path);
 void CreateOneFolder(const std::string& path); // its parent must be there

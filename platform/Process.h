@@ -22,9 +22,9 @@ bool AnotherInstanceRunning();
 enum class WindowStyle : std::int32_t { NormalFocus = 1, MinimizedFocus = 2 };
 
 // Starts a program and returns without waiting for it. The command line is a path or a bare name, then the arguments as
-// they stand. Unquoted, a path with blanks ends at the first blank that leaves the name of a file. A program that is not
-// there raises 53, one that cannot be executed 5.
-// A back end without component registration drops the commands of regsvr32 silently.
+// they stand. Unquoted, a path with blanks ends at the first blank that leaves the name of a file. A program that is
+// not there raises 53, one that cannot be executed 5. A back end without component registration drops the commands of
+// regsvr32 silently.
 void StartProgram(const std::string& commandLine, WindowStyle style);
 
 } // namespace korlan

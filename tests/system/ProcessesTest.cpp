@@ -40,20 +40,22 @@ TEST_F(ProcessesTest, ANewerBuildTakesOverFromAFolderWithBlanks) {
     const fs::path folder = sample.Program().parent_path() / "Board Lab";
     fs::rename(sample.Program(), folder);
     std::ofstream(sample.Served() / "KlnUpdt.txt") << "1-1-2200,0:0:0\r\n";
-    ChildProcess wizard({folder / "KlnUpdt.EXE"});
+    const fs::path program = folder / "KlnUpdt.EXE";
+    ChildProcess wizard({program.c_str()});
     EXPECT_EQ(Ends(wizard), 0);
     EXPECT_EQ(Started(folder / "KLNUPSLF.EXE"), "KLNUPSLF.EXE\n");
 }
 
 TEST_F(ProcessesTest, ASecondCopyEndsAtOnceAndTouchesNothing) {
     const fs::path temp = sample.Program() / "Temp";
-    ChildProcess first({sample.Program() / "KlnUpdt.EXE"});
+    const fs::path program = sample.Program() / "KlnUpdt.EXE";
+    ChildProcess first({program.c_str()});
     ASSERT_TRUE(Eventually([&] { return fs::exists(temp / "SP3.mdb"); })) << "the last file of the search";
     fs::remove(temp / "Update.mdb");
     const std::string ini = sample.Ini();
     const auto user = UserFiles();
 
-    ChildProcess second({sample.Program() / "KlnUpdt.EXE"});
+    ChildProcess second({program.c_str()});
     EXPECT_EQ(Ends(second), 0);
     EXPECT_EQ(first.ExitCode(), std::nullopt) << "the first one goes on";
     EXPECT_EQ(sample.Ini(), ini);
@@ -61,16 +63,17 @@ TEST_F(ProcessesTest, ASecondCopyEndsAtOnceAndTouchesNothing) {
     EXPECT_FALSE(fs::exists(temp / "Update.mdb")) << "the second one searched";
 
     first.End();
-    ChildProcess third({sample.Program() / "KlnUpdt.EXE"});
+    ChildProcess third({program.c_str()});
     EXPECT_TRUE(Eventually([&] { return fs::exists(temp / "Update.mdb"); })) << "nothing is left of the first one";
 }
 
 TEST_F(ProcessesTest, ClosingTheWindowAfterARunStartsTheCompanion) {
     const XServer server;
     const ScopedVariable onScreen("QT_QPA_PLATFORM", "xcb");
-    ChildProcess wizard({sample.Program() / "KlnUpdt.EXE"});
+    const fs::path program = sample.Program() / "KlnUpdt.EXE";
+    ChildProcess wizard({program.c_str()});
     const auto recorded = [&] { return sample.Ini().find("LIVEUPDATEFROMWEB") != std::string::npos; };
-    for (int attempt = 0; attempt < 100 && !recorded(); ++attempt, SleepMilliseconds(100)) // Update is off at first
+    for (int attempt = 0; attempt < 100 && !recorded(); ++attempt, usleep(100000)) // Update is off at first
         ChildProcess({"xdotool", "search", "--sync", "--name", "^Korlan Live Update$", "windowfocus", "key", "alt+u"})
             .Wait();
     ASSERT_TRUE(recorded());
