@@ -12,6 +12,7 @@ from gi.repository import Atspi, GLib  # noqa: E402
 
 FOLDER = Path(sys.argv[1])
 PROGRAM = FOLDER / "drive_c" / "KORLAN" / "KlnUpdt.EXE"
+sys.stderr = sys.stdout  # the demo keeps what its desktop complains about in a file; what fails here is to be seen
 PATIENCE = 60  # seconds until something counts as never coming
 
 
