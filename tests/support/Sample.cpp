@@ -62,7 +62,7 @@ Sample::Sample(int country)
     : out_(MakeOut()), port_(FreePort()), drives_("KLN_DRIVES", (out_ / "drives").string()),
       config_("XDG_CONFIG_HOME", (out_ / "config").string()), cache_("XDG_CACHE_HOME", (out_ / "cache").string()),
       runtime_("XDG_RUNTIME_DIR", (out_ / "runtime").string()) {
-    const std::string command = std::string(KLN_SOURCE "/sample/layout ") + out_.string() + " " +
+    const std::string command = std::string(KLN_SOURCE "/sample/layout.py ") + out_.string() + " " +
                                 std::to_string(port_) + " " KLN_BUILD " --country " + std::to_string(country);
     if (Shell(command) != 0) throw std::runtime_error("failed: " + command);
     Serve();
@@ -98,7 +98,7 @@ std::string Sample::Ini() const {
 }
 
 int Sample::Compare(const std::string& command) const {
-    return Shell(KLN_SOURCE "/sample/compare " + command + " " + out_.string());
+    return Shell(KLN_SOURCE "/sample/compare.py " + command + " " + out_.string());
 }
 
 } // namespace korlan::test

@@ -23,7 +23,7 @@ public:
     std::filesystem::path Out() const { return out_; }
     std::string Ini() const;
     void StopServer();
-    // What `sample/compare report` says: 0 when every promise of the catalogue is kept.
+    // What `sample/compare.py report` says: 0 when every promise of the catalogue is kept.
     int Compare(const std::string& command) const;
 
 private:

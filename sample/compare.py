@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """What a run of the wizard changed in the sample installation, and whether it is what the catalogue promises.
 
-usage: compare snapshot OUT      remembers the installation as it is now in OUT/before.json
-       compare report OUT        prints every change since, and exits with 1 when a promise is not kept"""
+usage: compare.py snapshot OUT      remembers the installation as it is now in OUT/before.json
+       compare.py report OUT        prints every change since, and exits with 1 when a promise is not kept"""
 import datetime
 import hashlib
 import json
@@ -11,9 +11,8 @@ import sys
 import zipfile
 from pathlib import Path
 
-from importlib.machinery import SourceFileLoader
+import layout
 
-layout = SourceFileLoader("layout", str(Path(__file__).resolve().parent / "layout")).load_module()
 SECTIONS = ("LIVEUPDATEFROMWEB", "LIVEUPDATESPCFILEFROMWEB", "LIVEUPDATESPCFROMWEB", "DEVLIBS", "SCHLIBS", "LAYLIBS",
             "PADLIBS", "KLN_DEVLIBS", "KLN_SCHLIBS", "KLN_LAYLIBS", "KLN_PADLIBS")
 

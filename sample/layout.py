@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Lays out the sample: an installation of the suite, the update server's files, and the server's configuration.
 
-usage: layout OUT PORT BUILD [--country N] [--rate R]
+usage: layout.py OUT PORT BUILD [--country N] [--rate R]
   OUT/drive_c/KORLAN   the installation (C:\\KORLAN), with the wizard and its libraries out of the build folder BUILD
   OUT/drives           drive letters: set KLN_DRIVES to it
   OUT/www              the server's prefix: nginx -p OUT/www -c nginx.conf; its files lie in OUT/www/files
