@@ -5,8 +5,6 @@
 #include "platform/SettingsStore.h"
 #include "tests/support/ProgramTest.h"
 
-#include <functional>
-
 namespace korlan::test {
 
 inline std::vector<CalendarDate> clockReadings; // handed out one a reading; the last one stays
@@ -20,13 +18,11 @@ protected:
     ~AppTest() override { ResetDesktop(); }
 
     // Runs it; true when it ended the process.
-    static bool Ends(const std::function<void()>& action) {
-        try {
-            action();
-        } catch (const ProcessEnded&) {
-            return true;
-        }
+    static bool Ends(const std::function<void()>& action) try {
+        action();
         return false;
+    } catch (const ProcessEnded&) {
+        return true;
     }
     // Texts of the boxes shown so far, each of which must have the installation's name as its title.
     static std::vector<std::string> BoxTexts() {
@@ -39,10 +35,8 @@ protected:
     }
     // The four values of the reminder, in the order LiveUpd, NoUpdt, LiveDay, NxtLiveDay; "-" for one that is missing.
     static std::string Reminder() {
-        std::string values;
-        for (const char* key : {"LiveUpd", "NoUpdt", "LiveDay", "NxtLiveDay"})
-            values += (values.empty() ? "" : " ") + GetSetting(kSettingsApplication, kSettingsSection, key, "-");
-        return values;
+        const auto value = [](const char* key) { return GetSetting(kSettingsApplication, kSettingsSection, key, "-"); };
+        return value("LiveUpd") + " " + value("NoUpdt") + " " + value("LiveDay") + " " + value("NxtLiveDay");
     }
     void WriteIni(const std::string& text) const { drive.Write("KORLAN\\SYS\\TESSARY.INI", text); }
     std::string Ini() const { return drive.Read("KORLAN\\SYS\\TESSARY.INI"); }

@@ -17,7 +17,6 @@ protected:
         WriteIni("[WEB]\r\nUPDATEONLINE=" + server.Url("/u") + "\r\n");
     }
     void Publish(const std::string& name, const std::string& bytes) { server.Answer("/u/" + name, {.body = bytes}); }
-    // Each row is name, designation, size, date, archive.
     void PublishCatalogue(const std::string& name, const std::vector<std::vector<std::string>>& rows) {
         RunSql(drive.HostPathOf(name), CatalogueSql(rows));
         Publish(name, drive.Read(name));
@@ -30,7 +29,6 @@ protected:
     void PublishItsArchive() {
         Publish("NEW.TXT.zip", ZipWriter().Add({.name = "NEW.TXT", .data = "new content"}).Bytes());
     }
-    // Starts the program; true when the start ended the process.
     static bool Start() {
         AttachHandlers();
         return Ends(Form_Load);

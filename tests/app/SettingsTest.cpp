@@ -48,7 +48,6 @@ TEST_F(Settings, DesignationsBecomeInstallationFolders) {
     };
     EXPECT_EQ(folderOf("\\LIB"), "D:\\Parts");
     EXPECT_EQ(folderOf("\\lib\\user\\a"), "D:\\Parts\\USER\\A");
-    EXPECT_EQ(folderOf("\\Help\\en"), "C:\\KORLAN\\Help\\en");
     EXPECT_EQ(folderOf("\\LIBRARY") + folderOf("\\"), "C:\\KORLAN\\LIBRARYC:\\KORLAN\\");
     EXPECT_EQ(folderOf("ROOT"), "9");
     for (const char* designation : {"\\LIB\\..\\..\\Windows", "\\LIB\\.. \\x", "\\LIB\\..../x", "\\D:\\x"})
@@ -58,14 +57,6 @@ TEST_F(Settings, DesignationsBecomeInstallationFolders) {
 TEST_F(Settings, BareNamesHoldNoFolder) {
     for (const char* name : {"a\\b", "a/b", "..", "C:x", "a\r\n1=b.SYMBOL"})
         EXPECT_THROW(RequireBareName(name), RuntimeError) << name;
-    EXPECT_NO_THROW(RequireBareName("..A..B.C"));
-}
-
-TEST_F(Settings, TheTemporaryFolderIsTheProgramsOwn) {
-    Process().programPath = "C:\\Missing Place\\KlnUpdt.EXE";
-    SetTempFolder();
-    EXPECT_EQ(Suite.TempFolder, "C:\\Missing Place\\Temp");
-    EXPECT_TRUE(Desktop().boxes.empty());
 }
 
 } // namespace
