@@ -2,7 +2,7 @@
 add_compile_options(-Wall -Wextra -Wshadow)
 add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wconversion>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-  add_compile_options(-Wno-restrict) # false alarms about std::string in optimised builds of this version
+  add_compile_options($<$<CONFIG:Release>:-Wno-restrict>) # false alarms about std::string
 endif()
 if(KLN_STRICT)
   add_compile_options(-Werror)

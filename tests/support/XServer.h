@@ -19,9 +19,9 @@ public:
     explicit ChildProcess(std::vector<const char*> command);
     ChildProcess(const ChildProcess&) = delete;
     ~ChildProcess() { End(); }
-    void End();
+    void End();                    // by a signal
     std::optional<int> ExitCode(); // nothing while it runs; -1 when a signal ended it
-    void Wait();
+    void Wait() { Reap(0); }
 
 private:
     void Reap(int options);
@@ -51,12 +51,11 @@ public:
     OtherProgram(const OtherProgram&) = delete;
     ~OtherProgram() { xcb_disconnect(connection_); }
 
-    xcb_connection_t* Connection() const { return connection_; }
     xcb_window_t Root() const { return root_; }
     xcb_atom_t Atom(const std::string& name) const;
 
     // A window of 200 by 100 at 10, 20 that shows itself to a window manager when `shown`.
-    xcb_window_t MakeWindow(const std::string& title, bool shown, xcb_window_t parent = XCB_WINDOW_NONE) const;
+    xcb_window_t MakeWindow(const std::string& title, bool shown) const;
     void AskToClose(xcb_window_t window) const; // as a window manager does for the close box
     void Destroy(xcb_window_t window) const;
     void SetProperty(xcb_window_t window, const std::string& name, const std::string& type, const std::string& bytes,
@@ -71,13 +70,9 @@ public:
     bool Exists(xcb_window_t window) const { return Parent(window) != 0; }
     bool Viewable(xcb_window_t window) const;
     xcb_window_t Parent(xcb_window_t window) const;
-    xcb_window_t Frame(xcb_window_t window) const;                   // the child of the root it stands in
-    std::vector<xcb_window_t> TopDown() const;                       // children of the root, top first
-    std::vector<std::int32_t> FramePlace(xcb_window_t window) const; // left, top, width, height
-
-    // Waits for an event of this kind about this window; false when none comes within five seconds.
-    bool WaitFor(std::uint8_t event, xcb_window_t window) const;
-    void Sync() const { Parent(root_); } // whatever is answered, all requests before it are done
+    std::vector<xcb_window_t> TopDown() const;      // children of the root, top first
+    bool IsAskedToClose(xcb_window_t window) const; // waits for it
+    void Sync() const { Parent(root_); }            // whatever is answered, all requests before it are done
 
 private:
     xcb_connection_t* connection_;
