@@ -2,7 +2,6 @@
 #include "tests/jet/TestDatabases.h"
 #include "tests/support/Failing.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <map>
