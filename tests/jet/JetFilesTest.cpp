@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <tuple>
 
 namespace korlan {
 namespace {

@@ -49,6 +49,7 @@ TEST(Files, EachCallReportsWhatStoppedIt) {
     expect(kErrPathNotFound, ListNormalFiles, {"C:\\none", "C:\\file.txt"});
     expect(kErrPathNotFound, ChangeCurrentFolder, {"C:\\none", "C:\\file.txt"});
     EXPECT_EQ(drive.Read("locked.txt"), "locked");
+    EXPECT_TRUE(FolderExists("c:\\FOLDER\\") && !FolderExists("C:\\file.txt") && !FolderExists("C:\\none"));
     for (const char* path : {"C:\\none", "C:\\folder", "C:\\locked.txt", "Q:\\x", "C:\\"})
         EXPECT_FALSE(EraseFile(path)) << path;
     SetAttributesNormal("C:\\LOCKED.TXT");

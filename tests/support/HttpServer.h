@@ -44,7 +44,6 @@ public:
     HttpServer& operator=(const HttpServer&) = delete;
 
     std::string Url(const std::string& target = {}) const; // "http://127.0.0.1:port" + target
-    int Port() const { return port_; }
 
     // What a request target answers; any other target gets 404.
     void Answer(const std::string& target, HttpAnswer answer);
