@@ -1,23 +1,17 @@
-// Every test database against its expected rows and columns.
+// Every test database against its expected rows and columns; tables are found without regard to case.
 #include "tests/jet/TestDatabases.h"
 #include "tests/support/Failing.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <map>
-#include <tuple>
 
 namespace korlan {
 namespace {
 
+using namespace test;
 using jet::ColumnType;
-using test::Cell;
-using test::OpenBytes;
-using test::ReadTestFile;
-using test::Row;
 
-// The databases; their tables are found without regard to case.
 class JetFiles : public testing::TestWithParam<std::string> {};
 
 std::string MainTableOf(const std::string& file) {
@@ -38,7 +32,7 @@ Cell DateOfProgram(const Cell& date) {
 TEST_P(JetFiles, HasExactlyItsRows) {
     const std::string& file = GetParam();
     jet::JetTable table = OpenJetTable(OpenBytes(ReadTestFile(file)), MainTableOf(file));
-    std::vector<Row> expected = test::ReadTsv(file + ".tsv");
+    std::vector<Row> expected = ReadTsv(file + ".tsv");
     Row names;
     for (const jet::Column& column : table.Columns()) names.push_back(column.name);
     ASSERT_EQ(names, expected.front());
@@ -47,7 +41,7 @@ TEST_P(JetFiles, HasExactlyItsRows) {
         if (table.Columns()[column].type != ColumnType::Date) continue;
         for (Row& row : expected) row[column] = DateOfProgram(row[column]);
     }
-    const std::vector<Row> rows = test::ReadAll(table);
+    const std::vector<Row> rows = ReadAll(table);
     ASSERT_EQ(rows.size(), expected.size());
     for (std::size_t i = 0; i < rows.size(); ++i) ASSERT_EQ(rows[i], expected[i]) << "row " << i;
 }
@@ -62,52 +56,42 @@ INSTANTIATE_TEST_SUITE_P(All, JetFiles,
 
 using ColumnFacts = std::tuple<std::string, ColumnType, int>; // name, type, declared size
 
-class JetSchemas : public testing::TestWithParam<std::string> {};
-
-TEST_P(JetSchemas, AreAsListed) {
-    std::map<std::string, ColumnType> types = {{"BOOLEAN", ColumnType::YesNo},  {"BYTE", ColumnType::Byte},
-                                               {"INT", ColumnType::Integer},    {"LONG", ColumnType::Long},
-                                               {"MONEY", ColumnType::Currency}, {"FLOAT", ColumnType::Single},
-                                               {"DOUBLE", ColumnType::Double},  {"SHORT_DATE_TIME", ColumnType::Date},
-                                               {"BINARY", ColumnType::Binary},  {"TEXT", ColumnType::Text},
-                                               {"OLE", ColumnType::Ole},        {"MEMO", ColumnType::Memo},
-                                               {"GUID", ColumnType::Guid},      {"NUMERIC", ColumnType::Decimal}};
-    std::map<std::pair<std::string, std::string>, std::vector<ColumnFacts>> expected;
-    std::vector<Row> listed = test::ReadTsv(GetParam() + "SCHEMA.tsv");
-    for (std::size_t i = 1; i < listed.size(); ++i) {
-        const Row& line = listed[i];
-        expected[{*line[0], *line[1]}].emplace_back(*line[3], types.at(*line[4]), std::stoi(*line[5]));
-    }
-    ASSERT_GE(expected.size(), 12U);
-    for (const auto& [key, columns] : expected) {
-        const auto file = OpenBytes(ReadTestFile(GetParam() + key.first));
-        std::vector<ColumnFacts> found;
-        const jet::JetTable table = OpenJetTable(file, key.second);
-        for (const jet::Column& column : table.Columns()) {
-            const bool isWide = column.type == ColumnType::Text && !file->IsJet3();
-            const bool hasSize = column.type != ColumnType::YesNo;
-            found.emplace_back(column.name, column.type, !hasSize ? 1 : isWide ? column.size / 2 : column.size);
+TEST(JetSchemas, AreAsListed) {
+    using enum ColumnType;
+    std::map<std::string, ColumnType> types = {
+        {"BOOLEAN", YesNo},  {"BYTE", Byte},      {"INT", Integer},   {"LONG", Long},
+        {"MONEY", Currency}, {"FLOAT", Single},   {"DOUBLE", Double}, {"SHORT_DATE_TIME", Date},
+        {"BINARY", Binary},  {"TEXT", Text},      {"OLE", Ole},       {"MEMO", Memo},
+        {"GUID", Guid},      {"NUMERIC", Decimal}};
+    for (const std::string folder : {"", "jet3/"}) {
+        std::map<std::pair<std::string, std::string>, std::vector<ColumnFacts>> expected;
+        std::vector<Row> listed = ReadTsv(folder + "SCHEMA.tsv");
+        for (std::size_t i = 1; i < listed.size(); ++i) {
+            const Row& line = listed[i];
+            expected[{*line[0], *line[1]}].emplace_back(*line[3], types.at(*line[4]), std::stoi(*line[5]));
         }
-        EXPECT_EQ(found, columns) << key.first << ' ' << key.second;
+        ASSERT_GE(expected.size(), 12U);
+        for (const auto& [key, columns] : expected) {
+            const auto file = OpenBytes(ReadTestFile(folder + key.first));
+            std::vector<ColumnFacts> found;
+            const jet::JetTable table = OpenJetTable(file, key.second);
+            for (const jet::Column& column : table.Columns()) {
+                const bool isWide = column.type == Text && !file->IsJet3();
+                found.emplace_back(column.name, column.type, column.type == YesNo ? 1 : column.size / (isWide ? 2 : 1));
+            }
+            EXPECT_EQ(found, columns) << key.first << ' ' << key.second;
+        }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, JetSchemas, testing::Values("", "jet3/"));
-
 TEST(JetTables, AreFoundByTheirWholeNameOnly) {
-    const struct {
-        const char *file, *table;
-        std::int32_t error;
-    } cases[] = {
-        {"jet3/notable.mdb", "Files", kErrNoSuchTable},
-        {"SP1.mdb", "File", kErrNoSuchTable},
-        {"SP1.mdb", "", kErrNoSuchTable},
-        {"SP1.mdb", "Tables", kErrNoSuchTable}, // of another type
-        {"order.mdb", "FILES2", 0},
+    const auto open = [](const char* file, const char* table) {
+        return ErrorOf([&] { OpenJetTable(OpenBytes(ReadTestFile(file)), table); });
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(test::ErrorOf([&] { OpenJetTable(OpenBytes(ReadTestFile(c.file)), c.table); }), c.error)
-            << c.file << ' ' << c.table;
+    EXPECT_EQ(open("jet3/notable.mdb", "Files"), kErrNoSuchTable);
+    for (const char* table : {"File", "", "Tables"}) // the last one of another type
+        EXPECT_EQ(open("SP1.mdb", table), kErrNoSuchTable) << table;
+    EXPECT_EQ(open("order.mdb", "FILES2"), 0);
 }
 
 } // namespace

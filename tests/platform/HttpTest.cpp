@@ -9,9 +9,6 @@
 
 #include <chrono>
 #include <optional>
-#include <source_location>
-#include <stdexcept>
-#include <thread>
 
 using namespace korlan;
 using namespace korlan::test;
@@ -20,14 +17,11 @@ using testing::StartsWith;
 namespace {
 
 constexpr std::uint64_t kMegabyte = 1024 * 1024;
-constexpr const char* kHints = "HTTP/1.1 103 Early Hints\r\nLink: </a>\r\n\r\n";
 
 class Session {
 public:
     explicit Session(WaitSlice wait = {}) : handle_(OpenHttpSession("KlnUpdt", std::move(wait))) {}
     ~Session() { CloseHttpHandle(handle_); }
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
     HttpHandle Open(const std::string& url) const { return OpenHttpUrl(handle_, url); }
 
 private:
@@ -37,12 +31,12 @@ private:
 struct WholeBody {
     std::string bytes;
     std::vector<std::size_t> blocks;
-    bool well = true; // no read failed
+    bool well = true;
 };
 
-WholeBody ReadAll(HttpHandle url, std::size_t blockSize = 1024) {
+WholeBody ReadAll(HttpHandle url) {
     WholeBody body;
-    std::string block(blockSize, '\0');
+    std::string block(1024, '\0');
     for (std::size_t read = 99;; body.blocks.push_back(read)) {
         body.well = ReadHttpBlock(url, block, read);
         if (read == 0) return body;
@@ -51,8 +45,8 @@ WholeBody ReadAll(HttpHandle url, std::size_t blockSize = 1024) {
 }
 
 std::string Pattern(std::size_t size) {
-    std::string text(size, '\0');
-    for (std::size_t i = 0; i < size; ++i) text[i] = static_cast<char>(i * 31 + i / 251);
+    std::string text;
+    while (text.size() < size) text += static_cast<char>(text.size() * 31 + text.size() / 251);
     return text;
 }
 
@@ -75,7 +69,7 @@ protected:
     HttpServer server_;
 };
 
-// Two ways to ask: a session and the probe. Neither gets anything there.
+// Neither the session nor the probe gets anything there.
 void ExpectNothingAt(const std::string& url) {
     EXPECT_EQ(0, Session().Open(url)) << url;
     TransferControl control("KlnUpdt");
@@ -91,11 +85,8 @@ TEST_F(HttpTest, SendsTheAddressAsItStandsButForBlanksAndBackslashes) {
     expect("/a b.zip", "/a%20b.zip");
     expect("/a?q=b c&p=C:\\x  ", "/a?q=b%20c&p=C:\\x");
     expect("/LIB\\a.zip", "/LIB/a.zip");
-    expect("//a/../b/./c", "//a/../b/./c");
     expect("/a%23b;=&+@!~,'()*", "/a%23b;=&+@!~,'()*");
     expect("/\xC3\xA4", "/%c3%a4");
-    expect("", "/");
-    EXPECT_NE(0, Session().Open("HTTP" + server_.Url("/").substr(4)));
 }
 
 TEST_F(HttpTest, RefusesAddressesWithoutAServerBehindThem) {
@@ -105,34 +96,27 @@ TEST_F(HttpTest, RefusesAddressesWithoutAServerBehindThem) {
           "http:///" + host, std::string("http://?a"), "ftp://" + host, std::string("file:///etc/passwd"),
           server_.Url("/a\r\nX-Injected: 1"), std::string("http://127.0.0.1:99999/a")})
         ExpectNothingAt(url);
-    EXPECT_EQ(0, server_.ConnectionsOpened());
+    EXPECT_EQ(0, server_.MostConnectionsAtOnce());
     ExpectNothingAt("https://" + host);                // no TLS there
     const std::string nobody = HttpServer().Url("/a"); // gone again
     ExpectNothingAt(nobody);
 }
 
-TEST_F(HttpTest, AsksWithFewHeadersAndThroughTheProxyOfTheSystem) {
+TEST_F(HttpTest, AsksWithFewHeaders) {
     server_.Answer("/a", {});
     Session().Open(server_.Url("/a"));
     TransferControl control("Probe");
     Probe(control, server_.Url("/a"));
-    const std::string host = "Host: 127.0.0.1:" + std::to_string(server_.Port());
     ASSERT_EQ(2u, server_.Requests().size());
-    const std::string head = "GET /a HTTP/1.1\r\n" + host + "\r\nUser-Agent: ", rest = "\r\nAccept: */*\r\n\r\n";
+    const std::string head = "GET /a HTTP/1.1\r\nHost: " + server_.Url().substr(7) + "\r\nUser-Agent: ",
+                      rest = "\r\nAccept: */*\r\n\r\n";
     EXPECT_EQ(head + "KlnUpdt" + rest, server_.Requests()[0].head);
     EXPECT_EQ(head + "Probe" + rest, server_.Requests()[1].head);
-
-    const ScopedVariable proxy("http_proxy", server_.Url());
-    server_.Answer("http://updates.invalid/a", {.body = "by proxy"});
-    const Session session;
-    EXPECT_EQ("by proxy", ReadAll(session.Open("http://updates.invalid/a")).bytes);
 }
 
 TEST_F(HttpTest, FillsBlocksUntilTheBodyEnds) {
     const std::string body = Pattern(2500);
-    const auto expect = [&](const std::vector<std::size_t>& blocks, const HttpAnswer& answer,
-                            std::source_location from = std::source_location::current()) {
-        SCOPED_TRACE(from.line());
+    const auto expect = [&](const std::vector<std::size_t>& blocks, const HttpAnswer& answer) {
         server_.Answer("/a", answer);
         const Session session;
         const HttpHandle url = session.Open(server_.Url("/a"));
@@ -143,20 +127,11 @@ TEST_F(HttpTest, FillsBlocksUntilTheBodyEnds) {
     };
     const std::vector<std::size_t> whole{1024, 1024, 452}, cut{1024, 476};
     expect({1024}, {.body = Pattern(1024)});
-    expect({}, {});
     expect(whole, {.body = body, .pieceSize = 7});
     expect(whole, {.body = body, .chunked = true, .pieceSize = 100});
-    expect(whole, {.body = body, .declaredLength = ""});
     expect(cut, {.body = body, .declaredLength = "9999", .cutsAfter = 1500});
-    expect(cut, {.body = body, .chunked = true, .pieceSize = 100, .cutsAfter = 1500});
     expect(cut, {.body = body, .declaredLength = "1500", .cutsAfter = 2500}); // more than declared
     expect(whole, {.headers = {{"Content-Encoding", "gzip"}}, .body = body}); // as it came
-    expect(whole, {.body = body, .informational = kHints});
-    server_.Answer("/large", {.body = Pattern(3 * kMegabyte)}); // blocks larger than what is kept of a body
-    const Session session;
-    const WholeBody large = ReadAll(session.Open(server_.Url("/large")), 2 * kMegabyte);
-    EXPECT_THAT(large.blocks, testing::ElementsAre(2 * kMegabyte, kMegabyte));
-    EXPECT_TRUE(large.bytes == Pattern(3 * kMegabyte));
 }
 
 TEST_F(HttpTest, OpensByTheStatusOfTheFinalAnswer) {
@@ -169,21 +144,12 @@ TEST_F(HttpTest, OpensByTheStatusOfTheFinalAnswer) {
         server_.Redirect("/a", "/good", status);
         const Session session;
         EXPECT_EQ("good", ReadAll(session.Open(server_.Url("/a"))).bytes) << status;
-        server_.Redirect("/a", "/missing", status);
-        EXPECT_EQ(0, session.Open(server_.Url("/a"))) << status;
     }
-    for (const char* location : {"file:///etc/passwd", "ftp://127.0.0.1/a"}) {
-        server_.Redirect("/a", location);
-        EXPECT_EQ(0, Session().Open(server_.Url("/a"))) << location;
-    }
-
-    server_.Answer("/20", {.body = "there"});
-    for (int i = 0; i < 20; ++i) server_.Redirect("/" + std::to_string(i), "/" + std::to_string(i + 1));
-    const Session session;
-    EXPECT_EQ("there", ReadAll(session.Open(server_.Url("/0"))).bytes);
+    server_.Redirect("/out", "file:///etc/passwd");
+    EXPECT_EQ(0, Session().Open(server_.Url("/out")));
     server_.Redirect("/loop", "/loop");
     const std::size_t before = server_.Requests().size();
-    EXPECT_EQ(0, session.Open(server_.Url("/loop")));
+    EXPECT_EQ(0, Session().Open(server_.Url("/loop")));
     EXPECT_EQ(before + 21, server_.Requests().size());
 }
 
@@ -195,7 +161,6 @@ TEST_F(HttpTest, BoundsWhatAnUnreadBodyFetchesAndLeavesNoSocket) {
     EXPECT_LT(server_.BytesSent("/unread"), 16 * kMegabyte); // what the system's own buffers hold
     EXPECT_EQ(2, server_.MostConnectionsAtOnce());
     EXPECT_EQ(30 * kMegabyte, ReadAll(unread).bytes.size()) << "a paused body goes on";
-    EXPECT_NE(0, session->Open(server_.Url("/unread")));
     session.reset();
     EXPECT_TRUE(server_.AllConnectionsClosed());
 }
@@ -219,73 +184,23 @@ TEST_F(HttpTest, EveryKindOfWaitIsAbandonedAtOnceOrAtTheTimeLimit) {
     EXPECT_EQ(1024u, body.bytes.size());
 }
 
-TEST_F(HttpTest, ClosingOrThrowingInAWaitEndsIt) {
-    server_.Answer("/body", {.declaredLength = "3000", .stallsAfter = 0});
-    HttpHandle toClose = 0;
-    const auto closing = [&] {
-        if (toClose != 0) CloseHttpHandle(toClose);
-        return true;
-    };
-    const HttpHandle session = OpenHttpSession("KlnUpdt", closing);
-    const HttpHandle first = OpenHttpUrl(session, server_.Url("/body"));
-    const HttpHandle second = OpenHttpUrl(session, server_.Url("/body"));
-    for (const auto& [reading, closed] : {std::pair{first, first}, {second, session}}) {
-        toClose = closed;
-        EXPECT_FALSE(ReadAll(reading).well);
-        EXPECT_FALSE(ReadAll(reading).well);
-    }
-    EXPECT_EQ(0, OpenHttpUrl(session, server_.Url("/body")));
-    toClose = OpenHttpSession("KlnUpdt", closing);
-    EXPECT_EQ(0, OpenHttpUrl(toClose, server_.Url("/headers")));
-    const Session throwing([]() -> bool { throw std::runtime_error("handler"); });
-    for (int i = 0; i < 2; ++i) EXPECT_THROW(throwing.Open(server_.Url("/headers")), std::runtime_error);
-    EXPECT_TRUE(server_.AllConnectionsClosed());
-}
-
-// A question may stand before the user for minutes while the connection comes about behind it.
-TEST_F(HttpTest, TheTimeAHandlerTakesIsNotCounted) {
-    server_.Answer("/a", {.body = "x"});
-    std::string url = server_.Url("/a");
-    url.replace(url.find("127.0.0.1"), 9, "slow.here.test");
-    SetHttpTimeLimit(std::chrono::milliseconds(200));
-    std::optional<StalledLookUp> lookUp("slow.here.test");
-    const auto handler = [&] {
-        if (lookUp) std::this_thread::sleep_for(std::chrono::milliseconds(400));
-        lookUp.reset();
-        return true;
-    };
-    const Session session(handler);
-    EXPECT_NE(0, session.Open(url));
-
-    lookUp.emplace("slow.here.test");
-    TransferControl control("KlnUpdt");
-    control.SetUrl(url);
-    control.ExecuteGet();
-    while (control.StillExecuting()) handler();
-    EXPECT_THAT(control.GetHeader(), StartsWith("HTTP/1.1 200"));
-}
-
 TEST_F(HttpTest, TheProbeBringsTheFinalHeadersAndNoBody) {
     server_.Answer("/a", {.headers = {{"X-Empty", ""}, {"X-Two", "  two words "}}, .filling = 100 * kMegabyte});
-    server_.Answer("/hints", {.body = "x", .informational = kHints});
+    server_.Answer("/hints", {.informational = "HTTP/1.1 103 Early Hints\r\n\r\n"});
     server_.Redirect("/moved", "/a");
-    server_.Redirect("/moved-away", "/gone");
     TransferControl control("KlnUpdt");
     EXPECT_EQ("", control.GetHeader());
-    EXPECT_FALSE(control.StillExecuting());
-
     const std::string whole =
         "HTTP/1.1 200 OK\r\nX-Empty: \r\nX-Two:   two words \r\nContent-Length: 104857600\r\n\r\n";
     for (const char* target : {"/a", "/moved"}) {
         EXPECT_EQ(whole, Probe(control, server_.Url(target))) << target;
         EXPECT_EQ("104857600", control.GetHeader("content-LENGTH"));
         EXPECT_EQ("two words", control.GetHeader("X-Two"));
-        EXPECT_EQ("", control.GetHeader("X-Empty"));
-        EXPECT_EQ("", control.GetHeader("Content"));
+        EXPECT_EQ("", control.GetHeader("X-Empty") + control.GetHeader("Content"));
         EXPECT_TRUE(server_.AllConnectionsClosed()) << target;
     }
     EXPECT_LT(server_.BytesSent("/a"), 32 * kMegabyte); // two probes: what the system's own buffers hold
-    EXPECT_THAT(Probe(control, server_.Url("/moved-away")), StartsWith("HTTP/1.1 404 Not Found\r\n"));
+    EXPECT_THAT(Probe(control, server_.Url("/gone")), StartsWith("HTTP/1.1 404 Not Found\r\n"));
     EXPECT_THAT(Probe(control, server_.Url("/hints")), StartsWith("HTTP/1.1 200 OK\r\n"));
 
     control.SetUrl(server_.Url("/headers"));
@@ -293,7 +208,6 @@ TEST_F(HttpTest, TheProbeBringsTheFinalHeadersAndNoBody) {
     while (server_.Targets().back() != "/headers") EXPECT_TRUE(control.StillExecuting());
     control.Cancel();
     EXPECT_FALSE(control.StillExecuting());
-    EXPECT_EQ("", control.GetHeader());
     EXPECT_TRUE(server_.AllConnectionsClosed());
 }
 

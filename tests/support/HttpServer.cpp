@@ -9,9 +9,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <chrono>
-#include <cstdio>
+#include <sstream>
 #include <stdexcept>
 
 namespace korlan::test {
@@ -68,11 +67,6 @@ std::uint64_t HttpServer::BytesSent(const std::string& target) const {
     return found == bytesSent_.end() ? 0 : found->second;
 }
 
-int HttpServer::ConnectionsOpened() const {
-    const std::lock_guard lock(mutex_);
-    return opened_;
-}
-
 int HttpServer::MostConnectionsAtOnce() const {
     const std::lock_guard lock(mutex_);
     return mostAtOnce_;
@@ -86,7 +80,8 @@ bool HttpServer::AllConnectionsClosed() const {
 // Waits for one of the events; false when the server ends.
 bool HttpServer::WaitFor(int socket, short events) const {
     std::array<pollfd, 2> waited{{{socket, events, 0}, {stop_[0], POLLIN, 0}}};
-    poll(waited.data(), waited.size(), -1);
+    while (poll(waited.data(), waited.size(), -1) < 0) { // a signal
+    }
     return waited[1].revents == 0;
 }
 
@@ -97,7 +92,6 @@ void HttpServer::AcceptLoop() {
         const int on = 1;
         setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
         const std::lock_guard lock(mutex_);
-        ++opened_;
         mostAtOnce_ = std::max(mostAtOnce_, ++open_);
         connections_.emplace_back([this, socket] { Serve(socket); });
     }
@@ -128,7 +122,6 @@ bool HttpServer::ReadHead(int socket, std::string& head) const {
     while (!head.ends_with("\r\n\r\n")) {
         if (!WaitFor(socket, POLLIN)) return false;
         const ssize_t count = recv(socket, bytes.data(), bytes.size(), 0);
-        if (count < 0 && errno == EAGAIN) continue;
         if (count <= 0) return false;
         head.append(bytes.data(), static_cast<std::size_t>(count));
         if (!head.starts_with("GET ")) return false;
@@ -136,32 +129,26 @@ bool HttpServer::ReadHead(int socket, std::string& head) const {
     return true;
 }
 
-bool HttpServer::Send(int socket, const char* data, std::size_t size) const {
-    while (size > 0) {
-        if (!WaitFor(socket, POLLOUT)) return false;
-        const ssize_t count = send(socket, data, size, MSG_NOSIGNAL);
-        if (count < 0 && errno == EAGAIN) continue;
+bool HttpServer::Send(int socket, std::string_view bytes) const {
+    while (!bytes.empty()) {
+        const ssize_t count = WaitFor(socket, POLLOUT) ? send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL) : -1;
         if (count < 0) return false;
-        data += count;
-        size -= static_cast<std::size_t>(count);
+        bytes.remove_prefix(static_cast<std::size_t>(count));
     }
     return true;
 }
 
-void HttpServer::StallUntilHungUp(int socket) const {
+// False: nothing is left to say.
+bool HttpServer::StallUntilHungUp(int socket) const {
     char byte = 0;
-    while (WaitFor(socket, POLLIN)) {
-        const ssize_t count = recv(socket, &byte, 1, 0);
-        if (count == 0 || (count < 0 && errno != EAGAIN)) return;
+    while (WaitFor(socket, POLLIN) && recv(socket, &byte, 1, 0) > 0) {
     }
+    return false;
 }
 
 // False when the connection is at its end.
 bool HttpServer::SendAnswer(int socket, const std::string& target, const HttpAnswer& answer) {
-    if (answer.stallsBeforeHeaders) {
-        StallUntilHungUp(socket);
-        return false;
-    }
+    if (answer.stallsBeforeHeaders) return StallUntilHungUp(socket);
     std::string head =
         answer.informational + "HTTP/1.1 " + std::to_string(answer.status) + ' ' + answer.reason + "\r\n";
     for (const auto& [name, value] : answer.headers) head.append(name).append(": ").append(value).append("\r\n");
@@ -170,39 +157,26 @@ bool HttpServer::SendAnswer(int socket, const std::string& target, const HttpAns
         head += "Transfer-Encoding: chunked\r\n";
     else if (!length.empty())
         head += "Content-Length: " + length + "\r\n";
-    head += "\r\n";
-    if (!Send(socket, head.data(), head.size()) || !SendBody(socket, target, answer)) return false;
+    if (!Send(socket, head + "\r\n") || !SendBody(socket, target, answer)) return false;
     return answer.chunked || !length.empty();
 }
 
 bool HttpServer::SendBody(int socket, const std::string& target, const HttpAnswer& answer) {
     const std::uint64_t whole = answer.body.size() + answer.filling;
     const std::uint64_t end = std::min({whole, answer.stallsAfter.value_or(whole), answer.cutsAfter.value_or(whole)});
-    for (std::uint64_t at = 0; at < end;) {
-        const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(end - at, answer.pieceSize));
-        if (!SendPiece(socket, target, answer, at, size)) return false;
-        at += size;
-    }
-    if (answer.stallsAfter) StallUntilHungUp(socket);
-    if (answer.stallsAfter || answer.cutsAfter) return false;
-    return !answer.chunked || Send(socket, "0\r\n\r\n", 5);
-}
-
-bool HttpServer::SendPiece(int socket, const std::string& target, const HttpAnswer& answer, std::uint64_t at,
-                           std::size_t size) {
-    std::string piece;
-    if (at < answer.body.size()) piece = answer.body.substr(static_cast<std::size_t>(at), size);
-    piece.append(size - piece.size(), 'x');
-    {
+    for (std::uint64_t at = 0, size = 0; at < end; at += size) {
+        size = std::min<std::uint64_t>(end - at, answer.pieceSize);
+        std::string piece = answer.body.substr(std::min<std::size_t>(at, answer.body.size()), size);
+        piece.resize(size, 'x');
+        std::ostringstream length;
+        length << std::hex << size << "\r\n";
+        if (answer.chunked) piece = length.str() + piece + "\r\n";
+        if (!Send(socket, piece)) return false;
         const std::lock_guard lock(mutex_);
         bytesSent_[target] += size;
     }
-    if (answer.chunked) {
-        std::array<char, 20> length{};
-        std::snprintf(length.data(), length.size(), "%zx\r\n", size);
-        piece = length.data() + piece + "\r\n";
-    }
-    return Send(socket, piece.data(), piece.size());
+    if (answer.stallsAfter) return StallUntilHungUp(socket);
+    return !answer.cutsAfter && (!answer.chunked || Send(socket, "0\r\n\r\n"));
 }
 
 } // namespace korlan::test

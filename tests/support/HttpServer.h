@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -43,7 +44,6 @@ public:
     HttpServer& operator=(const HttpServer&) = delete;
 
     std::string Url(const std::string& target = {}) const; // "http://127.0.0.1:port" + target
-    int Port() const { return port_; }
 
     // What a request target answers; any other target gets 404.
     void Answer(const std::string& target, HttpAnswer answer);
@@ -52,7 +52,6 @@ public:
     std::vector<HttpRequest> Requests() const;
     std::vector<std::string> Targets() const;
     std::uint64_t BytesSent(const std::string& target) const; // of bodies
-    int ConnectionsOpened() const;
     int MostConnectionsAtOnce() const;
     // Waits until every client has hung up; false when one has not after ten seconds.
     bool AllConnectionsClosed() const;
@@ -61,11 +60,10 @@ private:
     void AcceptLoop();
     void Serve(int socket);
     bool ReadHead(int socket, std::string& head) const;
-    bool Send(int socket, const char* data, std::size_t size) const;
-    void StallUntilHungUp(int socket) const;
+    bool Send(int socket, std::string_view bytes) const;
+    bool StallUntilHungUp(int socket) const;
     bool SendAnswer(int socket, const std::string& target, const HttpAnswer& answer);
     bool SendBody(int socket, const std::string& target, const HttpAnswer& answer);
-    bool SendPiece(int socket, const std::string& target, const HttpAnswer& answer, std::uint64_t at, std::size_t size);
     bool WaitFor(int socket, short events) const;
 
     int listener_ = -1;
@@ -76,7 +74,6 @@ private:
     std::map<std::string, HttpAnswer> answers_;
     std::map<std::string, std::uint64_t> bytesSent_;
     std::vector<HttpRequest> requests_;
-    int opened_ = 0;
     int open_ = 0;
     int mostAtOnce_ = 0;
     std::vector<std::thread> connections_;

@@ -13,15 +13,14 @@ public:
     ~StalledListener();
     StalledListener(const StalledListener&) = delete;
     StalledListener& operator=(const StalledListener&) = delete;
-    std::string Url() const; // "http://127.0.0.1:port/a"
+    const std::string& Url() const { return url_; } // "http://127.0.0.1:port/a"
 
 private:
     std::vector<int> sockets_;
-    int port_ = 0;
+    std::string url_;
 };
 
-// While it lives, the look-up of this name does not end. Names ending in ".here.test" are this machine. Its end waits
-// for the look-ups that it held.
+// While it lives, the look-up of this name does not end. Its end waits for the look-ups that it held.
 class StalledLookUp {
 public:
     explicit StalledLookUp(const std::string& name);
