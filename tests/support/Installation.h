@@ -12,21 +12,12 @@
 #include "tests/support/TempFolder.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sqlite3.h>
-
-#include <filesystem>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace korlan::test {
 
 inline constexpr const char* kIni = "Korlan/SYS/TESSARY.INI";
 inline constexpr const char* kIndex = "Korlan/LIB/Parts.abd";
-inline constexpr const char* kIndexColumns =
-    "Name,Library,FullName,ExtIndexCode,KdsSimRef,Manufacturer,Type,Technology,PackageType,MMSimCode,KdsElementCode,"
-    "Symbol,Package,KdsModel,SSQON,SSQNum";
 
 class Installation : public testing::Test {
 protected:
@@ -68,7 +59,10 @@ protected:
         return rows;
     }
 
-    void MakeIndex() const { Index(std::string("CREATE TABLE PartFields (") + kIndexColumns + ")"); }
+    void MakeIndex() const {
+        Index("CREATE TABLE PartFields (Name,Library,FullName,ExtIndexCode,KdsSimRef,Manufacturer,Type,Technology,"
+              "PackageType,MMSimCode,KdsElementCode,Symbol,Package,KdsModel,SSQON,SSQNum)");
+    }
 
     TempDrive drive;
 };
