@@ -87,23 +87,6 @@ TEST_F(PartDatabaseTest, BadLibraryFilesEndTheOperation) {
     EXPECT_THAT(Names(), ElementsAre("SHORT.PART:A", "GOOD.PART:A")); // rows before the error stay
 }
 
-TEST_F(PartDatabaseTest, BadIndexFiles) {
-    WriteParts("A.PART", {{"X", "P " + kFields, ""}});
-    drive.Write(kIndex, "");
-    Index("CREATE TABLE PartFields (Name, Library, FullName)"); // lacks columns
-    const std::string lacking = drive.Read(kIndex);
-    for (const std::string& index : {std::string("no database at all"), std::string(), lacking}) {
-        SCOPED_TRACE(index.size());
-        drive.Write(kIndex, index);
-        UpdateLibDBAddFileElements("A.PART");
-        EXPECT_EQ(ErrorOf([] { UpdateLibDBDeleteFile("A.PART"); }) >= kErrDatabase, index != lacking);
-        EXPECT_EQ(drive.Read(kIndex), index);
-    }
-    std::filesystem::remove(drive.HostPathOf(kIndex));
-    UpdateLibDBAddFileElements("A.PART");
-    EXPECT_FALSE(drive.Exists(kIndex)) << "never made here";
-}
-
 TEST_F(PartDatabaseTest, AQuoteInANameIsNotDoubled) {
     MakeIndex();
     WriteParts("O'HARA.PART", {{"X", "P " + kFields, ""}});

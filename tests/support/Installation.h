@@ -1,5 +1,4 @@
-// A small installation on a temporary drive: program folder with the sample suite library, settings, library folder.
-// The program is as it is when its process starts, the people are scripted.
+// A small installation on a temporary drive, with the sample suite library, scripted people and a fresh program.
 #pragma once
 
 #include "app/Settings.h"
@@ -19,8 +18,7 @@ namespace korlan::test {
 inline constexpr const char* kIni = "Korlan/SYS/TESSARY.INI";
 inline constexpr const char* kIndex = "Korlan/LIB/Parts.abd";
 
-class Installation : public testing::Test {
-protected:
+struct Installation : testing::Test {
     Installation() {
         ResetProgram();
         ResetDesktop();
@@ -36,8 +34,7 @@ protected:
     // "|" in a descriptor stands for the byte 128.
     void WriteLibrary(const std::string& path, suite::Kind kind, std::vector<suite::Element> elements) const {
         for (suite::Element& element : elements)
-            for (char& c : element.descriptor)
-                if (c == '|') c = '\x80';
+            std::replace(element.descriptor.begin(), element.descriptor.end(), '|', '\x80');
         drive.Write(path, suite::LibraryBytes({kind, std::move(elements)}));
     }
 
@@ -46,16 +43,14 @@ protected:
         sqlite3* connection = nullptr;
         std::vector<std::string> rows;
         const auto addRow = [](void* target, int count, char** values, char** /*names*/) {
-            std::string row;
+            std::string& row = static_cast<std::vector<std::string>*>(target)->emplace_back();
             for (int i = 0; i < count; ++i) row.append(i > 0 ? "|" : "").append(values[i] ? values[i] : "-");
-            static_cast<std::vector<std::string>*>(target)->push_back(row);
             return 0;
         };
         sqlite3_open(drive.HostPathOf(kIndex).c_str(), &connection);
         const int code = sqlite3_exec(connection, sql.c_str(), addRow, &rows, nullptr);
-        const std::string message = sqlite3_errmsg(connection);
+        EXPECT_EQ(code, SQLITE_OK) << sql << ": " << sqlite3_errmsg(connection);
         sqlite3_close(connection);
-        if (code != SQLITE_OK) throw std::runtime_error(sql + ": " + message);
         return rows;
     }
 

@@ -1,6 +1,5 @@
 // A drive C: in a temporary folder, for tests that need real files. While it lives, $KLN_DRIVES names a folder of links
-// with "c:" in it, and the user's settings and cache folders ($XDG_CONFIG_HOME, $XDG_CACHE_HOME) lie in the same
-// temporary folder. At its end the variables and the current folder are as before and everything is gone.
+// with "c:" in it, and $XDG_CONFIG_HOME and $XDG_CACHE_HOME lie there too. At its end everything is as before.
 #pragma once
 
 #include <fcntl.h>
@@ -8,7 +7,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -16,8 +14,6 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 namespace korlan::test {
@@ -30,15 +26,11 @@ public:
         Set(value);
     }
     ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
     ~ScopedVariable() { Set(before_); }
 
 private:
     void Set(const std::optional<std::string>& value) {
-        if (value)
-            setenv(name_.c_str(), value->c_str(), 1);
-        else
-            unsetenv(name_.c_str());
+        value ? setenv(name_.c_str(), value->c_str(), 1) : unsetenv(name_.c_str());
     }
     std::string name_;
     std::optional<std::string> before_;
@@ -53,8 +45,6 @@ public:
         for (const char* folder : {"c", "drives", "config", "cache"}) std::filesystem::create_directory(top_ / folder);
         std::filesystem::create_directory_symlink(top_ / "c", top_ / "drives" / "c:");
     }
-    TempDrive(const TempDrive&) = delete;
-    TempDrive& operator=(const TempDrive&) = delete;
     ~TempDrive() {
         std::error_code ignored;
         std::filesystem::current_path(before_, ignored);
@@ -130,14 +120,12 @@ public:
 
 private:
     static std::filesystem::path MakeFolder() {
-        std::string name =
-            (std::filesystem::canonical(std::filesystem::temp_directory_path()) / "kln-test-XXXXXX").string();
+        std::string name = canonical(std::filesystem::temp_directory_path()) / "kln-test-XXXXXX";
         if (!mkdtemp(name.data())) throw std::runtime_error("cannot make " + name);
         return name;
     }
 
-    std::filesystem::path top_;
-    std::filesystem::path before_;
+    std::filesystem::path top_, before_;
     ScopedVariable drives_, config_, cache_;
 };
 
