@@ -122,16 +122,5 @@ TEST_F(CatalogueTest, AMasterCatalogueThatIsTornOrLeadsOutside) {
     }
 }
 
-TEST_F(CatalogueTest, CancelEndsTheLoopAfterThePackUnderWay) {
-    Master({"A", "B"});
-    ServePack("A", {Row("ONE.DLL", "Root", "one.zip"), Row("TWO.DLL", "Root", "two.zip")});
-    ServePack("B", {Row("THREE.DLL", "Root", "three.zip")});
-    test::Desktop().onControlChanged = [](const Control&, Aspect, std::int32_t) {
-        if (Tables.FileArray.UpperBound() == 1) korlan::Run.CancelRequested = 1; // between the rows of the first pack
-    };
-    EXPECT_EQ(Search(), 1);
-    EXPECT_EQ(Marks(), "00  ");
-}
-
 } // namespace
 } // namespace korlan

@@ -93,5 +93,31 @@ TEST_F(ProcessTest, RegistrationIsStartedWhereItCanBe) {
     EXPECT_EQ(Started("C:\\KORLAN\\TOOL.EXE x")[0], "[" + drive_.HostPathOf("KORLAN/TOOL.EXE") + "][x]");
 }
 
+// Runs `body` in a process of its own and returns what it returns.
+template <typename Body>
+int InAnotherProcess(Body body) {
+    const pid_t child = fork();
+    if (child == 0) _exit(body());
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST_F(ProcessTest, TheInstanceLockEndsWithItsProcessAndFollowsNoLink) {
+    const auto isAnotherRunning = [] { return AnotherInstanceRunning() ? 1 : 0; };
+    EXPECT_EQ(InAnotherProcess([&] {
+                  const int another = isAnotherRunning();
+                  StartProgram("sleep 2", WindowStyle::NormalFocus);
+                  return another + 2 * isAnotherRunning();
+              }),
+              0)
+        << "it took itself for another one";
+    EXPECT_EQ(InAnotherProcess(isAnotherRunning), 0) << "what it started holds the lock";
+    std::filesystem::remove(drive_.HostPathOf("BIN/klnupdt.lock"));
+    std::filesystem::create_symlink(drive_.HostPathOf("victim"), drive_.HostPathOf("BIN/klnupdt.lock"));
+    EXPECT_EQ(InAnotherProcess(isAnotherRunning), 0);
+    EXPECT_FALSE(drive_.Exists("victim"));
+}
+
 } // namespace
 } // namespace korlan

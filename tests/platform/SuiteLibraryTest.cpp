@@ -8,17 +8,15 @@ namespace korlan::test {
 
 namespace {
 
-constexpr const char* kFile = "Korlan/LIB/A.PART";
-const std::string kPath = "C:\\Korlan\\LIB\\A.PART";
+constexpr const char* kFile = "C:\\Korlan\\LIB\\A.PART";
 
-class SuiteLibraryTest : public Installation {
-protected:
+struct SuiteLibraryTest : Installation {
     // Reads the file in every way there is; the names it holds, none when it is refused.
     std::vector<std::string> Names() const {
         std::vector<std::string> names;
         std::vector<PartInformation> parts(3);
-        const std::int32_t error = ErrorOf([&] { E_GetPartInfo(kPath, parts); });
-        const LibraryHandle library = E_OpenLibrary(kPath, kPartLibraryType, 0);
+        const std::int32_t error = ErrorOf([&] { E_GetPartInfo(kFile, parts); });
+        const LibraryHandle library = E_OpenLibrary(kFile, kPartLibraryType, 0);
         EXPECT_EQ(library > 0, error == 0) << "both ways agree";
         if (library <= 0) return names;
         for (std::string name; !(name = E_GetLibDirName()).empty();) names.push_back(name);
@@ -55,12 +53,10 @@ TEST_F(SuiteLibraryTest, HostileFilesAreRefused) {
     for (std::size_t at = 0; at < good.size(); ++at) {
         drive.Write(kFile, good.substr(0, at)); // torn anywhere
         EXPECT_THAT(Names(), testing::IsEmpty()) << at;
-        for (const int bit : {1, 0x80}) { // any byte damaged: refused or read, never a crash
-            std::string bad = good;
-            bad[at] = static_cast<char>(bad[at] ^ bit);
-            drive.Write(kFile, bad);
-            EXPECT_LE(Names().size(), 2u);
-        }
+        std::string bad = good; // any byte damaged: refused or read, never a crash
+        bad[at] = static_cast<char>(~bad[at]);
+        drive.Write(kFile, bad);
+        EXPECT_LE(Names().size(), 2u);
     }
 }
 
