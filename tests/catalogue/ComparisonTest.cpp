@@ -11,7 +11,6 @@ protected:
     ComparisonTest() {
         drive.Write("KORLAN/SYS/A.DLL", "installed");
         drive.Touch("KORLAN/SYS/A.DLL", 2004, 3, 5, 9, 7, 2);
-        drive.SetMode("KORLAN/SYS/A.DLL", 0444);
     }
     void Add(const std::string& name, const std::string& designation, const std::string& date,
              const std::string& zip = {}) {
@@ -45,12 +44,13 @@ TEST_F(ComparisonTest, MarksWhatIsMissingOrOlder) {
 }
 
 TEST_F(ComparisonTest, JudgesOnePathOnceAndModelArchivesByTheirList) {
-    for (const char* applied : {"M.SPC.zip", "x.dll.zip"}) Tables.AppliedSPCList.Append(applied);
+    for (const char* applied : {"M.SPC.zip", "X.DLL.zip"}) Tables.AppliedSPCList.Append(applied);
     Add("M.SPC", "\\KDS_CML", "1-1-2004,0:0:0");
     Add("M2.SPC", "\\KDS_CML", "1-1-2004,0:0:0", "m.spc.zip"); // the name is compared exactly
-    Add("x.dll", "\\sys", "1-1-2005,0:0:0");
+    Add("X.DLL", "\\SYS", "1-1-2004,0:0:0");                   // no model
+    Add("x.dll", "\\sys", "1-1-2005,0:0:0", "second.zip");
     CompareUpdatableFiles();
-    EXPECT_EQ(Flags(), "011");
+    EXPECT_EQ(Flags(), "0110");
 }
 
 TEST_F(ComparisonTest, AnErrorEndsThePassAndLeavesThePacksUnmarked) {

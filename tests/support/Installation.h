@@ -7,7 +7,6 @@
 #include "platform/SuiteLibrary.h"
 #include "sample/suite/LibraryFile.h"
 #include "tests/support/ScriptedDesktop.h"
-#include "tests/support/ScriptedProcess.h"
 #include "tests/support/TempFolder.h"
 
 #include <gmock/gmock.h>
@@ -22,7 +21,6 @@ struct Installation : testing::Test {
     Installation() {
         ResetProgram();
         ResetDesktop();
-        ResetProcess();
         for (const char* folder : {"Korlan/LIB", "Korlan/SYS", "Korlan/Temp"}) drive.MakeFolders(folder);
         std::filesystem::create_symlink(KLN_SUITE_SO, drive.HostPathOf("Korlan/libklwupdt.so"));
         Suite.IniFilePath = "C:\\Korlan\\SYS\\TESSARY.INI";
@@ -48,8 +46,7 @@ struct Installation : testing::Test {
             return 0;
         };
         sqlite3_open(drive.HostPathOf(kIndex).c_str(), &connection);
-        const int code = sqlite3_exec(connection, sql.c_str(), addRow, &rows, nullptr);
-        EXPECT_EQ(code, SQLITE_OK) << sql << ": " << sqlite3_errmsg(connection);
+        EXPECT_EQ(sqlite3_exec(connection, sql.c_str(), addRow, &rows, nullptr), SQLITE_OK) << sql;
         sqlite3_close(connection);
         return rows;
     }

@@ -7,8 +7,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -66,13 +66,11 @@ public:
         return (top_ / "c" / path).string();
     }
 
-    // Makes the file's folders too.
-    void Write(std::string_view path, std::string_view bytes) const {
+    void Write(std::string_view path, std::string_view bytes) const { // makes the folders too
         const std::filesystem::path host = HostPathOf(path);
         std::filesystem::create_directories(host.parent_path());
         std::ofstream file(host, std::ios::binary | std::ios::trunc);
-        file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        if (!file.flush()) throw std::runtime_error("cannot write " + host.string());
+        if (!(file << bytes).flush()) throw std::runtime_error("cannot write " + host.string());
     }
 
     // The file's bytes; a file that is not there throws.
@@ -88,8 +86,7 @@ public:
 
     void MakeFolders(std::string_view path) const { std::filesystem::create_directories(HostPathOf(path)); }
 
-    // The names in a folder, sorted.
-    std::vector<std::string> Names(std::string_view folder = {}) const {
+    std::vector<std::string> Names(std::string_view folder = {}) const { // sorted
         std::vector<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(HostPathOf(folder)))
             names.push_back(entry.path().filename().string());
@@ -103,16 +100,12 @@ public:
 
     // Sets the last-write time (UTC).
     void Touch(std::string_view path, int year, int month, int day, int hour, int minute, int second) const {
-        std::tm time{};
-        time.tm_year = year - 1900, time.tm_mon = month - 1, time.tm_mday = day;
-        time.tm_hour = hour, time.tm_min = minute, time.tm_sec = second;
-        const timespec stamps[2] = {{timegm(&time), 0}, {timegm(&time), 0}};
-        if (utimensat(AT_FDCWD, HostPathOf(path).c_str(), stamps, 0) != 0)
-            throw std::runtime_error("cannot touch " + HostPathOf(path));
+        using namespace std::chrono;
+        const auto time = sys_days(std::chrono::year(year) / month / day) + hours(hour) + minutes(minute);
+        std::filesystem::last_write_time(HostPathOf(path), file_clock::from_sys(time + seconds(second)));
     }
 
-    // A further drive; `target` is a host folder.
-    void AddDrive(char letter, const std::string& target) const {
+    void AddDrive(char letter, const std::string& target) const { // `target` is a host folder
         std::filesystem::create_directory_symlink(target, top_ / "drives" / (std::string(1, letter) + ":"));
     }
 
