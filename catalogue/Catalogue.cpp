@@ -120,11 +120,4 @@ void UpdateFileArraySP() {
     }
 }
 
-void GetFileNameZip(const std::string& filePath, std::string& zipName) {
-    const std::int64_t separator = InStrRev(filePath, "\\");
-    const std::string name = Mid(filePath, separator == 0 ? 0 : separator + 1);
-    const std::int64_t dot = InStr(name, ".");
-    zipName = Left(name, dot - 1) + "DOTT" + Mid(name, dot + 1) + ".zip";
-}
-
 } // namespace korlan

@@ -20,8 +20,4 @@ void GetFilesInsideSP(const std::string& spCataloguePath, std::int32_t spIndex);
 // Copies the marks of FileArray onto the first member of that archive name in every pack.
 void UpdateFileArraySP();
 
-// The conventional archive name of a file: C:\X\PARTS.DLL gives PARTSDOTTDLL.zip. A path without "\" or a name without
-// "." raises 5. The catalogue's own archive names need not follow it.
-void GetFileNameZip(const std::string& filePath, std::string& zipName);
-
 } // namespace korlan

@@ -120,5 +120,34 @@ TEST_F(CatalogueTest, AMasterCatalogueThatIsTornOrLeadsOutside) {
     }
 }
 
+TEST_F(CatalogueTest, APackThatCannotBeFetchedIsPassedOverUnlessAnOlderCopyIsThere) {
+    Master({"GONE", "A"});
+    ServePack("A", {{"ONE.DLL", "Root", "1", "1-1-2004,0:0:0", "one.zip"}});
+    EXPECT_EQ(Search(), 1);
+    ASSERT_EQ(Tables.FileArraySP.UpperBound(), 2);
+    EXPECT_EQ(Tables.FileArraySP[1].Files.UpperBound(), 0);
+    EXPECT_EQ(Tables.FileArray.UpperBound(), 1);
+
+    test::RunSql(drive.HostPathOf("KORLAN/Temp/GONE"),
+                 test::CatalogueSql({{"OLD.DLL", "Root", "1", "1-1-2004,0:0:0", "old.zip"}}));
+    EXPECT_EQ(Search(), 1);
+    EXPECT_EQ(Tables.FileArraySP[1].Files.UpperBound(), 1);
+    EXPECT_EQ(Tables.FileArray[1].FileName, "OLD.DLL");
+}
+
+TEST_F(CatalogueTest, CancelEndsTheLoopAfterThePackUnderWay) {
+    Master({"A", "B"});
+    ServePack("A", {{"ONE.DLL", "Root", "1", "1-1-2004,0:0:0", "one.zip"},
+                    {"TWO.DLL", "Root", "1", "1-1-2004,0:0:0", "two.zip"}});
+    ServePack("B", {{"THREE.DLL", "Root", "1", "1-1-2004,0:0:0", "three.zip"}});
+    test::Desktop().onControlChanged = [](const Control&, Aspect, std::int32_t) {
+        if (Tables.FileArray.UpperBound() == 1) korlan::Run.CancelRequested = 1; // between the rows of the first pack
+    };
+    EXPECT_EQ(Search(), 1);
+    EXPECT_EQ(korlan::Run.CancelRequested, 1);
+    EXPECT_EQ(Tables.FileArray.UpperBound(), 2);
+    EXPECT_EQ(Tables.FileArraySP[2].Files.UpperBound(), 0);
+}
+
 } // namespace
 } // namespace korlan

@@ -27,7 +27,6 @@ struct ZipEntry {
     std::uint32_t flags = 0, method = 0;
     std::uint32_t checkSumError = 0; // added to the right check sum
     std::uint32_t sizeError = 0;     // added to the right size before packing
-    std::string directoryExtra = {}; // extra fields of the directory record
 };
 
 class ZipWriter {
@@ -35,12 +34,11 @@ public:
     ZipWriter& Add(const ZipEntry& entry) {
         const std::string stamp =
             entry.extendedTime ? Short(0x5455) + Short(5) + "\x01" + Long(Bits(*entry.extendedTime)) : std::string();
-        const std::string extra = stamp + entry.directoryExtra;
         const std::string common = Short(entry.flags) + Short(entry.method) + Short(entry.time) + Short(entry.date) +
                                    Long(CheckSum(entry.data) + entry.checkSumError) + Long(Size(entry.data)) +
                                    Long(Size(entry.data) + entry.sizeError) + Short(Size(entry.name));
-        directory_ += "PK\1\2" + Short(entry.maker) + Short(20) + common + Short(Size(extra)) + Short(0) + Short(0) +
-                      Short(0) + Long(entry.attributes) + Long(Size(members_)) + entry.name + extra;
+        directory_ += "PK\1\2" + Short(entry.maker) + Short(20) + common + Short(Size(stamp)) + Short(0) + Short(0) +
+                      Short(0) + Long(entry.attributes) + Long(Size(members_)) + entry.name + stamp;
         members_ += "PK\3\4" + Short(20) + common + Short(Size(stamp)) + entry.name + stamp + entry.data;
         ++count_;
         return *this;
