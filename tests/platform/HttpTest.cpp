@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <optional>
+#include <thread>
 
 using namespace korlan;
 using namespace korlan::test;
@@ -182,6 +183,29 @@ TEST_F(HttpTest, EveryKindOfWaitIsAbandonedAtOnceOrAtTheTimeLimit) {
     const WholeBody body = ReadAll(session.Open(server_.Url("/body")));
     EXPECT_FALSE(body.well);
     EXPECT_EQ(1024u, body.bytes.size());
+}
+
+// A question may stand before the user for minutes while the connection comes about behind it.
+TEST_F(HttpTest, TheTimeAHandlerTakesIsNotCounted) {
+    server_.Answer("/a", {.body = "x"});
+    std::string url = server_.Url("/a");
+    url.replace(url.find("127.0.0.1"), 9, "slow.here.test");
+    SetHttpTimeLimit(std::chrono::milliseconds(200));
+    std::optional<StalledLookUp> lookUp("slow.here.test");
+    const auto handler = [&] {
+        if (lookUp) std::this_thread::sleep_for(std::chrono::milliseconds(400));
+        lookUp.reset();
+        return true;
+    };
+    const Session session(handler);
+    EXPECT_NE(0, session.Open(url));
+
+    lookUp.emplace("slow.here.test");
+    TransferControl control("KlnUpdt");
+    control.SetUrl(url);
+    control.ExecuteGet();
+    while (control.StillExecuting()) handler();
+    EXPECT_THAT(control.GetHeader(), StartsWith("HTTP/1.1 200"));
 }
 
 TEST_F(HttpTest, TheProbeBringsTheFinalHeadersAndNoBody) {

@@ -29,8 +29,9 @@ extern "C" int getaddrinfo(const char* node, const char* service, const addrinfo
     --held;
     changed.notify_all();
     lock.unlock();
-    if (name.ends_with(".test")) return EAI_NONAME; // never asks a network
     static const auto systemLookUp = reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
+    if (name.ends_with(".here.test")) return systemLookUp("127.0.0.1", service, hints, result);
+    if (name.ends_with(".test")) return EAI_NONAME; // never asks a network
     return systemLookUp(node, service, hints, result);
 }
 

@@ -20,7 +20,8 @@ private:
     std::string url_;
 };
 
-// While it lives, the look-up of this name does not end. Its end waits for the look-ups that it held.
+// While it lives, the look-up of this name does not end. Names ending in ".here.test" are this machine. Its end waits
+// for the look-ups that it held.
 class StalledLookUp {
 public:
     explicit StalledLookUp(const std::string& name);
