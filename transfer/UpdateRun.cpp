@@ -59,16 +59,22 @@ void ShowRetry(const std::string& message) {
     EditMsgline(message);
 }
 
+// False when the archive library could not be called; what it made of the archive is not looked at.
+bool Extract(const FileRecord& record, std::int32_t index, std::string folder) {
+    std::string archive = record.TempZipFile;
+    std::int32_t completed = 0;
+    std::int32_t result = 0;
+    Unzip(completed, index, archive, folder, result);
+    return completed != 0;
+}
+
 // ---- download pass ----
 
 // Whether the archive left over from an earlier run holds the catalogue's version of the file.
 bool ArchiveIsCurrent(const FileRecord& record, std::int32_t index) {
-    std::string archive = record.TempZipFile;
     std::string folder = Suite.TempFolder;
-    std::int32_t completed = 0;
-    std::int32_t result = 0;
     AddBackslash(folder);
-    Unzip(completed, index, archive, folder, result);
+    Extract(record, index, folder);
     const std::string extracted = folder + record.FileName;
     if (!FileExists(extracted)) return false;
     const bool current = Trim(GetFileStamp(extracted)) == Trim(record.Filedate);
@@ -141,15 +147,6 @@ void RemoveInstalledFile(const FileRecord& record, std::int32_t index) {
     EraseFile(record.LocalFile);
 }
 
-bool ExtractRecord(const FileRecord& record, std::int32_t index) {
-    std::string archive = record.TempZipFile;
-    std::string folder = record.LocalFolder;
-    std::int32_t completed = 0;
-    std::int32_t result = 0;
-    Unzip(completed, index, archive, folder, result);
-    return completed != 0;
-}
-
 void ReportFailure(const FileRecord& record, const std::string& message) {
     ShowMsgBox(message + record.LocalFile, kBoxCritical, GetSysName());
 }
@@ -161,7 +158,7 @@ void RecordInstalled(const FileRecord& record, std::int32_t row, const std::stri
 
 void InstallPartLibrary(const FileRecord& record, const Place& place) {
     RemoveInstalledFile(record, place.index);
-    if (!ExtractRecord(record, place.index)) {
+    if (!Extract(record, place.index, record.LocalFolder)) {
         ReportFailure(record, "File not updated properly : "); // kept: not localised here
         return;
     }
@@ -184,7 +181,7 @@ void InstallModels(const FileRecord& record, const Place& place) {
 
 void InstallOther(const FileRecord& record, const Place& place) {
     RemoveInstalledFile(record, place.index);
-    if (!ExtractRecord(record, place.index)) {
+    if (!Extract(record, place.index, record.LocalFolder)) {
         ReportFailure(record, GetLocalText("File not updated properly : ", "991853"));
         return;
     }
