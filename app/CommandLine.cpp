@@ -1,9 +1,9 @@
 #include "app/CommandLine.h"
 
-#include "app/Paths.h"
-#include "app/Settings.h"
-#include "app/TextHelpers.h"
-#include "app/localise/LocalText.h"
+#include "app/base/LocalText.h"
+#include "app/base/Paths.h"
+#include "app/base/Settings.h"
+#include "app/base/TextHelpers.h"
 #include "platform/FileSystem.h"
 #include "platform/MsgBox.h"
 #include "platform/Process.h"

@@ -1,8 +1,8 @@
 #include "app/RunningSuite.h"
 
-#include "app/Settings.h"
-#include "app/TextHelpers.h"
-#include "app/frmUpdate.h"
+#include "app/base/Settings.h"
+#include "app/base/TextHelpers.h"
+#include "app/base/frmUpdate.h"
 #include "platform/Window.h"
 
 namespace korlan {

@@ -1,7 +1,7 @@
 // Process entry: the form, its start-up, the message loop, and the last resort for what no trap has caught.
-#include "app/Settings.h"
 #include "app/StartUp.h"
-#include "app/frmUpdate.h"
+#include "app/base/Settings.h"
+#include "app/base/frmUpdate.h"
 #include "platform/FormHost.h"
 #include "platform/MsgBox.h"
 #include "platform/Process.h"

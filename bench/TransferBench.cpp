@@ -2,7 +2,7 @@
 // libcurl's plain call into a file, as it comes and with the receive size of the back end; same server, same folder, in
 // turns. Prints the medians in MB/s and the ratio of each plain call's time to DownloadFile's (above 1: ours is
 // faster). Usage: TransferBench [MB a file] [rounds]
-#include "app/frmUpdate.h"
+#include "app/base/frmUpdate.h"
 #include "tests/support/HttpServer.h"
 #include "tests/support/ScriptedDesktop.h"
 #include "tests/support/TempFolder.h"

@@ -1,8 +1,8 @@
 #include "catalogue/Comparison.h"
 
-#include "app/Paths.h"
-#include "app/Settings.h"
-#include "app/TextHelpers.h"
+#include "app/base/Paths.h"
+#include "app/base/Settings.h"
+#include "app/base/TextHelpers.h"
 #include "catalogue/Catalogue.h"
 #include "catalogue/DateText.h"
 #include "catalogue/FileKinds.h"

@@ -1,6 +1,6 @@
 #include "catalogue/DateText.h"
 
-#include "app/TextHelpers.h"
+#include "app/base/TextHelpers.h"
 
 #include <array>
 

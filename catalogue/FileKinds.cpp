@@ -1,7 +1,7 @@
 #include "catalogue/FileKinds.h"
 
-#include "app/TextHelpers.h"
-#include "app/frmUpdate.h"
+#include "app/base/TextHelpers.h"
+#include "app/base/frmUpdate.h"
 #include "catalogue/FileTables.h"
 
 namespace korlan {

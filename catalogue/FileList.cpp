@@ -1,9 +1,9 @@
 #include "catalogue/FileList.h"
 
-#include "app/AppliedPacks.h"
-#include "app/TextHelpers.h"
-#include "app/frmUpdate.h"
-#include "app/localise/LocalText.h"
+#include "app/base/LocalText.h"
+#include "app/base/TextHelpers.h"
+#include "app/base/frmUpdate.h"
+#include "catalogue/AppliedPacks.h"
 #include "catalogue/FileTables.h"
 
 namespace korlan {

@@ -1,8 +1,8 @@
 #include "library/ElementMerge.h"
 
-#include "app/TextHelpers.h"
-#include "app/frmUpdate.h"
-#include "app/localise/LocalText.h"
+#include "app/base/LocalText.h"
+#include "app/base/TextHelpers.h"
+#include "app/base/frmUpdate.h"
 #include "library/PartDatabase.h"
 #include "library/SearchSequence.h"
 #include "library/SuiteText.h"

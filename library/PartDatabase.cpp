@@ -1,8 +1,8 @@
 #include "library/PartDatabase.h"
 
-#include "app/Paths.h"
-#include "app/Settings.h"
-#include "app/TextHelpers.h"
+#include "app/base/Paths.h"
+#include "app/base/Settings.h"
+#include "app/base/TextHelpers.h"
 #include "library/SearchSequence.h"
 #include "library/SuiteText.h"
 #include "platform/FileSystem.h"

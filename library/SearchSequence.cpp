@@ -1,7 +1,7 @@
 #include "library/SearchSequence.h"
 
-#include "app/Settings.h"
-#include "app/TextHelpers.h"
+#include "app/base/Settings.h"
+#include "app/base/TextHelpers.h"
 #include "platform/IniFile.h"
 
 #include <array>

@@ -1,9 +1,9 @@
 #include "library/SpcModels.h"
 
-#include "app/Paths.h"
-#include "app/Settings.h"
-#include "app/TextHelpers.h"
-#include "app/frmUpdate.h"
+#include "app/base/Paths.h"
+#include "app/base/Settings.h"
+#include "app/base/TextHelpers.h"
+#include "app/base/frmUpdate.h"
 #include "catalogue/FileTables.h"
 #include "platform/FileSystem.h"
 #include "platform/IniFile.h"

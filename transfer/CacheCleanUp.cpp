@@ -1,7 +1,7 @@
 #include "transfer/CacheCleanUp.h"
 
-#include "app/Paths.h"
-#include "app/TextHelpers.h"
+#include "app/base/Paths.h"
+#include "app/base/TextHelpers.h"
 #include "platform/FileSystem.h"
 #include "platform/RuntimeError.h"
 #include "platform/SettingsStore.h"

@@ -1,9 +1,9 @@
 #include "transfer/HttpTransfer.h"
 
-#include "app/Settings.h"
-#include "app/TextHelpers.h"
-#include "app/frmUpdate.h"
-#include "app/localise/LocalText.h"
+#include "app/base/LocalText.h"
+#include "app/base/Settings.h"
+#include "app/base/TextHelpers.h"
+#include "app/base/frmUpdate.h"
 #include "platform/FileSystem.h"
 #include "platform/FormHost.h"
 #include "platform/Http.h"

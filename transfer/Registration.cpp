@@ -1,7 +1,7 @@
 #include "transfer/Registration.h"
 
-#include "app/Paths.h"
-#include "app/TextHelpers.h"
+#include "app/base/Paths.h"
+#include "app/base/TextHelpers.h"
 #include "catalogue/FileKinds.h"
 #include "catalogue/FileTables.h"
 #include "platform/Component.h"

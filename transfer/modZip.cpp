@@ -1,6 +1,6 @@
 #include "transfer/modZip.h"
 
-#include "app/TextHelpers.h"
+#include "app/base/TextHelpers.h"
 #include "platform/MsgBox.h"
 #include "platform/RuntimeError.h"
 #include "platform/ZipLibrary.h"

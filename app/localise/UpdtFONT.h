@@ -1,7 +1,7 @@
 // The user's language: the country table of the suite INI file, its texts and its fonts, and the form dressed in both.
 #pragma once
 
-#include "catalogue/FileTables.h"
+#include "app/base/Table.h"
 #include "platform/Fonts.h"
 
 #include <cstdint>

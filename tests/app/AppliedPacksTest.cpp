@@ -1,4 +1,4 @@
-#include "app/AppliedPacks.h"
+#include "catalogue/AppliedPacks.h"
 
 #include "catalogue/FileTables.h"
 #include "tests/app/AppFixture.h"

@@ -1,4 +1,4 @@
-#include "app/localise/LocalText.h"
+#include "app/base/LocalText.h"
 #include "app/localise/UpdtFONT.h"
 #include "platform/TextLibrary.h"
 #include "tests/app/AppFixture.h"

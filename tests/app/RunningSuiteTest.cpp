@@ -1,7 +1,8 @@
 // The search for the suite, with the windows of another program on a real display.
 #include "app/RunningSuite.h"
-#include "app/Settings.h"
-#include "app/frmUpdate.h"
+#include "app/base/Settings.h"
+#include "app/base/frmUpdate.h"
+#include "tests/support/ResetProgram.h"
 
 #include "tests/support/XServer.h"
 

@@ -1,6 +1,6 @@
-#include "app/Settings.h"
+#include "app/base/Settings.h"
 
-#include "app/Paths.h"
+#include "app/base/Paths.h"
 #include "platform/RuntimeError.h"
 #include "tests/app/AppFixture.h"
 

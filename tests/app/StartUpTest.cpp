@@ -1,5 +1,6 @@
-#include "app/Settings.h"
+#include "app/base/Settings.h"
 #include "tests/app/SearchFixture.h"
+#include "tests/support/ResetProgram.h"
 
 #include <filesystem>
 

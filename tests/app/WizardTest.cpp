@@ -1,6 +1,6 @@
 #include "app/Wizard.h"
 
-#include "app/Settings.h"
+#include "app/base/Settings.h"
 #include "tests/app/SearchFixture.h"
 
 namespace korlan::test {

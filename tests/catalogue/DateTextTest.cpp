@@ -1,8 +1,9 @@
 #include "catalogue/DateText.h"
-#include "app/frmUpdate.h"
+#include "app/base/frmUpdate.h"
 #include "catalogue/FileKinds.h"
 #include "catalogue/FileTables.h"
 #include "tests/support/Failing.h"
+#include "tests/support/ResetProgram.h"
 
 #include <gtest/gtest.h>
 

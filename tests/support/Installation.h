@@ -1,11 +1,12 @@
 // A small installation on a temporary drive, with the sample suite library, scripted people and a fresh program.
 #pragma once
 
-#include "app/Settings.h"
-#include "app/frmUpdate.h"
+#include "app/base/Settings.h"
+#include "app/base/frmUpdate.h"
 #include "catalogue/FileTables.h"
 #include "platform/SuiteLibrary.h"
 #include "sample/suite/LibraryFile.h"
+#include "tests/support/ResetProgram.h"
 #include "tests/support/ScriptedDesktop.h"
 #include "tests/support/TempFolder.h"
 

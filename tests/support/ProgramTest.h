@@ -2,9 +2,10 @@
 // wizard's own procedures.
 #pragma once
 
-#include "app/Settings.h"
-#include "app/frmUpdate.h"
+#include "app/base/Settings.h"
+#include "app/base/frmUpdate.h"
 #include "catalogue/FileTables.h"
+#include "tests/support/ResetProgram.h"
 #include "tests/support/ScriptedDesktop.h"
 #include "tests/support/ScriptedProcess.h"
 #include "tests/support/TempFolder.h"

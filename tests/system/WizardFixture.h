@@ -2,10 +2,11 @@
 // installation. Only other programs and the end of the process are scripted.
 #pragma once
 
-#include "app/Settings.h"
 #include "app/StartUp.h"
-#include "app/frmUpdate.h"
+#include "app/base/Settings.h"
+#include "app/base/frmUpdate.h"
 #include "platform/FormHost.h"
+#include "tests/support/ResetProgram.h"
 #include "tests/support/Sample.h"
 #include "tests/support/ScriptedProcess.h"
 

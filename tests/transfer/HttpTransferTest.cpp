@@ -1,8 +1,9 @@
 // The two operations on the update server, with a real server, real files and a scripted desktop.
 #include "transfer/HttpTransfer.h"
+#include "tests/support/ResetProgram.h"
 
-#include "app/Settings.h"
-#include "app/frmUpdate.h"
+#include "app/base/Settings.h"
+#include "app/base/frmUpdate.h"
 #include "tests/support/Failing.h"
 #include "tests/support/HttpServer.h"
 #include "tests/support/ScriptedDesktop.h"

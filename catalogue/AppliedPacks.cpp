@@ -1,7 +1,7 @@
-#include "app/AppliedPacks.h"
+#include "catalogue/AppliedPacks.h"
 
-#include "app/Settings.h"
-#include "app/TextHelpers.h"
+#include "app/base/Settings.h"
+#include "app/base/TextHelpers.h"
 #include "catalogue/FileTables.h"
 
 #include <algorithm>

@@ -58,7 +58,4 @@ void TurnSpinner(std::string& spinner);
 void EditMsgline(const std::string& text); // shows it on the message line at once
 void LiveUpdateStatus();                   // turns the spinner and rewrites the status line
 
-// Everything back to what it is when the process starts.
-void ResetProgram();
-
 } // namespace korlan

@@ -1,8 +1,8 @@
-#include "app/Settings.h"
+#include "app/base/Settings.h"
 
-#include "app/Paths.h"
-#include "app/TextHelpers.h"
-#include "app/localise/LocalText.h"
+#include "app/base/LocalText.h"
+#include "app/base/Paths.h"
+#include "app/base/TextHelpers.h"
 #include "platform/IniFile.h"
 #include "platform/MsgBox.h"
 #include "platform/RuntimeError.h"

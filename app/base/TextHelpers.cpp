@@ -1,4 +1,4 @@
-#include "app/TextHelpers.h"
+#include "app/base/TextHelpers.h"
 
 #include "platform/RuntimeError.h"
 #include "platform/TextCase.h"

@@ -1,6 +1,6 @@
-#include "app/Paths.h"
+#include "app/base/Paths.h"
 
-#include "app/TextHelpers.h"
+#include "app/base/TextHelpers.h"
 #include "platform/FileSystem.h"
 #include "platform/Process.h"
 #include "platform/RuntimeError.h"

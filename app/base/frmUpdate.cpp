@@ -1,10 +1,7 @@
-#include "app/frmUpdate.h"
+#include "app/base/frmUpdate.h"
 
-#include "app/Settings.h"
-#include "app/localise/LocalText.h"
-#include "catalogue/FileTables.h"
-
-#include <memory>
+#include "app/base/LocalText.h"
+#include "app/base/Settings.h"
 
 namespace korlan {
 
@@ -59,14 +56,6 @@ void LiveUpdateStatus() {
     TurnSpinner(Run.StatusSpinner);
     frmUpdate.lblUpdate.SetCaption(GetLocalText("Searching for updated ", "991846") + Suite.SysName +
                                    GetLocalText(" files. This may take some time.....", "991847") + Run.StatusSpinner);
-}
-
-void ResetProgram() {
-    Suite = {};
-    Tables = {};
-    Run = {};
-    std::destroy_at(&frmUpdate);
-    std::construct_at(&frmUpdate);
 }
 
 } // namespace korlan

@@ -1,6 +1,6 @@
-#include "app/localise/LocalText.h"
+#include "app/base/LocalText.h"
 
-#include "app/TextHelpers.h"
+#include "app/base/TextHelpers.h"
 #include "platform/TextLibrary.h"
 
 namespace korlan {
