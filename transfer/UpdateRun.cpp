@@ -133,7 +133,7 @@ void InstallPartLibrary(const FileRecord& record, std::int32_t index) {
         UpdateLibDBDeleteFile(record.FileName);
         UpdateLibDBAddFileElements(record.FileName);
     }
-    RecordInstalled(record, "Updated"); // tells a library by the word, which is never localised
+    RecordInstalled(record, "Updated"); // a literal, unlike below
 }
 
 void InstallModels(const FileRecord& record, std::int32_t index) {
