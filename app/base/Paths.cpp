@@ -19,19 +19,6 @@ bool FileExists(const std::string& path) {
     return FileOpensForReading(path);
 }
 
-void TryFolder(const std::string& folder) {
-    std::string previous;
-    try {
-        previous = CurrentFolder();
-    } catch (const RuntimeError&) { // it has been deleted, which says nothing about the folder to try
-    }
-    ChangeCurrentFolder(folder);
-    try {
-        ChangeCurrentFolder(previous);
-    } catch (const RuntimeError&) {
-    }
-}
-
 std::string GetAppFolder() {
     const std::string program = ProgramPath();
     return program.substr(0, program.find_last_of('\\'));

@@ -9,9 +9,6 @@ namespace korlan {
 void AddBackslash(std::string& path);     // trims it, then appends "\" unless it ends with one
 bool FileExists(const std::string& path); // it can be opened for reading
 
-// Enters the folder and goes back to where it came from. Raises when the folder cannot be entered.
-void TryFolder(const std::string& folder);
-
 // The folder of the program's own executable, without a trailing backslash.
 std::string GetAppFolder();
 
