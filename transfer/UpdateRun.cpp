@@ -68,6 +68,22 @@ bool Extract(const FileRecord& record, std::int32_t index, std::string folder) {
     return completed != 0;
 }
 
+// ---- the run as a whole ----
+
+// Two steps for each chosen record, transferred and installed; a repeated run begins with those before its record.
+void BeginProgress() {
+    std::int32_t steps = 0, taken = 0;
+    for (std::int32_t row = 1; row <= frmUpdate.lvwFilesList.Count(); ++row)
+        if (frmUpdate.lvwFilesList.Row(row).checked) steps += 2;
+    for (std::int32_t i = 1; i < frmUpdate.ResumeIndex; ++i) taken += Tables.FileArray[i].TransferState == 1 ? 1 : 0;
+    frmUpdate.prgRun.SetProgress(taken, steps);
+    frmUpdate.prgRun.SetVisible(true);
+}
+
+void Progress() {
+    frmUpdate.prgRun.SetProgress(frmUpdate.prgRun.Value() + 1, frmUpdate.prgRun.Maximum());
+}
+
 // ---- download pass ----
 
 // Whether the archive left over from an earlier run holds the catalogue's version of the file.
@@ -95,6 +111,7 @@ void FetchArchive(FileRecord& record, const std::string& url, std::int32_t size,
 void TransferRecord(const Place& place) {
     FileRecord& record = Tables.FileArray[place.index];
     ListView& list = frmUpdate.lvwFilesList;
+    list.EnsureVisible(place.row);
     EditMsgline(GetLocalText("Transferring : ", "991877") + record.FileName);
     const std::string url = Suite.UpdateUrl + "/" + record.ServerZipName;
     record.TransferState = 0;
@@ -116,8 +133,9 @@ void TransferRecord(const Place& place) {
             FetchArchive(record, url, size, showStatus);
         }
     }
-    if (record.TransferState == 1) list.SetSubItem(place.row, kStatusSubItem, "Copied from web");
+    if (record.TransferState == 1) list.SetSubItem(place.row, kStatusSubItem, kCopiedFromWeb);
     list.SetBold(place.row, true);
+    Progress();
 }
 
 // False when a transfer failed; ResumeIndex then stands at its record.
@@ -201,6 +219,7 @@ void InstallPass(Place& place) {
         if (record.UpdateFlag != 1) continue;
         ++place.row;
         if (record.TransferState != 1) continue;
+        frmUpdate.lvwFilesList.EnsureVisible(place.row);
         EditMsgline(GetLocalText("Uncompressing : ", "991878") + record.FileName);
         if (UpperCase(record.FileName) == "KLNUPDTA.EXE") Run.NewUpdaterLoaded = 1;
         if (CheckLibPartFile(place.index)) {
@@ -210,11 +229,13 @@ void InstallPass(Place& place) {
         } else {
             InstallOther(record, place);
         }
+        Progress();
     }
     SyncFileSystem(GetAppFolder());
 }
 
 void EndInError(const Place& place) {
+    frmUpdate.prgRun.SetVisible(false);
     Run.DownloadFailed = 1;
     if (place.index >= 1 && place.index <= Tables.FileArray.UpperBound()) {
         const FileRecord& record = Tables.FileArray[place.index];
@@ -232,7 +253,9 @@ std::int32_t UpdateFilesFromWeb() {
         Run.NewUpdaterLoaded = 0;
         Tables.UpdatedFiles.Clear();
         if (frmUpdate.IsRetry == 0) frmUpdate.ResumeIndex = 1;
+        BeginProgress();
         if (DownloadPass(place)) InstallPass(place);
+        frmUpdate.prgRun.SetVisible(false);
         return 0;
     } catch (const RuntimeError&) {
         EndInError(place);
