@@ -30,16 +30,16 @@ std::vector<std::string> SplitArguments(const std::string& commandLine) {
 void TakeFolder(std::string folder) {
     std::int32_t failed = 0;
     CheckFolderPath(folder, failed);
-    if (failed == 0) Suite.SysPath = folder;
+    if (failed == 0) Settings.SysPath = folder;
 }
 
 // A pattern finds a name that it does not end with, so only a plain name is taken.
 void TakeFile(const std::string& argument) {
     const std::string found = FindNormalFile(argument);
-    if (!found.empty() && LowerCase(argument).ends_with(LowerCase(found))) Suite.CommandFile = argument;
+    if (!found.empty() && LowerCase(argument).ends_with(LowerCase(found))) Settings.CommandFile = argument;
 }
 
-// Kept: the letters end at Y, so drive Z is tried as a folder.
+// The letters end at Y: drive Z is tried as a folder, and one that is away gets its warning.
 bool IsBareDrive(const std::string& path) {
     return (path.size() == 2 || (path.size() == 3 && path[2] == '\\')) && path[1] == ':' && path[0] > 64 &&
            path[0] < 90;
@@ -48,10 +48,10 @@ bool IsBareDrive(const std::string& path) {
 } // namespace
 
 void ParseCommandLine() {
-    Suite.SysPath = GetAppFolder() + "\\sys";
-    Suite.CommandFile.clear();
+    Settings.SysPath = GetAppFolder() + "\\sys";
+    Settings.CommandFile.clear();
     const std::vector<std::string> arguments = SplitArguments(ProgramCommandLine());
-    if (arguments.size() > kMostArguments) return; // kept: even a valid one among them is not taken
+    if (arguments.size() > kMostArguments) return; // even a valid one among them is not taken
     for (const std::string& argument : arguments) {
         if (LowerCase(Left(argument, 5)) == kFolderPrefix) {
             TakeFolder(Trim(Mid(argument, 6)));

@@ -30,17 +30,10 @@ void Quietly(Handler handler) {
     }
 }
 
-std::string InTempFolder(const std::string& name) {
-    return Suite.TempFolder + "\\" + name;
-}
-
 // True when the file of that name came from the server into the temporary folder.
 bool Fetch(const std::string& name) {
     std::int32_t done = 0;
-    std::int32_t expectedSize = 0;
-    std::int32_t showStatus = 1;
-    std::string label;
-    DownloadFile(Suite.UpdateUrl + "/" + name, InTempFolder(name), done, expectedSize, label, showStatus);
+    DownloadFile(Settings.UpdateUrl + "/" + name, InTempFolder(name), done, 0, "", 1);
     return done != 0; // an unknown size always counts as a failed download, so that flag says nothing here
 }
 
@@ -53,11 +46,11 @@ std::string FirstLine(const std::string& path) {
 }
 
 void ShowConnectionError() {
-    if (Run.CancelRequested != 0) EndProcess();
+    if (Flags.CancelRequested != 0) EndProcess();
     frmUpdate.WizardState = 1;
     frmUpdate.cmdUpdate.SetVisible(false);
     frmUpdate.cmdCancel.SetCaption(GetLocalText("&Close", "9917"));
-    // Kept: "occured" and the missing blank.
+    // The text is fixed, "occured" and the missing blank included.
     frmUpdate.lblUpdate.SetCaption(
         GetLocalText("Live Update Error. An internet connection error occured.Please try again later", "991849"));
 }
@@ -67,32 +60,19 @@ void ShowConnectionError() {
 void CheckForNewerBuild() {
     const std::string note = "KlnUpdt.txt";
     LiveUpdateStatus();
-    if (FileExists(InTempFolder(note))) {
-        SetAttributesNormal(InTempFolder(note));
-        EraseFile(InTempFolder(note));
-    }
+    if (FileExists(InTempFolder(note))) RemoveFile(InTempFolder(note));
     if (!Fetch(note)) return;
     const std::string serverDate = FirstLine(InTempFolder(note));
-    std::string program = GetAppFolder();
-    AddBackslash(program);
     std::int32_t newer = 0;
-    CompareDates(GetFileStamp(program + "KlnUpdt.EXE"), serverDate, newer);
+    CompareDates(GetFileStamp(GetAppFolder() + "\\KlnUpdt.EXE"), serverDate, newer);
     if (newer == 0) return;
     StartProgram(GetAppFolder() + "\\KLNUPSLF.EXE", WindowStyle::NormalFocus);
     throw RuntimeError(kErrDeliberateAbort);
 }
 
-void ShowNoUpdates() {
-    frmUpdate.WizardState = 1;
-    frmUpdate.lblUpdate.SetCaption(GetLocalText("No updates found", "991848"));
-    frmUpdate.cmdUpdate.SetVisible(false);
-    frmUpdate.cmdCancel.SetCaption(GetLocalText("Finish", "11200"));
-    EditMsgline("");
-}
-
 // What Update and Retry alike do when no transfer failed.
 void EndRun() {
-    if (Run.CancelRequested != 0) EndProcess();
+    if (Flags.CancelRequested != 0) EndProcess();
     frmUpdate.cmdCancel.SetEnabled(false);
     frmUpdate.IsBusy = 0;
     frmUpdate.UpdateDone = 1;
@@ -104,31 +84,32 @@ void EndRun() {
 
 void RecordSuccess(const std::string& message) {
     UpdateIniFile();
-    Run.UpdateSucceeded = 1;
+    Flags.UpdateSucceeded = 1;
     EditMsgline(message);
 }
 
 void Update() {
-    Run.DownloadFailed = 0;
+    Flags.DownloadFailed = 0;
     frmUpdate.IsBusy = 1;
-    Run.UpdateSucceeded = 0;
+    Flags.UpdateSucceeded = 0;
     frmUpdate.cmdUpdate.SetEnabled(false);
     frmUpdate.cmdHelp.SetEnabled(false);
     frmUpdate.lvwFilesList.SetLocked(true);
     CreateNewFolders();
     const std::int32_t failed = UpdateFilesFromWeb();
-    if (Run.DownloadFailed == 1) return; // the run has shown Retry; the window stays busy
+    if (Flags.DownloadFailed == 1) return; // the run has shown Retry; the window stays busy
     EndRun();
     frmUpdate.cmdCancel.SetCaption(GetLocalText("Next", "327"));
     if (failed == 0) RecordSuccess(GetLocalText("Live Update completed Successfully", "10486"));
 }
 
-// Kept: Retry uses other identifiers than Update for the same texts, and names the button Next only after success.
+// Retry has other identifiers than Update for the same texts, by which they are translated, and names the button Next
+// only after success.
 void Retry() {
     frmUpdate.CmdRetry.SetEnabled(false);
     frmUpdate.IsRetry = 1;
     const std::int32_t failed = UpdateFilesFromWeb();
-    if (Run.DownloadFailed != 1) {
+    if (Flags.DownloadFailed != 1) {
         EndRun();
         if (failed != 0) return;
         RecordSuccess(GetLocalText("Live Update completed Successfully", "991860"));
@@ -136,15 +117,12 @@ void Retry() {
         return;
     }
     frmUpdate.CmdRetry.SetEnabled(true);
-    frmUpdate.cmdCancel.SetVisible(true);
-    frmUpdate.cmdUpdate.SetVisible(false);
-    frmUpdate.CmdRetry.SetCaption(GetLocalText("Retry", "991852"));
-    EditMsgline(GetLocalText("Live Update failed.", "991855") + GetLocalText("Click Retry to try again", "991856"));
+    ShowRetry(GetLocalText("Live Update failed.", "991855") + GetLocalText("Click Retry to try again", "991856"));
 }
 
 void TurnToReminderPage() {
     frmUpdate.lvwFilesList.SetVisible(false);
-    // Kept: 991860 and 991861 stand the other way round than after a search.
+    // 991860 and 991861 stand the other way round than after a search, on purpose.
     frmUpdate.lblUpdate.SetCaption(GetLocalText("Live Update completed Successfully", "991861"));
     frmUpdate.lblMsgline.SetVisible(false);
     ShowReminderOptions(GetLocalText("Configure Korlan Live Updates", "991860"));
@@ -153,12 +131,12 @@ void TurnToReminderPage() {
 }
 
 void QuitWhileBusy() {
-    // Kept: "Updation".
+    // The text is fixed, "Updation" included.
     const std::string question = GetLocalText("Updation in progress, do you want to quit live update", "991862");
     if (ShowMsgBox(question, kBoxYesNo + kBoxQuestion, GetSysName()) != kAnswerYes) return;
     RegistryWrite(kSettingsApplication, kSettingsSection, "LiveDay", "0");
     RegistryWrite(kSettingsApplication, kSettingsSection, "NxtLiveDay", "0");
-    Run.CancelRequested = 1;
+    Flags.CancelRequested = 1;
     EndProcess();
 }
 
@@ -169,8 +147,8 @@ void Cancel() {
     } else if (frmUpdate.IsBusy != 0) {
         QuitWhileBusy();
     } else {
-        if (Run.UpdateSucceeded == 1) CleanUpTemporaryFiles();
-        Run.CancelRequested = 1;
+        if (Flags.UpdateSucceeded == 1) CleanUpTemporaryFiles();
+        Flags.CancelRequested = 1;
         EndProcess();
     }
 }
@@ -225,7 +203,7 @@ void Option3_Click() {
     frmUpdate.LblOptionExplain.SetCaption(GetLocalText("Run Live Update Program after 30 days", "991876"));
 }
 
-void Option4_Click() { // kept: the identifier of the first option
+void Option4_Click() { // the identifier of the first option, whose text translations show
     frmUpdate.LblOptionExplain.SetCaption(GetLocalText("Turn Off any future Live Updates", "991869"));
 }
 
@@ -243,7 +221,7 @@ void ShowReminderOptions(const std::string& heading) {
 
 void ShowHelp(const std::string& file, HelpCommand command, std::int32_t data) {
     OpenCompiledHelp(Left(file, static_cast<std::int64_t>(file.size()) - 3) + "chm", command, data);
-    Run.HelpShown = -1;
+    Flags.HelpShown = -1;
 }
 
 } // namespace korlan

@@ -26,22 +26,6 @@ namespace {
 constexpr std::int32_t kSizeSubItem = 2;
 constexpr std::int32_t kStatusSubItem = 3;
 
-// The record at which a pass stands, and its row: rows hold the marked records only, in table order.
-struct Place {
-    std::int32_t index = 0;
-    std::int32_t row = 0;
-};
-
-std::int32_t RowsBefore(std::int32_t index) {
-    std::int32_t rows = 0;
-    for (std::int32_t i = 1; i < index; ++i) rows += Tables.FileArray[i].UpdateFlag == 1 ? 1 : 0;
-    return rows;
-}
-
-std::int32_t Kilobytes(std::int32_t bytes) {
-    return RoundHalfEven(bytes / 1024.0);
-}
-
 // Makes the folders named by `relativePath` below `base`, which is there already.
 void CreateFoldersBelow(std::string base, const std::string& relativePath) {
     for (const std::string& component : Split(relativePath, "\\")) {
@@ -51,47 +35,31 @@ void CreateFoldersBelow(std::string base, const std::string& relativePath) {
     }
 }
 
-void ShowRetry(const std::string& message) {
-    frmUpdate.CmdRetry.SetVisible(true);
-    frmUpdate.cmdCancel.SetVisible(true);
-    frmUpdate.cmdUpdate.SetVisible(false);
-    frmUpdate.CmdRetry.SetCaption(GetLocalText("Retry", "991852"));
-    EditMsgline(message);
-}
-
-// False when the archive library could not be called; what it made of the archive is not looked at.
-bool Extract(const FileRecord& record, std::int32_t index, std::string folder) {
-    std::string archive = record.TempZipFile;
-    std::int32_t completed = 0;
-    std::int32_t result = 0;
-    Unzip(completed, index, archive, folder, result);
-    return completed != 0;
-}
-
 // ---- the run as a whole ----
 
-// Two steps for each chosen record, transferred and installed; a repeated run begins with those before its record.
+// Two steps for each chosen record, transferred and installed. A repeated run has taken those before its record.
 void BeginProgress() {
-    std::int32_t steps = 0, taken = 0;
-    for (std::int32_t row = 1; row <= frmUpdate.lvwFilesList.Count(); ++row)
-        if (frmUpdate.lvwFilesList.Row(row).checked) steps += 2;
-    for (std::int32_t i = 1; i < frmUpdate.ResumeIndex; ++i) taken += Tables.FileArray[i].TransferState == 1 ? 1 : 0;
+    std::int32_t taken = 0, steps = 0;
+    for (std::int32_t i = 1; i <= Tables.FileArray.UpperBound(); ++i) {
+        const FileRecord& record = Tables.FileArray[i];
+        if (record.Row == 0 || !frmUpdate.lvwFilesList.Row(record.Row).checked) continue;
+        steps += 2;
+        if (i < frmUpdate.ResumeIndex) ++taken;
+    }
     frmUpdate.prgRun.SetProgress(taken, steps);
     frmUpdate.prgRun.SetVisible(true);
 }
 
-void Progress() {
+void CountStep() {
     frmUpdate.prgRun.SetProgress(frmUpdate.prgRun.Value() + 1, frmUpdate.prgRun.Maximum());
 }
 
 // ---- download pass ----
 
 // Whether the archive left over from an earlier run holds the catalogue's version of the file.
-bool ArchiveIsCurrent(const FileRecord& record, std::int32_t index) {
-    std::string folder = Suite.TempFolder;
-    AddBackslash(folder);
-    Extract(record, index, folder);
-    const std::string extracted = folder + record.FileName;
+bool ArchiveIsCurrent(const FileRecord& record) {
+    ExtractArchive(record.TempZipFile, InTempFolder(""));
+    const std::string extracted = InTempFolder(record.FileName);
     if (!FileExists(extracted)) return false;
     const bool current = Trim(GetFileStamp(extracted)) == Trim(record.Filedate);
     if (current) SetAttributesNormal(extracted);
@@ -101,23 +69,22 @@ bool ArchiveIsCurrent(const FileRecord& record, std::int32_t index) {
 
 void FetchArchive(FileRecord& record, const std::string& url, std::int32_t size, std::int32_t showStatus) {
     const std::string archive = Replace(record.ServerZipName, "/", "\\");
-    CreateFoldersBelow(Suite.TempFolder, Left(archive, std::max<std::int64_t>(InStrRev(archive, "\\") - 1, 0)));
+    CreateFoldersBelow(Settings.TempFolder, Left(archive, std::max<std::int64_t>(InStrRev(archive, "\\") - 1, 0)));
     std::int32_t done = 0;
     std::string label = record.FileName;
     DownloadFile(url, record.TempZipFile, done, size, label, showStatus);
-    if (Run.DownloadFailed != 1 && done != 0) record.TransferState = 1;
+    if (Flags.DownloadFailed != 1 && done != 0) record.TransferState = 1;
 }
 
-void TransferRecord(const Place& place) {
-    FileRecord& record = Tables.FileArray[place.index];
+void TransferRecord(FileRecord& record) {
     ListView& list = frmUpdate.lvwFilesList;
-    list.EnsureVisible(place.row);
+    list.EnsureVisible(record.Row);
     EditMsgline(GetLocalText("Transferring : ", "991877") + record.FileName);
-    const std::string url = Suite.UpdateUrl + "/" + record.ServerZipName;
+    const std::string url = Settings.UpdateUrl + "/" + record.ServerZipName;
     record.TransferState = 0;
 
     const bool leftOver = FileExists(record.TempZipFile);
-    if (leftOver && ArchiveIsCurrent(record, place.index)) {
+    if (leftOver && ArchiveIsCurrent(record)) {
         record.TransferState = 1;
     } else {
         std::int32_t size = 0;
@@ -126,29 +93,27 @@ void TransferRecord(const Place& place) {
         if (size == 0 && !leftOver) throw RuntimeError(kErrDeliberateAbort);
         if (size != 0) {
             const std::int32_t kilobytes = Kilobytes(size);
-            // Kept: an archive fetched again shows its size untrimmed, with a 0 as it is and the localised unit.
-            list.SetSubItem(place.row, kSizeSubItem,
+            // An archive fetched again is told by its size: untrimmed, a 0 as it is, the unit localised.
+            list.SetSubItem(record.Row, kSizeSubItem,
                             leftOver ? SignedText(kilobytes) + GetLocalText("KB", "991850")
                                      : DecimalText(std::max(kilobytes, 1)) + "KB");
             FetchArchive(record, url, size, showStatus);
         }
     }
-    if (record.TransferState == 1) list.SetSubItem(place.row, kStatusSubItem, kCopiedFromWeb);
-    list.SetBold(place.row, true);
-    Progress();
+    if (record.TransferState == 1) list.SetSubItem(record.Row, kStatusSubItem, kCopiedFromWeb);
+    list.SetBold(record.Row, true);
+    CountStep();
 }
 
-// False when a transfer failed; ResumeIndex then stands at its record.
-bool DownloadPass(Place& place) {
-    std::int32_t& resume = frmUpdate.ResumeIndex;
-    place.row = RowsBefore(resume);
-    for (place.index = resume; place.index <= Tables.FileArray.UpperBound(); ++place.index) {
-        resume = place.index;
-        const FileRecord& record = Tables.FileArray[place.index];
-        if (record.UpdateFlag != 1) continue;
-        ++place.row;
-        if (frmUpdate.lvwFilesList.Row(place.row).checked) TransferRecord(place);
-        if (Run.DownloadFailed != 1) continue;
+// False when a transfer failed; ResumeIndex then stands at its record. Like the install pass it leaves the record at
+// which it stands in `index`.
+bool DownloadPass(std::int32_t& index) {
+    for (index = frmUpdate.ResumeIndex; index <= Tables.FileArray.UpperBound(); ++index) {
+        frmUpdate.ResumeIndex = index;
+        FileRecord& record = Tables.FileArray[index];
+        if (record.Row == 0) continue;
+        if (frmUpdate.lvwFilesList.Row(record.Row).checked) TransferRecord(record);
+        if (Flags.DownloadFailed != 1) continue;
         if (FileExists(record.TempZipFile)) EraseFile(record.TempZipFile);
         ShowRetry(GetLocalText("Live Update Failed.Click Retry to try again", "991851"));
         return false;
@@ -169,77 +134,79 @@ void ReportFailure(const FileRecord& record, const std::string& message) {
     ShowMsgBox(message + record.LocalFile, kBoxCritical, GetSysName());
 }
 
-void RecordInstalled(const FileRecord& record, std::int32_t row, const std::string& status) {
+void RecordInstalled(const FileRecord& record, const std::string& status) {
     Tables.UpdatedFiles.Append(record.FileZipName);
-    frmUpdate.lvwFilesList.SetSubItem(row, kStatusSubItem, status);
+    frmUpdate.lvwFilesList.SetSubItem(record.Row, kStatusSubItem, status);
 }
 
-void InstallPartLibrary(const FileRecord& record, const Place& place) {
-    RemoveInstalledFile(record, place.index);
-    if (!Extract(record, place.index, record.LocalFolder)) {
-        ReportFailure(record, "File not updated properly : "); // kept: not localised here
+// False when the archive library could not be called; what it made of the archive is not looked at.
+bool Extract(const FileRecord& record) {
+    return ExtractArchive(record.TempZipFile, record.LocalFolder).has_value();
+}
+
+void InstallPartLibrary(const FileRecord& record, std::int32_t index) {
+    RemoveInstalledFile(record, index);
+    if (!Extract(record)) {
+        ReportFailure(record, "File not updated properly : ");
         return;
     }
-    if (Trim(Suite.SuiteVersion) != "1.20") { // installations of that version have their index left alone
+    if (Trim(Settings.SuiteVersion) != "1.20") { // installations of that version have their index left alone
         UpdateLibDBDeleteFile(record.FileName);
         UpdateLibDBAddFileElements(record.FileName);
     }
-    RecordInstalled(record, place.row, "Updated"); // kept: not localised here
+    RecordInstalled(record, "Updated"); // a literal, unlike below
 }
 
-void InstallModels(const FileRecord& record, const Place& place) {
+void InstallModels(const FileRecord& record, std::int32_t index) {
     std::int32_t success = 0;
-    UpdateSPCFile(success, place.index);
+    UpdateSPCFile(success, index);
     if (success == 0) {
         ReportFailure(record, GetLocalText("File not updated properly : ", "991853"));
         return;
     }
-    RecordInstalled(record, place.row, GetLocalText("Updated", "991854"));
+    RecordInstalled(record, GetLocalText("Updated", "991854"));
 }
 
-void InstallOther(const FileRecord& record, const Place& place) {
-    RemoveInstalledFile(record, place.index);
-    if (!Extract(record, place.index, record.LocalFolder)) {
+void InstallOther(const FileRecord& record, std::int32_t index) {
+    RemoveInstalledFile(record, index);
+    if (!Extract(record)) {
         ReportFailure(record, GetLocalText("File not updated properly : ", "991853"));
         return;
     }
-    if (CheckOtherLibFile(place.index)) UpdateLibSSQ(record.FileName, Run.LibElementKind);
+    if (CheckOtherLibFile(index)) UpdateLibSSQ(record.FileName, Flags.LibElementKind);
     if (UpperCase(record.FileName) == "SUBCIR.IDX") {
         std::int32_t written = 0;
         ReCreateMDBFileforSPC(written);
     }
-    RegisterFile(place.index);
-    RecordInstalled(record, place.row, GetLocalText("Updated", "991854"));
+    RegisterFile(index);
+    RecordInstalled(record, GetLocalText("Updated", "991854"));
 }
 
-void InstallPass(Place& place) {
-    place.row = 0;
-    for (place.index = 1; place.index <= Tables.FileArray.UpperBound(); ++place.index) {
-        const FileRecord& record = Tables.FileArray[place.index];
-        if (record.UpdateFlag != 1) continue;
-        ++place.row;
-        if (record.TransferState != 1) continue;
-        frmUpdate.lvwFilesList.EnsureVisible(place.row);
+void InstallPass(std::int32_t& index) {
+    for (index = 1; index <= Tables.FileArray.UpperBound(); ++index) {
+        const FileRecord& record = Tables.FileArray[index];
+        if (record.Row == 0 || record.TransferState != 1) continue;
+        frmUpdate.lvwFilesList.EnsureVisible(record.Row);
         EditMsgline(GetLocalText("Uncompressing : ", "991878") + record.FileName);
-        if (UpperCase(record.FileName) == "KLNUPDTA.EXE") Run.NewUpdaterLoaded = 1;
-        if (CheckLibPartFile(place.index)) {
-            InstallPartLibrary(record, place);
-        } else if (CheckSPCFile(place.index)) {
-            InstallModels(record, place);
+        if (UpperCase(record.FileName) == "KLNUPDTA.EXE") Flags.NewUpdaterLoaded = 1;
+        if (CheckLibPartFile(index)) {
+            InstallPartLibrary(record, index);
+        } else if (CheckSPCFile(index)) {
+            InstallModels(record, index);
         } else {
-            InstallOther(record, place);
+            InstallOther(record, index);
         }
-        Progress();
+        CountStep();
     }
     SyncFileSystem(GetAppFolder());
 }
 
-void EndInError(const Place& place) {
+void EndInError(std::int32_t index) {
     frmUpdate.prgRun.SetVisible(false);
-    Run.DownloadFailed = 1;
-    if (place.index >= 1 && place.index <= Tables.FileArray.UpperBound()) {
-        const FileRecord& record = Tables.FileArray[place.index];
-        // Kept: it is the installed file that goes, not the archive.
+    Flags.DownloadFailed = 1;
+    if (index >= 1 && index <= Tables.FileArray.UpperBound()) {
+        const FileRecord& record = Tables.FileArray[index];
+        // Not the archive but the installed file goes, so that the next search offers it again.
         if (FileExists(record.TempZipFile)) EraseFile(record.LocalFile);
     }
     ShowRetry(GetLocalText("LiveUpdate Failed.", "991855") + GetLocalText("Click Retry to try again", "991856"));
@@ -247,18 +214,26 @@ void EndInError(const Place& place) {
 
 } // namespace
 
+void ShowRetry(const std::string& message) {
+    frmUpdate.CmdRetry.SetVisible(true);
+    frmUpdate.cmdCancel.SetVisible(true);
+    frmUpdate.cmdUpdate.SetVisible(false);
+    frmUpdate.CmdRetry.SetCaption(GetLocalText("Retry", "991852"));
+    EditMsgline(message);
+}
+
 std::int32_t UpdateFilesFromWeb() {
-    Place place;
+    std::int32_t index = 0;
     try {
-        Run.NewUpdaterLoaded = 0;
+        Flags.NewUpdaterLoaded = 0;
         Tables.UpdatedFiles.Clear();
         if (frmUpdate.IsRetry == 0) frmUpdate.ResumeIndex = 1;
         BeginProgress();
-        if (DownloadPass(place)) InstallPass(place);
+        if (DownloadPass(index)) InstallPass(index);
         frmUpdate.prgRun.SetVisible(false);
         return 0;
     } catch (const RuntimeError&) {
-        EndInError(place);
+        EndInError(index);
         return 1;
     }
 }
@@ -277,13 +252,9 @@ void CreateNewFolders() {
 void CleanUpTemporaryFiles() {
     try {
         FileListBox& files = frmUpdate.files_temp;
-        files.SetPath(Suite.TempFolder);
+        files.SetPath(Settings.TempFolder);
         const std::int32_t count = files.ListCount();
-        for (std::int32_t i = 0; i < count; ++i) {
-            const std::string path = Suite.TempFolder + "\\" + files.List(i);
-            SetAttributesNormal(path);
-            EraseFile(path);
-        }
+        for (std::int32_t i = 0; i < count; ++i) RemoveFile(InTempFolder(files.List(i)));
     } catch (const RuntimeError&) { // what is left goes at the next end
     }
 }

@@ -19,6 +19,11 @@ bool FileExists(const std::string& path) {
     return FileOpensForReading(path);
 }
 
+void RemoveFile(const std::string& path) {
+    SetAttributesNormal(path);
+    EraseFile(path);
+}
+
 std::string GetAppFolder() {
     const std::string program = ProgramPath();
     return program.substr(0, program.find_last_of('\\'));

@@ -8,6 +8,7 @@ namespace korlan {
 
 void AddBackslash(std::string& path);     // trims it, then appends "\" unless it ends with one
 bool FileExists(const std::string& path); // it can be opened for reading
+void RemoveFile(const std::string& path); // a read-only one, too
 
 // The folder of the program's own executable, without a trailing backslash.
 std::string GetAppFolder();

@@ -35,7 +35,7 @@ struct FrmUpdate {
     std::int32_t WizardState = 0;  // 0 searching or listing, 1 ended without a list, 2 a run has ended
     std::int32_t IsRetry = 0;      // the run is repeated
     std::int32_t ResumeIndex = 0;  // record at which the download pass stands
-    std::int32_t UpdateDone = 0;   // a run has ended
+    std::int32_t UpdateDone = 0;   // a run has ended; part of the record, read by nothing here
     std::int32_t CheckedCount = 0; // checked rows as the list's handler has counted them
 
 private:
@@ -54,7 +54,7 @@ struct RunFlags {
     std::int32_t LibElementKind = 0; // 2 symbol, 3 package, 4 padstack, 0 none of them
 };
 
-extern RunFlags Run;
+extern RunFlags Flags;
 
 inline constexpr const char* kCopiedFromWeb = "Copied from web"; // status of a row whose archive is there
 

@@ -13,8 +13,6 @@
 
 namespace korlan {
 
-Localisation Language;
-
 namespace {
 
 constexpr const char* kCountrySection = "COUNTRY";
@@ -61,7 +59,7 @@ FontSpec ReadFont(const std::string& file, const char* section, const FontSpec& 
     constexpr std::size_t kBufferSize = 256;
     constexpr std::int32_t kSmallest = 6, kLargest = 36; // points
     const auto read = [&](const char* key, const std::string& otherwise) {
-        return ReadProfileValue(section, key, otherwise, kBufferSize, file);
+        return ReadProfileValue(section, key, kBufferSize, file).value_or(otherwise);
     };
     FontSpec font = fallback;
     if (const std::string face = Trim(read("Name", "")); !face.empty()) font.face = face;
@@ -95,9 +93,7 @@ void ApplyLanguage(Control& control) {
 
 void LoadLocalisation() {
     Language.countries = ReadCountryTable();
-    std::string folder = GetAppFolder();
-    AddBackslash(folder);
-    Language.languagePath = folder + "COUNTRY\\" + LanguageFolder(Language.countries);
+    Language.languagePath = GetAppFolder() + "\\COUNTRY\\" + LanguageFolder(Language.countries);
     TellSuiteLibrary(Language.languagePath);
     L32_Object_Create(Trim(Language.languagePath + "\\KLNLOCAL.TXT"));
     Language.fonts = ReadFonts(Language.languagePath + "\\KLW32VFONT.EVF");

@@ -42,8 +42,8 @@ TEST_F(CommandLine, FolderAndFileArguments) {
         Process().commandLine = row.line;
         const std::string before = CurrentFolder();
         ParseCommandLine();
-        EXPECT_EQ(Suite.SysPath, row.sysPath) << row.line;
-        EXPECT_EQ(Suite.CommandFile, row.file) << row.line;
+        EXPECT_EQ(Settings.SysPath, row.sysPath) << row.line;
+        EXPECT_EQ(Settings.CommandFile, row.file) << row.line;
         EXPECT_EQ(Desktop().boxes.size(), row.warnings) << row.line;
         EXPECT_EQ(CurrentFolder(), before) << row.line;
     }
@@ -55,7 +55,7 @@ TEST_F(CommandLine, AFolderIsTriedFromAPlaceWithoutAName) {
     std::filesystem::remove(drive.HostPathOf("Gone"));
     Process().commandLine = "/sys:C:\\KORLAN";
     ParseCommandLine();
-    EXPECT_EQ(Suite.SysPath, "C:\\KORLAN");
+    EXPECT_EQ(Settings.SysPath, "C:\\KORLAN");
     EXPECT_THROW(CurrentFolder(), RuntimeError) << "the program is still where it was";
 }
 

@@ -20,12 +20,12 @@ constexpr const char* kDate = "5-3-2004,9:7:12";
 
 class UpdateRunTest : public test::ProgramTest {
 protected:
-    UpdateRunTest() { Suite.UpdateUrl = server.Url("/u"); }
+    UpdateRunTest() { Settings.UpdateUrl = server.Url("/u"); }
 
     static std::string Archive(const std::string& member, const std::string& data) {
         return test::ZipWriter().Add({.name = member, .data = data, .extendedTime = kStamp}).Bytes();
     }
-    // A marked record with its row, checked, and its archive on the server.
+    // A record with its row, checked, and its archive on the server.
     void Offer(const std::string& name, const std::string& folder, const std::string& data) {
         FileRecord record;
         record.FileName = name;
@@ -33,11 +33,11 @@ protected:
         record.Filedate = kDate;
         record.LocalFolder = "C:\\KORLAN\\" + folder;
         record.LocalFile = record.LocalFolder + name;
-        record.TempZipFile = Suite.TempFolder + "\\" + record.ServerZipName;
-        record.UpdateFlag = 1;
+        record.TempZipFile = Settings.TempFolder + "\\" + record.ServerZipName;
+        record.Row = list.Count() + 1;
         Tables.FileArray.Append(record);
-        list.AddRow(list.Count() + 1, name, name, "NOTDELETE");
-        list.SetChecked(list.Count(), true);
+        list.AddRow(record.Row, name, name, "NOTDELETE");
+        list.SetChecked(record.Row, true);
         server.Answer("/u/" + name + ".zip", {.body = Archive(name, data)});
     }
     std::string Status(std::int32_t row) const {
@@ -70,7 +70,7 @@ TEST_F(UpdateRunTest, FetchesAndInstallsWhatIsChecked) {
     EXPECT_EQ(Asked("C.DLL"), 0u);
     EXPECT_EQ(list.Row(2).subItems[1], "5KB");
     EXPECT_EQ(Status(1), "Updated");
-    EXPECT_EQ(korlan::Run.NewUpdaterLoaded, 1);
+    EXPECT_EQ(Flags.NewUpdaterLoaded, 1);
     ASSERT_EQ(Process().started.size(), 2u);
     EXPECT_EQ(Process().started[0].commandLine, "regsvr32 /u /s \"C:\\KORLAN\\A.DLL\"");
     EXPECT_EQ(Process().started[1].commandLine, "regsvr32 /s \"C:\\KORLAN\\A.DLL\"");
@@ -84,7 +84,7 @@ TEST_F(UpdateRunTest, AFailedTransferStopsBeforeTheInstallPassAndRetryResumesThe
     server.Answer("/u/B.DLL.zip", {.body = whole, .cutsAfter = 4000});
 
     EXPECT_EQ(UpdateFilesFromWeb(), 0);
-    EXPECT_EQ(korlan::Run.DownloadFailed, 1);
+    EXPECT_EQ(Flags.DownloadFailed, 1);
     EXPECT_EQ(frmUpdate.ResumeIndex, 2);
     EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "Live Update Failed.Click Retry to try again");
     EXPECT_FALSE(drive.Exists("KORLAN/Temp/B.DLL.zip")); // the part is gone, the first archive stays
@@ -94,7 +94,7 @@ TEST_F(UpdateRunTest, AFailedTransferStopsBeforeTheInstallPassAndRetryResumesThe
     server.Answer("/u/B.DLL.zip", {.body = whole});
     frmUpdate.IsRetry = 1;
     EXPECT_EQ(UpdateFilesFromWeb(), 0);
-    EXPECT_EQ(korlan::Run.DownloadFailed, 0);
+    EXPECT_EQ(Flags.DownloadFailed, 0);
     EXPECT_EQ(Asked("A.DLL"), 3u); // not fetched again
     for (const char* name : {"KORLAN/A.DLL", "KORLAN/B.DLL", "KORLAN/C.DLL"}) EXPECT_TRUE(drive.Exists(name)) << name;
 }
@@ -102,22 +102,22 @@ TEST_F(UpdateRunTest, AFailedTransferStopsBeforeTheInstallPassAndRetryResumesThe
 // Kept: only Update clears the flag of a failed run, and only a whole transfer otherwise. After an error of the install
 // pass the download pass stands at the last record, and what that one is decides what a Retry comes to.
 TEST_F(UpdateRunTest, AnErrorOfTheInstallPassStaysUntilTheNextTransfer) {
-    enum Last { Fetched, Unchecked, Unmarked };
+    enum Last { Fetched, Unchecked, Unlisted };
     const struct {
         Last last;
         std::int32_t failedAfterRetry, failedAfterAnother;
         bool installed;
-    } cases[] = {{Fetched, 1, 0, true}, {Unchecked, 1, 1, false}, {Unmarked, 1, 1, true}};
+    } cases[] = {{Fetched, 1, 0, true}, {Unchecked, 1, 1, false}, {Unlisted, 1, 1, true}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.last);
         Tables.FileArray.Clear();
         list.ClearRows();
-        frmUpdate.IsRetry = korlan::Run.DownloadFailed = 0;
+        frmUpdate.IsRetry = Flags.DownloadFailed = 0;
         Offer("A.DLL", "", "new a");
         Offer("P.PART", "LIB\\", "parts");
         Offer("Z.DLL", "", "new z");
         list.SetChecked(3, c.last != Unchecked);
-        Tables.FileArray[3].UpdateFlag = c.last == Unmarked ? 0 : 1;
+        Tables.FileArray[3].Row = c.last == Unlisted ? 0 : 3;
         drive.Write("KORLAN/LIB/Parts.abd", "no database");
         EXPECT_EQ(UpdateFilesFromWeb(), 1);
         EXPECT_EQ(frmUpdate.ResumeIndex, 3);
@@ -127,10 +127,10 @@ TEST_F(UpdateRunTest, AnErrorOfTheInstallPassStaysUntilTheNextTransfer) {
         std::filesystem::remove(drive.HostPathOf("KORLAN/LIB/Parts.abd"));
         frmUpdate.IsRetry = 1;
         EXPECT_EQ(UpdateFilesFromWeb(), 0);
-        EXPECT_EQ(korlan::Run.DownloadFailed, c.failedAfterRetry);
+        EXPECT_EQ(Flags.DownloadFailed, c.failedAfterRetry);
         EXPECT_FALSE(drive.Exists("KORLAN/Temp/Z.DLL.zip"));
         EXPECT_EQ(UpdateFilesFromWeb(), 0);
-        EXPECT_EQ(korlan::Run.DownloadFailed, c.failedAfterAnother);
+        EXPECT_EQ(Flags.DownloadFailed, c.failedAfterAnother);
         EXPECT_EQ(drive.Exists("KORLAN/LIB/P.PART"), c.installed);
         EXPECT_EQ(drive.Exists("KORLAN/Z.DLL"), c.last == Fetched);
         for (const char* file : {"KORLAN/LIB/P.PART", "KORLAN/Z.DLL"}) std::filesystem::remove(drive.HostPathOf(file));
