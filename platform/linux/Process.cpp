@@ -13,6 +13,7 @@
 #include <climits>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -210,13 +211,13 @@ std::string ProgramCommandLine() {
     return arguments;
 }
 
+// Found out once: a run may put a new version in the program's place, and who asks does so for every file.
 std::string ProgramPath() {
-    std::array<char, PATH_MAX> target{};
-    const ssize_t length = readlink("/proc/self/exe", target.data(), target.size());
-    std::string path(target.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
-    constexpr std::string_view kReplaced = " (deleted)"; // a run may have put a new version in its place
-    if (path.ends_with(kReplaced) && !IsFile(path)) path.resize(path.size() - kReplaced.size());
-    return WindowsPath(path);
+    static const std::string path = [] {
+        std::error_code error; // without the link the path is empty
+        return WindowsPath(std::filesystem::read_symlink("/proc/self/exe", error).string());
+    }();
+    return path;
 }
 
 bool AnotherInstanceRunning() {
