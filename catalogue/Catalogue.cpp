@@ -85,6 +85,7 @@ void GetLatestFiles(std::string& cataloguePath, std::int32_t& result) {
             FetchServicePack(i, cataloguePath, result);
             if (Flags.CancelRequested != 0) break;
         }
+        Tables.FileIndex.Clear(); // nothing is merged any more, and it is large
         result = 1;
     } catch (const RuntimeError&) {
         result = 0;

@@ -46,11 +46,7 @@ void CompareRecord(std::int32_t index, std::unordered_set<std::string>& handled)
     const std::string folder = DestinationFolder(record);
     if (!IsBareName(record.FileName) || !StaysInFolder(record.FileZipName)) return; // refused; the others still count
     const std::string targetPath = folder + record.FileName;
-    const std::string handledPath = UpperCase(targetPath);
-    if (!handled.contains(handledPath)) {
-        JudgeRecord(record, targetPath);
-        handled.insert(handledPath);
-    }
+    if (handled.insert(UpperCase(targetPath)).second) JudgeRecord(record, targetPath);
     if (record.UpdateFlag == 1 && CheckSPCFile(index) && ModelInstalledBefore(record)) record.UpdateFlag = 0;
     if (record.UpdateFlag != 1) return;
     record.LocalFile = targetPath;
