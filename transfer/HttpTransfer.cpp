@@ -26,7 +26,7 @@ std::string EscapedUrl(const std::string& url) {
 
 bool YieldUnlessCancelled() {
     DoEvents();
-    return Run.CancelRequested == 0;
+    return Flags.CancelRequested == 0;
 }
 
 std::unique_ptr<HttpSession> OpenSession() {
@@ -91,13 +91,13 @@ void ReadToFile(HttpBody& body, OutputFile& file, Progress& progress, std::int32
         progress.Add(read);
         if (showStatus != 0) LiveUpdateStatus();
         DoEvents();
-    } while (end == HttpBody::End::None && Run.CancelRequested == 0);
-    if (Run.CancelRequested == 0) {
+    } while (end == HttpBody::End::None && Flags.CancelRequested == 0);
+    if (Flags.CancelRequested == 0) {
         file.Close(); // a disk that is full now is an error like one that was full before
-        Run.DownloadFailed = 1;
+        Flags.DownloadFailed = 1;
     }
-    if (progress.Complete()) Run.DownloadFailed = 0;
-    if (Run.CancelRequested != 0) throw RuntimeError(kErrDeliberateAbort);
+    if (progress.Complete()) Flags.DownloadFailed = 0;
+    if (Flags.CancelRequested != 0) throw RuntimeError(kErrDeliberateAbort);
 }
 
 } // namespace

@@ -31,7 +31,7 @@ public:
     std::optional<std::string> Write(std::string_view section, std::string_view key, std::string_view value) const;
 
 private:
-    enum class Form { Ascii, Utf8, CodePage, Utf16 };
+    enum class Coding { Ascii, Utf8, CodePage, Utf16 };
     struct Span {
         std::size_t start = 0, end = 0;
     };
@@ -62,7 +62,7 @@ private:
     std::string WithValue(const Entry& entry, std::string_view value) const;
     std::string WithNewLine(const Entry& behind, const std::string& line) const;
 
-    Form form_ = Form::Ascii;
+    Coding coding_ = Coding::Ascii;
     std::string text_;    // UTF-8, without a UTF-16 mark
     std::string oddByte_; // the last byte of a UTF-16 file that has one too many
     std::vector<Section> sections_;
