@@ -5,6 +5,7 @@
 #include "app/base/TextHelpers.h"
 #include "app/base/frmUpdate.h"
 #include "catalogue/FileTables.h"
+#include "platform/FormHost.h"
 #include "transfer/HttpTransfer.h"
 
 #include <unordered_set>
@@ -39,6 +40,7 @@ void ReadMasterCatalogue(const std::string& path) {
     const auto rows = OpenCatalogue(path);
     Tables.FileArraySP.Clear();
     for (; !rows->Eof(); rows->MoveNext()) {
+        DoEvents();
         auto pack = RecordFromRow<SPRecord>(*rows);
         if (!applied.contains(Trim(UpperCase(pack.FileName)))) Tables.FileArraySP.Append(std::move(pack));
     }
@@ -99,6 +101,7 @@ void GetFilesInsideSP(const std::string& spCataloguePath, std::int32_t spIndex) 
     const auto rows = OpenCatalogue(spCataloguePath);
     for (; !rows->Eof(); rows->MoveNext()) {
         LiveUpdateStatus();
+        DoEvents();
         auto record = RecordFromRow<FileRecord>(*rows);
         if (record.FilePath == "NEWFOLDER") {
             MergeFolderRow(record);
