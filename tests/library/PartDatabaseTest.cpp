@@ -70,6 +70,16 @@ TEST_F(PartDatabaseTest, AFileReplacesItsRows) {
     EXPECT_EQ(SequenceOf(kPartKind).names[2], "TTL.PART");
 }
 
+TEST_F(PartDatabaseTest, AnIndexThatCannotBeWrittenCountsAsNone) {
+    std::filesystem::copy_file(KLN_TEST_DATA "/jet/Parts.abd", drive.HostPathOf(kIndex));
+    WriteParts("A.PART", {{"X", "P " + kFields, ""}});
+    for (const auto& operation : {UpdateLibDBDeleteFile, UpdateLibDBAddFileElements,
+                                  +[](const std::string& file) { UpdateLibDBDeleteFromFile(file, "X"); }})
+        EXPECT_EQ(ErrorOf([&] { operation("A.PART"); }), 0);
+    UpdateLibDB("A.PART", LoadedPart("A.PART", "X"));
+    EXPECT_EQ(SequenceOf(kPartKind).names.UpperBound(), 0);
+}
+
 TEST_F(PartDatabaseTest, BadLibraryFilesEndTheOperation) {
     const suite::Element part{"A", "P " + std::string(9, '\x80'), ""};
     const std::string bytes = suite::LibraryBytes({suite::Kind::Part, {part}});
