@@ -31,13 +31,11 @@ enum ErrorNumber : std::int32_t {
     kErrDeliberateAbort = 9999,  // raised by the program itself to leave a procedure
 };
 
-// `source` is the procedure that raised it again, for whoever reads what().
 class RuntimeError : public std::exception {
 public:
-    explicit RuntimeError(std::int32_t number, std::string description = {}, const std::string& source = {})
+    explicit RuntimeError(std::int32_t number, std::string description = {})
         : number_(number), description_(std::move(description)) {
-        what_ = "run-time error " + std::to_string(number_) + (description_.empty() ? "" : ": " + description_) +
-                (source.empty() ? "" : " (" + source + ")");
+        what_ = "run-time error " + std::to_string(number_) + (description_.empty() ? "" : ": " + description_);
     }
     std::int32_t Number() const { return number_; }
     const std::string& Description() const { return description_; }

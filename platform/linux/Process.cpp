@@ -210,7 +210,7 @@ std::string InstanceLock() {
 } // namespace
 
 void EndProcess() {
-    _exit(0);
+    std::quick_exit(0); // a file under way goes
 }
 
 void SetProgramArguments(int argc, char** argv) {

@@ -5,8 +5,6 @@
 
 #include <curl/curl.h>
 #include <dlfcn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -44,34 +42,28 @@ std::string Answered(const std::string& url) {
 class TlsServer {
 public:
     TlsServer(const std::string& folder, const std::string& certificate) {
-        int ends[2];
-        if (pipe(ends) != 0 || (server_ = fork()) < 0) throw std::runtime_error("no server");
-        if (server_ == 0) {
-            dup2(ends[1], STDOUT_FILENO);
-            if (chdir(folder.c_str()) == 0)
-                execlp("openssl", "openssl", "s_server", "-accept", "127.0.0.1:0", "-cert", certificate.c_str(), "-key",
-                       "key", "-HTTP", nullptr);
-            _exit(127);
-        }
-        close(ends[1]);
-        out_ = fdopen(ends[0], "r");
-        char line[200];
-        while (url_.empty() && fgets(line, sizeof line, out_))
-            if (std::string(line).starts_with("ACCEPT "))
-                url_ = "https://" + std::string(line + 7, strcspn(line + 7, "\n"));
+        const std::string command = "cd " + folder +
+                                    " && echo $$ && exec openssl s_server -accept 127.0.0.1:0 -HTTP "
+                                    "-key key -cert " +
+                                    certificate;
+        out_ = popen(command.c_str(), "r");
+        std::string before;
+        char word[100]{};
+        for (; fscanf(out_, "%99s", word) == 1 && before != "ACCEPT"; before = word)
+            if (server_ < 0) server_ = std::atoi(word);
+        url_ = "https://" + std::string(word);
     }
     ~TlsServer() {
-        kill(server_, SIGKILL);
-        waitpid(server_, nullptr, 0);
-        fclose(out_);
+        if (server_ > 0) kill(server_, SIGKILL);
+        pclose(out_);
     }
     TlsServer(const TlsServer&) = delete;
     TlsServer& operator=(const TlsServer&) = delete;
     const std::string& Url() const { return url_; }
 
 private:
+    FILE* out_;
     pid_t server_ = -1;
-    FILE* out_ = nullptr; // open as long as the server may write to it
     std::string url_;
 };
 
