@@ -22,7 +22,7 @@ from window import Program, Screen, seconds_to_rename
 BUILD = ROOT / "build" / "release"
 PAGE = (500, 300, 900, 500)  # inside the window, and inside a box that comes before it
 UPDATE, CANCEL, FIRST_CHECK_BOX = (747, 635), (843, 635), (446, 298)
-LINKED_ROWS = (436, 312, 620, 560)  # of the list, below the first
+LINKED_ROWS = (436, 312, 620, 540)  # of the list, below the first
 figures = {}  # what: values of the rounds
 
 
