@@ -72,7 +72,7 @@ def big(bed, screen, quick):
 
 
 def many(bed, screen, quick):
-    count = 500 if quick else 2000
+    count = 300 if quick else 2000
     more, some = Case(bed, "more", names(3 * count)), Case(bed, "some", names(count))
     pack(more.files, more.rows, 20_000)
     for row in some.rows:
@@ -170,7 +170,7 @@ def procedures(bed, screen, quick):
     case = Case(bed, "procedures", names(50000))
     case.renew("DATA")
     case.install(MOMENT)
-    count = 500 if quick else 2000
+    count = 300 if quick else 2000
     pack(case.program / "Temp", case.rows[:count], 20_000)
 
     def once():
