@@ -1,5 +1,6 @@
 // Archives with everything that a server, a tool or an attacker may put into them, on real files.
 #include "platform/ZipLibrary.h"
+#include "TestData.h"
 
 #include "tests/support/TempFolder.h"
 #include "tests/support/ZipWriter.h"

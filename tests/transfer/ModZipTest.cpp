@@ -1,5 +1,6 @@
 // The wrapper over the real library, with the user scripted.
 #include "transfer/modZip.h"
+#include "TestData.h"
 
 #include "platform/MsgBox.h"
 #include "tests/support/ScriptedDesktop.h"
