@@ -37,14 +37,17 @@ public:
     void Check() const {
         if (!CheckTransfer()) return;
         if (!looked_.facts.damage.empty())
-            return Error("archive-damaged", looked_.facts.damage + ": the installed file is deleted and nothing takes its place");
+            return Error("archive-damaged",
+                         looked_.facts.damage + ": the installed file is deleted and nothing takes its place");
         CheckKinds();
         const ZipMember* member = OwnMember();
-        if (member == nullptr) return Error("other-file", "does not hold " + row_.FileName + ": the installed one is " +
-                                                              "deleted and nothing takes its place");
+        if (member == nullptr)
+            return Error("other-file", "does not hold " + row_.FileName + ": the installed one is " +
+                                           "deleted and nothing takes its place");
         CheckTime(*member);
         if (row_.FileSize != std::to_string(member->size))
-            Warning("size", "holds " + std::to_string(member->size) + " bytes, and the list shows \"" + row_.FileSize + "\"");
+            Warning("size",
+                    "holds " + std::to_string(member->size) + " bytes, and the list shows \"" + row_.FileSize + "\"");
     }
 
 private:
@@ -83,7 +86,7 @@ private:
                 Error("password", "asks the user for a password");
             else if (!names.insert(UpperCase(name)).second)
                 Error("two-members", "holds " + name + " twice: the user is asked which one to keep");
-            else if (UpperCase(name) != UpperCase(row_.FileName))
+            else if (UpperCase(name) != UpperCase(row_.FileName) && OwnMember() != nullptr)
                 Warning("more-files", "also holds " + name + ", which is installed unasked");
         }
     }

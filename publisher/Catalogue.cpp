@@ -25,8 +25,9 @@ void ReadPack(Server& server, PublishedPack& pack, Findings& findings) {
     const Place listed{kMasterName, pack.masterRow}, whole{pack.name, 0};
     Fetched fetched = server.Get(pack.name);
     if (fetched.file.empty()) {
-        findings.Error(listed, "pack-missing", pack.name + ": " + fetched.problem +
-                                                   "; its files are never offered, and it is recorded as applied");
+        findings.Error(listed, "pack-missing",
+                       pack.name + ": " + fetched.problem +
+                           "; its files are never offered, and it is recorded as applied");
         return;
     }
     const std::string reason = ReadRows(fetched.file, pack.rows);
@@ -62,8 +63,9 @@ public:
         const auto [archive, isNewArchive] = archives_.emplace(row.FileZipName, seen);
         const auto [first, isNewTarget] = targets_.emplace(*target, seen);
         if (!isNewArchive && TargetOf(*archive->second.row) != target)
-            findings_.Error(place, "archive-shared", row.FileZipName + " stands for another file in " +
-                                                         PlaceText(archive->second.place) + ": this row is never looked at");
+            findings_.Error(place, "archive-shared",
+                            row.FileZipName + " stands for another file in " + PlaceText(archive->second.place) +
+                                ": this row is never looked at");
         else if (isNewArchive && !isNewTarget)
             CheckTarget(first->second, seen);
     }
@@ -72,17 +74,18 @@ private:
     void AddFolder(const Place& place, const CatalogueRow& row) {
         const auto [first, isNew] = folders_.emplace(row.FileZipName, SeenRow{place, &row});
         if (!isNew && first->second.row->FileName != row.FileName)
-            findings_.Error(place, "folder-twice", "\"" + row.FileZipName + "\" stands for " + first->second.row->FileName +
-                                                       " in " + PlaceText(first->second.place) + ": this folder is not made");
+            findings_.Error(place, "folder-twice",
+                            "\"" + row.FileZipName + "\" stands for " + first->second.row->FileName + " in " +
+                                PlaceText(first->second.place) + ": this folder is not made");
     }
 
     void CheckCase(const SeenRow& seen) {
         const auto [first, isNew] = spellings_.emplace(UpperCase(seen.row->FileZipName), seen);
         if (!isNew && first->second.row->FileZipName != seen.row->FileZipName)
-            findings_.Error(seen.place, "archive-case", seen.row->FileZipName + " differs only in case from " +
-                                                            first->second.row->FileZipName + " in " +
-                                                            PlaceText(first->second.place) +
-                                                            ": on the user's machine one overwrites the other");
+            findings_.Error(seen.place, "archive-case",
+                            seen.row->FileZipName + " differs only in case from " + first->second.row->FileZipName +
+                                " in " + PlaceText(first->second.place) +
+                                ": on the user's machine one overwrites the other");
     }
 
     // Only the first row of a target is judged, and the packs of the others count as applied.
@@ -91,10 +94,12 @@ private:
         if (first.place.pack == later.place.pack)
             findings_.Error(later.place, "target", what + " of the same pack: this row is never looked at");
         else if (IsOlder(first.row->Filedate, later.row->Filedate))
-            findings_.Error(later.place, "target", what + ", which is listed first and older: a machine with neither " +
-                                                       "pack gets the old file and never this one");
+            findings_.Error(later.place, "target",
+                            what + ", which is listed first and older: a machine with neither " +
+                                "pack gets the old file and never this one");
         else if (IsModelFile(later.row->FileName))
-            findings_.Warning(later.place, "target", what + ": a machine with neither pack gets the models of that one only");
+            findings_.Warning(later.place, "target",
+                              what + ": a machine with neither pack gets the models of that one only");
     }
 
     Findings& findings_;
@@ -107,7 +112,8 @@ bool ReadPublished(Server& server, std::vector<PublishedPack>& packs, Findings& 
     const Fetched fetched = server.Get(kMasterName);
     CatalogueRows master;
     if (fetched.file.empty()) {
-        findings.Error({kMasterName, 0}, "master-missing", fetched.problem + ": every search ends with a connection error");
+        findings.Error({kMasterName, 0}, "master-missing",
+                       fetched.problem + ": every search ends with a connection error");
         return false;
     }
     if (const std::string reason = ReadRows(fetched.file, master); !reason.empty()) {

@@ -32,8 +32,9 @@ void CheckNote(Server& server, Findings& findings) {
     try {
         IsEarlier(line, line);
     } catch (const RuntimeError&) {
-        findings.Error({kNoteName, 0}, "note", "begins with \"" + Left(line, 40) + "\", which is no D-M-YYYY,H:M:S: " +
-                                                   "no wizard gets past it to its search");
+        findings.Error({kNoteName, 0}, "note",
+                       "begins with \"" + Left(line, 40) +
+                           "\", which is no D-M-YYYY,H:M:S: " + "no wizard gets past it to its search");
     }
 }
 
@@ -42,9 +43,8 @@ void PrintFindings(const Findings& findings, const std::vector<PublishedPack>& p
     std::map<std::string, std::int32_t> order{{kNoteName, -2}, {kMasterName, -1}};
     for (const PublishedPack& pack : packs) order.emplace(pack.name, pack.masterRow);
     std::vector<Finding> sorted = findings.All();
-    std::ranges::stable_sort(sorted, {}, [&](const Finding& finding) {
-        return std::pair(order[finding.place.pack], finding.place.row);
-    });
+    std::ranges::stable_sort(
+        sorted, {}, [&](const Finding& finding) { return std::pair(order[finding.place.pack], finding.place.row); });
     for (const Finding& finding : sorted) std::cout << finding.Line() << '\n';
 }
 
@@ -69,7 +69,8 @@ void PrintTable(const std::vector<Line>& lines) {
         for (std::size_t i = 0; i < line.size(); ++i) widths[i] = std::max(widths[i], width(line[i]));
     for (const Line& line : lines) {
         std::string text;
-        for (std::size_t i = 0; i < line.size(); ++i) text += line[i] + std::string(widths[i] - width(line[i]) + 2, ' ');
+        for (std::size_t i = 0; i < line.size(); ++i)
+            text += line[i] + std::string(widths[i] - width(line[i]) + 2, ' ');
         std::cout << RightTrim(text) << '\n';
     }
 }
@@ -104,7 +105,8 @@ int List(const std::string& where) {
     std::vector<Line> lines = {{"Pack", "File", "Folder", "Size", "Date (UTC)", "Archive"}};
     for (const PublishedPack& pack : packs)
         for (const CatalogueRow& row : pack.rows)
-            lines.push_back({pack.name, row.FileName, row.IsFolder() ? "new folder" : row.FilePath, row.FileSize, row.Filedate, row.FileZipName});
+            lines.push_back({pack.name, row.FileName, row.IsFolder() ? "new folder" : row.FilePath, row.FileSize,
+                             row.Filedate, row.FileZipName});
     PrintTable(lines);
     for (const Finding& finding : findings.All()) std::cerr << "klnpub: " << finding.Line() << '\n';
     return findings.Errors() > 0 ? 1 : 0;

@@ -32,8 +32,9 @@ void TakeSettings(const std::filesystem::path& folder) {
     IniWebR();
     for (const std::string* place : {&Settings.LibDir, &Settings.SysDir, &Settings.KDScml})
         if (!DriveIsThere(*place))
-            throw RuntimeError(kErrPathNotFound, *place + " in TESSARY.INI is on a drive that is not there: $KLN_DRIVES names " +
-                                                     "the folder of links c:, d: ...");
+            throw RuntimeError(kErrPathNotFound,
+                               *place + " in TESSARY.INI is on a drive that is not there: $KLN_DRIVES names " +
+                                   "the folder of links c:, d: ...");
 }
 
 bool IsApplied(const std::string& pack) {
@@ -51,7 +52,8 @@ void MergePacks(const std::vector<PublishedPack>& packs) {
         record.FileName = pack.name;
         Tables.FileArraySP.Append(std::move(record));
         if (!pack.file.empty())
-            GetFilesInsideSP(WindowsPath(std::filesystem::absolute(pack.file).string()), Tables.FileArraySP.UpperBound());
+            GetFilesInsideSP(WindowsPath(std::filesystem::absolute(pack.file).string()),
+                             Tables.FileArraySP.UpperBound());
     }
 }
 
@@ -67,7 +69,8 @@ void PrintOffer(const std::filesystem::path& folder, const std::vector<Published
         if (record.UpdateFlag != 1) continue;
         ++offered;
         std::cout << "  offers " << record.LocalFile << "  " << record.Filedate << "  "
-                  << (FileOpensForReading(record.LocalFile) ? "instead of " + GetFileStamp(record.LocalFile) : "not there yet")
+                  << (FileOpensForReading(record.LocalFile) ? "instead of " + GetFileStamp(record.LocalFile)
+                                                            : "not there yet")
                   << '\n';
     }
     if (offered == 0) std::cout << "  No updates found\n";

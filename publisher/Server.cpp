@@ -75,8 +75,10 @@ private:
             out.write(block.data(), static_cast<std::streamsize>(read));
             received += read;
         }
-        if (!out.flush()) throw RuntimeError(kErrDiskFull, "no room for what is fetched in " + scratch_.Path().string());
-        if (end == HttpBody::End::Failed) return {{}, "the server stops sending after " + std::to_string(received) + " bytes"};
+        if (!out.flush())
+            throw RuntimeError(kErrDiskFull, "no room for what is fetched in " + scratch_.Path().string());
+        if (end == HttpBody::End::Failed)
+            return {{}, "the server stops sending after " + std::to_string(received) + " bytes"};
         return {file, "", length, received};
     }
 

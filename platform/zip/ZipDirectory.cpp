@@ -173,6 +173,7 @@ void AddMember(const ReadBytes& read, std::string_view entry, const DirectoryPla
     member.encrypted = (Number16(entry, 8) & 1) != 0;
     auto modified = ExtendedTime(localExtra);
     if (!modified) modified = ExtendedTime(extra);
+    member.inUtc = modified.has_value();
     member.modified = modified ? *modified : InstantOfDosTime(Number16(entry, 14), Number16(entry, 12));
     members.emplace(header + kLocalSize + localNameSize + localExtraSize, std::move(member));
 }
