@@ -48,10 +48,6 @@ void PrintFindings(const Findings& findings, const std::vector<PublishedPack>& p
     for (const Finding& finding : sorted) std::cout << finding.Line() << '\n';
 }
 
-std::string Counted(std::size_t count, const char* what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 std::size_t RowsIn(const std::vector<PublishedPack>& packs) {
     std::size_t rows = 0;
     for (const PublishedPack& pack : packs) rows += pack.rows.size();

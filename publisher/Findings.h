@@ -8,6 +8,10 @@
 
 namespace korlan::publisher {
 
+inline std::string Counted(std::size_t count, const char* what) { // "1 pack", "2 packs"
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 struct Place {
     std::string pack;     // "Update.mdb" or the pack's file name
     std::int32_t row = 0; // from 1 in table order; 0 is the file as a whole

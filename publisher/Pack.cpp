@@ -20,7 +20,7 @@ namespace {
 constexpr const char* kMaster = "Update.mdb";
 
 std::string PackStem(const std::string& name) {
-    const std::string stem = UpperCase(name).ends_with(".MDB") ? name.substr(0, name.size() - 4) : name;
+    std::string stem = UpperCase(name).ends_with(".MDB") ? name.substr(0, name.size() - 4) : name;
     const bool plain = std::ranges::all_of(
         stem, [](char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '-' || c == '_'; });
     if (stem.empty() || !plain || UpperCase(stem) == "UPDATE")
@@ -162,8 +162,9 @@ int Pack(const PackOptions& options) {
     publication.Place(scratch.Path() / packFile);
     publication.Place(scratch.Path() / kMaster);
     publication.Complete();
-    std::cout << packFile << ": " << staging.files.size() << " files, " << staging.emptyFolders.size()
-              << " new folders; " << kMaster << " lists " << master.size() << " packs\n";
+    std::cout << packFile << ": " << Counted(staging.files.size(), "file") << ", "
+              << Counted(staging.emptyFolders.size(), "new folder") << "; " << kMaster << " lists "
+              << Counted(master.size(), "pack") << '\n';
     return 0;
 }
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs from a build, makes the Debian packages, installs them in an empty root, runs what they bring and removes
-# them again. install-and-remove BUILD
+# them again. install-and-remove.sh BUILD
 set -euo pipefail
 build=$(readlink -f "$1")
 if [ "$(id -u)" -ne 0 ]; then exec unshare --map-root-user "$0" "$build"; fi
