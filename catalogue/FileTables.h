@@ -24,6 +24,7 @@ struct FileRecord {
     std::string TempZipFile;        // where the archive is kept during a run
     std::string LocalFolder;        // destination folder, ending in "\"
     std::int32_t TransferState = 0; // 1 = the archive is in the temporary folder
+    std::int32_t Row = 0;           // of the wizard's list, 0 = not listed
 };
 
 struct SPMember {
@@ -35,6 +36,7 @@ struct SPRecord { // one service pack not yet applied
     std::string FileName, FileSize, Filedate, FileZipName, FilePath;
     std::int32_t UpdateFlag = 0; // 1 = recorded as applied
     Table<SPMember> Files;
+    bool Read = false; // this search has read its catalogue to the end
 };
 
 struct NewFolderRecord {
@@ -69,10 +71,12 @@ struct FileTables {
     FirstPlace<NewFolderRecord, &NewFolderRecord::FolderZipName> FolderIndex;
     Table<std::string> AppliedSPList;            // names of the service packs recorded as applied
     Table<std::string> AppliedSPCList;           // archive names of the simulation-model files installed
+    std::int64_t AppliedSPCount = 0;             // entries of the two lists in the suite INI file; the tables may be
+    std::int64_t AppliedSPCCount = 0;            // shorter
     Table<std::string> UpdatedFiles;             // archive names installed by the run, in install order
     std::unique_ptr<Database> CatalogueDatabase; // at most one catalogue open at a time
 };
 
-extern FileTables Tables;
+inline FileTables Tables;
 
 } // namespace korlan

@@ -10,8 +10,6 @@
 
 namespace korlan {
 
-SuiteSettings Settings;
-
 namespace {
 
 constexpr std::size_t kIniBufferSize = 1024;
@@ -68,25 +66,29 @@ std::string GetSysName() {
 }
 
 void SetTempFolder() {
-    std::string folder = GetAppFolder();
-    AddBackslash(folder);
-    Settings.TempFolder = folder + "Temp";
+    Settings.TempFolder = GetAppFolder() + "\\Temp";
     try {
         TryFolder(Settings.TempFolder);
     } catch (const RuntimeError&) { // a missing folder is not reported here
     }
 }
 
+std::string InTempFolder(const std::string& name) {
+    return Settings.TempFolder + "\\" + name;
+}
+
 void GetKorlanFilePath(const std::string& cataloguePath, std::string& installationPath) {
-    RequireInsideFolder(cataloguePath);
     const std::vector<std::string> pieces = Split(cataloguePath, "\\");
     const std::string code = UpperCase(Piece(pieces, 1));
+    if (!StaysInFolder(cataloguePath)) throw RuntimeError(kErrPathNotFound, "Path not found: " + cataloguePath);
     for (const InstallationFolder& entry : kFolders) {
         if (code != entry.code) continue;
         installationPath = Settings.*entry.folder;
         for (std::size_t i = 2; i < pieces.size(); ++i) installationPath += "\\" + UpperCase(pieces[i]);
         return;
     }
+    if (!pieces[0].empty()) // a text before the first backslash would name a neighbour of the program folder
+        throw RuntimeError(kErrPathNotFound, "Path not found: " + cataloguePath);
     installationPath = GetAppFolder() + cataloguePath;
 }
 
