@@ -24,19 +24,6 @@ void RemoveFile(const std::string& path) {
     EraseFile(path);
 }
 
-void TryFolder(const std::string& folder) {
-    std::string previous;
-    try {
-        previous = CurrentFolder();
-    } catch (const RuntimeError&) { // it has been deleted, which says nothing about the folder to try
-    }
-    ChangeCurrentFolder(folder);
-    try {
-        ChangeCurrentFolder(previous);
-    } catch (const RuntimeError&) {
-    }
-}
-
 std::string GetAppFolder() {
     const std::string program = ProgramPath();
     return program.substr(0, program.find_last_of('\\'));

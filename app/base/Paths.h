@@ -10,9 +10,6 @@ void AddBackslash(std::string& path);     // trims it, then appends "\" unless i
 bool FileExists(const std::string& path); // it can be opened for reading
 void RemoveFile(const std::string& path); // a read-only one, too
 
-// Enters the folder and goes back to where it came from. Raises when the folder cannot be entered.
-void TryFolder(const std::string& folder);
-
 // The folder of the program's own executable, without a trailing backslash.
 std::string GetAppFolder();
 

@@ -3,6 +3,7 @@
 #include "app/base/LocalText.h"
 #include "app/base/Paths.h"
 #include "app/base/TextHelpers.h"
+#include "platform/FileSystem.h"
 #include "platform/IniFile.h"
 #include "platform/MsgBox.h"
 #include "platform/RuntimeError.h"
