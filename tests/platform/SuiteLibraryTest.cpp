@@ -61,9 +61,10 @@ TEST_F(SuiteLibraryTest, HostileFilesAreRefused) {
 }
 
 TEST_F(SuiteLibraryTest, TheToolTakesTheLinesOfAnySystem) {
+    drive.Write(kFile, "");
     drive.Write("a.txt", "# parts\r\n\r\nA\tP x|y\r\nB\r\nC\tQ\n");
     const std::string tool = std::filesystem::path(KLN_SUITE_SO).parent_path() / "kln-makelib";
-    const std::string command = tool + " " + drive.HostPathOf("a.txt") + " " + drive.HostPathOf("KORLAN/LIB/A.PART");
+    const std::string command = tool + " " + drive.HostPathOf("a.txt") + " " + drive.HostPathOf(kFile);
     ASSERT_EQ(std::system(command.c_str()), 0);
     std::vector<PartInformation> parts(3);
     E_GetPartInfo(kFile, parts);
