@@ -161,7 +161,11 @@ int ListMirror::NarrowestWidth(int column) const {
     bold.setBold(true);
     const int text = QFontMetrics(bold).horizontalAdvance(ToQString(model_.Column(column).fits));
     const int margin = style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1;
-    return qMax(header()->sectionSizeHint(column), text + 2 * margin);
+    const int before =
+        column == 0 // check box and picture, each with its margins
+            ? style()->pixelMetric(QStyle::PM_IndicatorWidth, nullptr, this) + iconSize().width() + 4 * margin
+            : 0;
+    return qMax(header()->sectionSizeHint(column), before + text + 2 * margin);
 }
 
 // A column whose share would be too narrow takes what it needs; the others share what is left.
