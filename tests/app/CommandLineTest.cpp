@@ -14,8 +14,8 @@ using CommandLine = AppTest;
 TEST_F(CommandLine, FolderAndFileArguments) {
     drive.MakeFolders("Suite One\\Sys");
     drive.MakeFolders("Other");
-    drive.AddDrive('z', drive.HostPathOf("away"));
     drive.Write("Jobs\\Board.txt", "x");
+    drive.AddDrive('z', drive.HostPathOf("Jobs\\Board.txt"));
     const std::string ownFolder = "C:\\KORLAN\\sys";
     ChangeCurrentFolder("C:\\Other");
     const struct {
