@@ -12,6 +12,7 @@
 #include "catalogue/DateText.h"
 #include "catalogue/FileList.h"
 #include "platform/FileSystem.h"
+#include "platform/FormHost.h"
 #include "platform/MsgBox.h"
 #include "platform/Process.h"
 #include "platform/RuntimeError.h"
@@ -74,6 +75,7 @@ void CheckForNewerBuild() {
 void EndRun() {
     if (Flags.CancelRequested != 0) EndProcess();
     frmUpdate.cmdCancel.SetEnabled(false);
+    DoEvents(); // impatient clicks on Cancel die here: they were not meant for Next
     frmUpdate.IsBusy = 0;
     frmUpdate.UpdateDone = 1;
     frmUpdate.cmdHelp.SetEnabled(true);

@@ -12,6 +12,7 @@
 #include "library/SearchSequence.h"
 #include "library/SpcModels.h"
 #include "platform/FileSystem.h"
+#include "platform/FormHost.h"
 #include "platform/MsgBox.h"
 #include "transfer/HttpTransfer.h"
 #include "transfer/Registration.h"
@@ -73,6 +74,7 @@ void FetchArchive(FileRecord& record, const std::string& url, std::int32_t size,
     std::int32_t done = 0;
     std::string label = record.FileName;
     DownloadFile(url, record.TempZipFile, done, size, label, showStatus);
+    if (done == 0 && Flags.CancelRequested == 0) Flags.DownloadFailed = 1; // it never began, or could not be written
     if (Flags.DownloadFailed != 1 && done != 0) record.TransferState = 1;
 }
 
@@ -150,10 +152,8 @@ void InstallPartLibrary(const FileRecord& record, std::int32_t index) {
         ReportFailure(record, "File not updated properly : ");
         return;
     }
-    if (Trim(Settings.SuiteVersion) != "1.20") { // installations of that version have their index left alone
-        UpdateLibDBDeleteFile(record.FileName);
-        UpdateLibDBAddFileElements(record.FileName);
-    }
+    if (Trim(Settings.SuiteVersion) != "1.20") // installations of that version have their index left alone
+        UpdateLibDBReplaceFile(record.FileName);
     RecordInstalled(record, "Updated"); // a literal, unlike below
 }
 
@@ -186,6 +186,7 @@ void InstallPass(std::int32_t& index) {
     for (index = 1; index <= Tables.FileArray.UpperBound(); ++index) {
         const FileRecord& record = Tables.FileArray[index];
         if (record.Row == 0 || record.TransferState != 1) continue;
+        DoEvents(); // Cancel is answered between two files, too
         frmUpdate.lvwFilesList.EnsureVisible(record.Row);
         EditMsgline(GetLocalText("Uncompressing : ", "991878") + record.FileName);
         if (UpperCase(record.FileName) == "KLNUPDTA.EXE") Flags.NewUpdaterLoaded = 1;
@@ -255,6 +256,8 @@ void CleanUpTemporaryFiles() {
         files.SetPath(Settings.TempFolder);
         const std::int32_t count = files.ListCount();
         for (std::int32_t i = 0; i < count; ++i) RemoveFile(InTempFolder(files.List(i)));
+        for (const FileRecord& record : Tables.FileArray) // some lie in folders of their own
+            if (record.TransferState == 1 && FileExists(record.TempZipFile)) RemoveFile(record.TempZipFile);
     } catch (const RuntimeError&) { // what is left goes at the next end
     }
 }

@@ -4,6 +4,7 @@
 #include "platform/FormHost.h"
 #include "platform/MsgBox.h"
 #include "platform/RuntimeError.h"
+#include "platform/TextEncoding.h"
 #include "platform/ZipLibrary.h"
 
 #include <algorithm>
@@ -26,6 +27,12 @@ std::int32_t AnswerOverwrite(const std::string& member) {
     }
 }
 
+std::string FirstCharacters(const std::string& text, std::size_t count) {
+    std::size_t length = 0;
+    while (length < text.size() && (IsUtf8Tail(text[length]) || count-- > 0)) ++length;
+    return text.substr(0, length);
+}
+
 std::int32_t AnswerPassword(std::string& password, std::size_t maxLength) {
     if (modZip.SkipPassword != 0) return kPasswordSkip;
     const std::string answer = ShowInputBox("Please Enter The Password!", "", true);
@@ -33,7 +40,7 @@ std::int32_t AnswerPassword(std::string& password, std::size_t maxLength) {
         modZip.SkipPassword = 1;
         return kPasswordSkip;
     }
-    password = Left(answer, static_cast<std::int64_t>(maxLength));
+    password = FirstCharacters(answer, maxLength);
     return kPasswordGiven;
 }
 

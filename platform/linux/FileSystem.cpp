@@ -245,6 +245,7 @@ struct OutputFile::Impl {
     std::string hostPath;
     FileHandle file;
     Mode mode = Mode::Create;
+    off_t oldLength = -1; // unknown; no file is ever cut to that
     std::string buffer;
 
     void Flush() {
@@ -262,9 +263,12 @@ OutputFile::OutputFile(const std::string& path, Mode mode) : impl_(std::make_uni
     impl_->file =
         FileHandle(impl_->hostPath, O_WRONLY | O_CREAT | O_NONBLOCK | (mode == Mode::Append ? O_APPEND : O_TRUNC));
     if (!impl_->file) RaiseHostError(errno, impl_->hostPath);
+    if (fstat(impl_->file.Descriptor(), &status) == 0) impl_->oldLength = status.st_size;
 }
 
 OutputFile::~OutputFile() {
+    if (impl_->file && impl_->mode == Mode::Append && ftruncate(impl_->file.Descriptor(), impl_->oldLength) == 0)
+        return;
     try {
         Close();
     } catch (const RuntimeError&) { // a destructor has nobody to tell; who wants to know calls Close
