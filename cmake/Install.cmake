@@ -3,8 +3,8 @@
 include(GNUInstallDirs)
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 
-install(TARGETS KlnUpdt DESTINATION ${CMAKE_INSTALL_LIBDIR}/klnupdt COMPONENT wizard)
-install(FILES sample/help/KlnUpdt.chm DESTINATION ${CMAKE_INSTALL_LIBDIR}/klnupdt COMPONENT wizard)
+install(TARGETS KlnUpdt DESTINATION lib/klnupdt COMPONENT wizard)
+install(FILES sample/help/KlnUpdt.chm DESTINATION lib/klnupdt COMPONENT wizard)
 install(FILES platform/linux/SuiteAbi.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/klnupdt COMPONENT wizard)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/klnupdt RENAME copyright COMPONENT wizard)
 

@@ -6,6 +6,7 @@
 #include <archive.h>
 #include <archive_entry.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <fstream>
@@ -92,19 +93,14 @@ ArchiveFacts ReadArchive(const std::filesystem::path& file) {
             return bytes;
         });
     if (!members) return {{}, "it is no zip archive"};
-    ArchiveFacts facts;
-    bool encrypted = false;
-    for (const auto& [offset, member] : *members) {
-        facts.members.push_back(member);
-        encrypted = encrypted || member.encrypted;
-    }
-    if (!encrypted) facts.damage = DamageOf(file);
+    ArchiveFacts facts{*members, ""};
+    const auto isEncrypted = [](const ZipMember& member) { return member.encrypted; };
+    if (std::ranges::any_of(facts.members,
+                            [](const ZipMember& member) { return member.kind == ZipMember::Kind::Damaged; }))
+        facts.damage = "its directory is damaged";
+    else if (std::ranges::none_of(facts.members, isEncrypted))
+        facts.damage = DamageOf(file);
     return facts;
-}
-
-std::string LastComponent(const std::string& member) {
-    const auto separator = member.find_last_of("/\\");
-    return separator == std::string::npos ? member : member.substr(separator + 1);
 }
 
 } // namespace korlan::publisher

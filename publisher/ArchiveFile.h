@@ -6,7 +6,6 @@
 
 #include <filesystem>
 #include <string>
-#include <vector>
 
 namespace korlan::publisher {
 
@@ -14,13 +13,11 @@ namespace korlan::publisher {
 void WriteArchive(const std::filesystem::path& target, const StagedFile& file);
 
 struct ArchiveFacts {
-    std::vector<ZipMember> members; // folders included: their names end with a separator
-    std::string damage;             // why it cannot be unpacked whole; "" when it can
+    ZipMembers members;
+    std::string damage; // why it cannot be unpacked whole; "" when it can
 };
 
 // Reads every member through.
 ArchiveFacts ReadArchive(const std::filesystem::path& file);
-
-std::string LastComponent(const std::string& member);
 
 } // namespace korlan::publisher

@@ -2,6 +2,7 @@
 #include "app/base/Paths.h"
 #include "app/base/TextHelpers.h"
 #include "platform/RuntimeError.h"
+#include "platform/zip/ZipRules.h"
 #include "publisher/ArchiveFile.h"
 #include "publisher/Catalogue.h"
 #include "publisher/Progress.h"
@@ -26,6 +27,7 @@ struct Looked {
 Looked Look(Server& server, const std::string& name) {
     Looked looked{server.Get(name), {}};
     if (!looked.fetched.file.empty()) looked.facts = ReadArchive(looked.fetched.file);
+    server.Drop(looked.fetched);
     return looked;
 }
 
@@ -77,11 +79,11 @@ private:
     void CheckKinds() const {
         std::set<std::string> names;
         for (const ZipMember& member : looked_.facts.members) {
-            const std::string name = LastComponent(member.name);
-            if (name.empty())
-                Warning("folder", "holds the folder " + member.name + ", which is not made");
-            else if (member.special)
+            const std::string name = FileNameOfMember(member.name);
+            if (member.kind == ZipMember::Kind::NoFile)
                 Warning("link", "holds " + member.name + ", a link or a device, which is not unpacked");
+            else if (member.kind == ZipMember::Kind::Folder || name.empty())
+                Warning("folder", "holds " + member.name + ", a folder or a name that is not unpacked");
             else if (member.encrypted)
                 Error("password", "asks the user for a password");
             else if (!names.insert(UpperCase(name)).second)
@@ -93,7 +95,9 @@ private:
 
     const ZipMember* OwnMember() const {
         for (const ZipMember& member : looked_.facts.members)
-            if (!member.special && UpperCase(LastComponent(member.name)) == UpperCase(row_.FileName)) return &member;
+            if (member.kind == ZipMember::Kind::File &&
+                UpperCase(FileNameOfMember(member.name)) == UpperCase(row_.FileName))
+                return &member;
         return nullptr;
     }
 

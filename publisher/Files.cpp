@@ -15,12 +15,16 @@ namespace korlan::publisher {
 
 namespace fs = std::filesystem;
 
+namespace {
+constexpr const char* kScratchPrefix = ".klnpub-";
+}
+
 void FailWithSystemError(const std::string& what, int error) {
     throw RuntimeError(kErrDeviceIo, what + ": " + std::strerror(error));
 }
 
 ScratchFolder::ScratchFolder(const fs::path& parent) {
-    std::string name = (parent / ".klnpub-XXXXXX").string();
+    std::string name = (parent / (std::string(kScratchPrefix) + "XXXXXX")).string();
     if (mkdtemp(name.data()) == nullptr) FailWithSystemError("cannot write in " + parent.string(), errno);
     path_ = name;
 }
@@ -32,9 +36,13 @@ ScratchFolder::~ScratchFolder() {
 
 FolderLock::FolderLock(const fs::path& folder) : folder_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
     if (folder_ < 0) FailWithSystemError("cannot open " + folder.string(), errno);
-    if (flock(folder_, LOCK_EX | LOCK_NB) == 0) return;
-    close(folder_);
-    throw RuntimeError(kErrFileAlreadyOpen, "another publisher is at work in " + folder.string());
+    if (flock(folder_, LOCK_EX | LOCK_NB) != 0) {
+        close(folder_);
+        throw RuntimeError(kErrFileAlreadyOpen, "another publisher is at work in " + folder.string());
+    }
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(folder, ignored))
+        if (entry.path().filename().string().starts_with(kScratchPrefix)) fs::remove_all(entry.path(), ignored);
 }
 
 FolderLock::~FolderLock() {

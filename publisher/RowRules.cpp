@@ -224,10 +224,12 @@ std::string WhyNoFileName(std::string_view name) {
 }
 
 std::optional<std::string> TargetOf(const CatalogueRow& row) {
-    std::string folder = GetAppFolder();
-    if (row.FilePath != "Root" && Raises([&] { GetKorlanFilePath(row.FilePath, folder); })) return std::nullopt;
-    AddBackslash(folder);
-    return UpperCase(folder + row.FileName);
+    if (row.FilePath == "Root") return UpperCase("\\" + row.FileName);
+    std::string folder;
+    if (Raises([&] { GetKorlanFilePath(row.FilePath, folder); })) return std::nullopt;
+    std::string designation = row.FilePath;
+    AddBackslash(designation);
+    return UpperCase(designation + row.FileName);
 }
 
 void CheckRow(const Place& place, const CatalogueRow& row, Findings& findings) {

@@ -11,8 +11,7 @@ namespace korlan::publisher {
 // Why no file of Windows can have that name; "" when one can.
 std::string WhyNoFileName(std::string_view name);
 
-// The installed file's path in an installation with the default folders, upper-cased; nothing when the row's
-// designation does not resolve.
+// The same text for rows that stand for the same installed file; nothing when the designation does not resolve.
 std::optional<std::string> TargetOf(const CatalogueRow& row);
 
 void CheckRow(const Place& place, const CatalogueRow& row, Findings& findings); // of a service pack

@@ -53,6 +53,11 @@ public:
         return Body(url, LengthFrom(probe.GetHeader("Content-Length")));
     }
 
+    void Drop(const Fetched& fetched) override {
+        std::error_code ignored;
+        fs::remove(fetched.file, ignored);
+    }
+
 private:
     static std::int64_t LengthFrom(const std::string& header) {
         const bool isNumber = !header.empty() && header.find_first_not_of("0123456789") == std::string::npos;

@@ -18,9 +18,10 @@ struct Fetched {
 class Server {
 public:
     virtual ~Server() = default;
-    // The file of that name, as a catalogue gives it. What is fetched over the network lies in the server's own
-    // temporary folder until the next one is fetched under the same name.
+    // The file of that name, as a catalogue gives it. What came over the network lies in a temporary folder of the
+    // server's own.
     virtual Fetched Get(const std::string& name) = 0;
+    virtual void Drop(const Fetched&) {} // it is not needed any more
 };
 
 // `where` is an address beginning with http:// or https://, else a folder, which raises when it is not there.

@@ -6,6 +6,7 @@
 #include "publisher/Pack.h"
 #include "publisher/Usage.h"
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <iostream>
@@ -95,7 +96,7 @@ int RunNote(const std::vector<std::string>& words) {
 int Dispatch(const std::vector<std::string>& words) {
     const std::string command = words.empty() ? "" : words[0];
     const std::vector<std::string> rest(words.begin() + (words.empty() ? 0 : 1), words.end());
-    if (command == "--help" || command == "-h" || command == "help") {
+    if (command == "help" || std::ranges::any_of(words, [](auto& word) { return word == "--help" || word == "-h"; })) {
         std::cout << kUsage;
         return 0;
     }

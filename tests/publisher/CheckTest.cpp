@@ -24,6 +24,7 @@ protected:
         Stage("Root/KLWCAP.DLL");
         Stage("LIB/TTL74.PART");
         Stage("KDS_CML/OPAMP.SPC");
+        Stage("SYS/OPAMP.SPC"); // another file of that name
         drive.MakeFolders("staging/Samples");
         EXPECT_EQ(Publish("SP4"), 0) << said;
         ClearStaging();
@@ -47,7 +48,7 @@ protected:
         change(rows);
         drive.Write("server/" + pack, BytesOfCatalogue(rows));
     }
-    // Row 1 of SP4 is KDS_CML\OPAMP.SPC, 2 LIB\TTL74.PART, 3 Root KLWCAP.DLL, 4 the new folder.
+    // Row 1 of SP4 is KDS_CML\OPAMP.SPC, 2 LIB\TTL74.PART, 3 Root KLWCAP.DLL, 5 the new folder.
     void EditRow(std::size_t row, std::string CatalogueRow::*column, const std::string& value) const {
         Edit("SP4.mdb", [&](CatalogueRows& rows) { rows.at(row - 1).*column = value; });
     }
@@ -70,7 +71,7 @@ using Row = CatalogueRow;
 
 TEST_F(CheckTest, FindsNothingInWhatItPublishedAndEveryPlantedSlip) {
     ASSERT_EQ(CheckServer(Host("server")), 0) << said;
-    ASSERT_EQ(said, "2 packs, 5 rows: 0 errors, 0 warnings\n");
+    ASSERT_EQ(said, "2 packs, 6 rows: 0 errors, 0 warnings\n");
     drive.MakeFolders("clean");
     std::filesystem::copy(Host("server"), Host("clean"), std::filesystem::copy_options::recursive);
 
@@ -128,24 +129,24 @@ TEST_F(CheckTest, FindsNothingInWhatItPublishedAndEveryPlantedSlip) {
              std::filesystem::rename(Host("server/" + part), Host("server/TTL 74.zip"));
          }},
         {"SP4.mdb row 2: error [archive-missing]", [&] { std::filesystem::remove(Host("server/" + part)); }},
-        {"SP4.mdb row 5: error [archive-case]",
+        {"SP4.mdb row 6: error [archive-case]",
          [&] {
              Edit("SP4.mdb", add({"X.TXT", "Root", "7", date, "sp4_lib_ttl74dottpart.zip"}));
          }},
-        {"SP4.mdb row 5: error [archive-shared]",
+        {"SP4.mdb row 6: error [archive-shared]",
          [&] {
              Edit("SP4.mdb", add({"X.TXT", "Root", "7", date, part}));
          }},
-        {"SP4.mdb row 5: error [target]",
+        {"SP4.mdb row 6: error [target]",
          [&] {
              Edit("SP4.mdb", add({"ttl74.part", "\\lib", "7", date, "B.zip"}));
          }},
         {"SP5.mdb row 1: error [target]", [&] { Edit("Update.mdb", [](auto& rows) { std::swap(rows[0], rows[1]); }); }},
-        {"SP4.mdb row 5: error [folder-twice]",
+        {"SP4.mdb row 6: error [folder-twice]",
          [&] {
              Edit("SP4.mdb", add({"\\Other", "NEWFOLDER", "", "", "SP4_Samples"}));
          }},
-        {"SP4.mdb row 4: error [folder]", [&] { EditRow(4, &Row::FileName, "Samples"); }},
+        {"SP4.mdb row 5: error [folder]", [&] { EditRow(5, &Row::FileName, "Samples"); }},
         {"SP4.mdb row 2: error [archive-damaged]", [&] { drive.Write("server/" + part, "<html>not here</html>"); }},
         {"SP4.mdb row 2: error [archive-damaged]",
          [&] {
@@ -231,7 +232,7 @@ TEST_F(CheckTest, SaysWhatAnInstallationIsOffered) {
         << said;
     EXPECT_NE(said.find("offers C:\\KORLAN\\MyLib\\TTL74.PART  10-3-2004,7:1:12  not there yet\n"), std::string::npos)
         << said;
-    EXPECT_EQ(said.find("OPAMP"), std::string::npos) << said; // a newer one is there
+    EXPECT_EQ(said.find("KDS_CML"), std::string::npos) << said; // a newer one is there
     drive.Write("KORLAN/SYS/TESSARY.INI", "[LIVEUPDATEFROMWEB]\r\nNumber=2\r\n1=SP5.MDB\r\n2=sp4.mdb\r\n");
     CheckServer(Host("server"), Host("KORLAN"));
     EXPECT_NE(said.find("No updates found"), std::string::npos) << said;

@@ -22,6 +22,7 @@ TEST_F(PackTest, MakesArchivesAPackAndTheMaster) {
     Stage("LIB/a#b%.PART");
     Stage("LIB/a_b_.PART"); // another name that is spelled like it in an address
     drive.MakeFolders("staging/Samples/New");
+    drive.MakeFolders("server/.klnpub-interrupted");
     ASSERT_EQ(Publish("SP4"), 0) << said;
     const CatalogueRows rows = Read(Host("server/SP4.mdb"));
     const std::string date = "10-3-2004,7:1:12"; // an even second
