@@ -215,7 +215,7 @@ std::int32_t UpdateFilesFromWeb() {
 void CreateNewFolders() {
     try {
         for (const NewFolderRecord& entry : Tables.NewFolderArray) {
-            RequireInsideFolder(entry.FolderName);
+            if (!StaysInFolder(entry.FolderName)) continue;
             const auto first = InStr(entry.FolderName, "\\"); // what stands before it is ignored
             if (first != 0) CreateFoldersBelow(GetAppFolder(), Mid(entry.FolderName, first));
         }

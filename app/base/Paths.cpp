@@ -51,19 +51,16 @@ bool LeadsUpwards(const std::string& component) {
 
 } // namespace
 
-void RequireInsideFolder(std::string_view relativePath) {
+bool StaysInFolder(std::string_view relativePath) {
     const std::string path = Replace(relativePath, "/", "\\");
     const std::vector<std::string> components = Split(path, "\\");
     const auto isForbidden = [](char c) { return c == ':' || static_cast<unsigned char>(c) < ' '; };
-    if (std::any_of(path.begin(), path.end(), isForbidden) ||
-        std::any_of(components.begin(), components.end(), LeadsUpwards))
-        throw RuntimeError(kErrPathNotFound, "Path not found: " + path);
+    return std::none_of(path.begin(), path.end(), isForbidden) &&
+           std::none_of(components.begin(), components.end(), LeadsUpwards);
 }
 
-void RequireBareName(std::string_view name) {
-    RequireInsideFolder(name);
-    if (name.find_first_of("\\/") != std::string_view::npos)
-        throw RuntimeError(kErrPathNotFound, "Path not found: " + std::string(name));
+bool IsBareName(std::string_view name) {
+    return StaysInFolder(name) && name.find_first_of("\\/") == std::string_view::npos;
 }
 
 } // namespace korlan
