@@ -1,7 +1,6 @@
 // The archive behind a row: there, of stated length, whole, and holding the file of the row and nothing else.
 #include "app/base/Paths.h"
 #include "app/base/TextHelpers.h"
-#include "platform/RuntimeError.h"
 #include "platform/zip/ZipRules.h"
 #include "publisher/ArchiveFile.h"
 #include "publisher/Catalogue.h"
@@ -121,15 +120,6 @@ private:
     Findings& findings_;
 };
 
-bool MayBeAskedFor(const std::string& archive) {
-    try {
-        RequireInsideFolder(archive);
-        return !archive.empty();
-    } catch (const RuntimeError&) {
-        return false;
-    }
-}
-
 } // namespace
 
 void CheckArchives(Server& server, const std::vector<PublishedPack>& packs, Findings& findings) {
@@ -141,7 +131,7 @@ void CheckArchives(Server& server, const std::vector<PublishedPack>& packs, Find
         for (std::size_t i = 0; i < pack.rows.size(); ++i) {
             const CatalogueRow& row = pack.rows[i];
             progress.At(++done, all, row.FileZipName);
-            if (row.IsFolder() || !MayBeAskedFor(row.FileZipName)) continue;
+            if (row.IsFolder() || row.FileZipName.empty() || !StaysInFolder(row.FileZipName)) continue;
             auto found = known.find(row.FileZipName);
             if (found == known.end()) found = known.emplace(row.FileZipName, Look(server, row.FileZipName)).first;
             ArchiveOfRow({pack.name, static_cast<std::int32_t>(i + 1)}, row, found->second, findings).Check();

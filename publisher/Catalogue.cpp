@@ -26,8 +26,7 @@ void ReadPack(Server& server, PublishedPack& pack, Findings& findings) {
     Fetched fetched = server.Get(pack.name);
     if (fetched.file.empty()) {
         findings.Error(listed, "pack-missing",
-                       pack.name + ": " + fetched.problem +
-                           "; its files are never offered, and it is recorded as applied");
+                       pack.name + ": " + fetched.problem + "; its files are offered to nobody");
         return;
     }
     const std::string reason = ReadRows(fetched.file, pack.rows);

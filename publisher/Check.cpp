@@ -1,7 +1,6 @@
 #include "publisher/Check.h"
 
 #include "app/base/TextHelpers.h"
-#include "catalogue/DateText.h"
 #include "platform/RuntimeError.h"
 #include "publisher/Catalogue.h"
 #include "publisher/Files.h"
@@ -29,13 +28,10 @@ void CheckNote(Server& server, Findings& findings) {
     std::string line;
     std::getline(file, line);
     if (!line.empty() && line.back() == '\r') line.pop_back();
-    try {
-        IsEarlier(line, line);
-    } catch (const RuntimeError&) {
+    if (!IsDate(line))
         findings.Error({kNoteName, 0}, "note",
                        "begins with \"" + Left(line, 40) +
                            "\", which is no D-M-YYYY,H:M:S: " + "no wizard gets past it to its search");
-    }
 }
 
 // By pack as the master lists them, then by row.

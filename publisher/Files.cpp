@@ -38,7 +38,7 @@ FolderLock::FolderLock(const fs::path& folder) : folder_(open(folder.c_str(), O_
     if (folder_ < 0) FailWithSystemError("cannot open " + folder.string(), errno);
     if (flock(folder_, LOCK_EX | LOCK_NB) != 0) {
         close(folder_);
-        throw RuntimeError(kErrFileAlreadyOpen, "another publisher is at work in " + folder.string());
+        throw RuntimeError(kErrPermissionDenied, "another publisher is at work in " + folder.string());
     }
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(folder, ignored))

@@ -23,7 +23,7 @@ private:
     std::filesystem::path path_;
 };
 
-// Holds a folder against a second publisher; raises 55 when one is at work there. What one that was interrupted has
+// Holds a folder against a second publisher; raises 70 when one is at work there. What one that was interrupted has
 // left behind goes.
 class FolderLock {
 public:

@@ -86,8 +86,9 @@ bool KindIsHidden(const std::string& name) {
 }
 
 void CheckFileName(const Place& place, const std::string& name, Findings& findings) {
-    if (name.empty() || Raises([&] { RequireBareName(name); })) {
-        findings.Error(place, "name", "FileName " + Quoted(name) + " names no file in a folder" + kSearchStops);
+    if (name.empty() || !IsBareName(name)) {
+        findings.Error(place, "name",
+                       "FileName " + Quoted(name) + " names no file in a folder: the file is never offered");
         return;
     }
     if (const std::string reason = WhyNoFileName(name); !reason.empty())
@@ -107,9 +108,9 @@ void CheckFileName(const Place& place, const std::string& name, Findings& findin
 void CheckArchiveName(const Place& place, const std::string& name, Findings& findings) {
     if (name.empty())
         findings.Error(place, "archive-name", "FileZipName is empty: every update that includes the file fails");
-    else if (Raises([&] { RequireInsideFolder(name); }))
+    else if (!StaysInFolder(name))
         findings.Error(place, "archive-name",
-                       "FileZipName " + Quoted(name) + " leads out of its folder" + kSearchStops);
+                       "FileZipName " + Quoted(name) + " leads out of its folder: the file is never offered");
     else
         CheckAddress(place, name, findings);
 }
@@ -153,7 +154,7 @@ bool IsPossibleDate(const std::vector<std::int32_t>& part) { // day, month, year
            within(part[5], 60);
 }
 
-// The six numbers of a date text that IsEarlier has taken; no seconds count as -1.
+// The six numbers of a text that IsDate has taken; no seconds count as -1.
 std::vector<std::int32_t> DateParts(const std::string& text) {
     const auto parts = Split(text, ",");
     std::vector<std::int32_t> numbers;
@@ -166,7 +167,7 @@ std::vector<std::int32_t> DateParts(const std::string& text) {
 }
 
 void CheckDate(const Place& place, const std::string& date, Findings& findings) {
-    if (Raises([&] { IsEarlier(date, date); })) {
+    if (!IsDate(date)) {
         findings.Error(place, "date", "Filedate " + Quoted(date) + " is no D-M-YYYY,H:M:S" + kSearchStops);
         return;
     }
@@ -195,10 +196,9 @@ void CheckDate(const Place& place, const std::string& date, Findings& findings) 
 void CheckFolderRow(const Place& place, const CatalogueRow& row, Findings& findings) {
     CheckText(place, "FileName", row.FileName, findings);
     const std::string& folder = row.FileName;
-    if (Raises([&] { RequireInsideFolder(folder); }))
+    if (!StaysInFolder(folder))
         findings.Error(place, "folder",
-                       "the folder " + Quoted(folder) + " leads out of the installation: neither it " +
-                           "nor any folder listed after it is made");
+                       "the folder " + Quoted(folder) + " leads out of the installation: it is not made");
     else if (!folder.starts_with("\\"))
         findings.Error(place, "folder",
                        "the folder " + Quoted(folder) + " does not begin with a backslash: what " +
@@ -248,24 +248,26 @@ void CheckRow(const Place& place, const CatalogueRow& row, Findings& findings) {
 
 void CheckPackName(const Place& place, const std::string& name, Findings& findings) {
     CheckText(place, "FileName", name, findings);
-    if (Raises([&] { RequireInsideFolder(name); }))
-        findings.Error(place, "pack-name",
-                       Quoted(name) + " leads out of its folder: every search ends here with " +
-                           "\"No updates found\"");
+    if (!StaysInFolder(name))
+        findings.Error(place, "pack-name", Quoted(name) + " leads out of its folder: it is never read");
     else if (const std::string reason = WhyNoFileName(name); !reason.empty())
-        findings.Error(place, "pack-name",
-                       "the pack's name " + Quoted(name) + " " + reason +
-                           ": it is never read, and recorded as applied");
+        findings.Error(place, "pack-name", "the pack's name " + Quoted(name) + " " + reason + ": it is never read");
     else
         CheckAddress(place, name, findings);
 }
 
+bool IsDate(const std::string& text) {
+    std::int32_t earlier = 0;
+    return !Raises([&] { CompareDates("1-1-1,0:0:0", text, earlier); }); // which is equal to no date of a file
+}
+
 bool SameMinute(const std::string& date1, const std::string& date2) {
-    return !Raises([&] { IsEarlier(date1, date2); }) && !IsEarlier(date1, date2) && !IsEarlier(date2, date1);
+    return IsDate(date1) && IsDate(date2) && !IsOlder(date1, date2) && !IsOlder(date2, date1);
 }
 
 bool IsOlder(const std::string& date1, const std::string& date2) {
-    return !Raises([&] { IsEarlier(date1, date2); }) && IsEarlier(date1, date2);
+    std::int32_t earlier = 0;
+    return !Raises([&] { CompareDates(date1, date2, earlier); }) && earlier != 0;
 }
 
 bool IsModelFile(const std::string& fileName) {

@@ -17,6 +17,7 @@ std::optional<std::string> TargetOf(const CatalogueRow& row);
 void CheckRow(const Place& place, const CatalogueRow& row, Findings& findings); // of a service pack
 void CheckPackName(const Place& place, const std::string& name, Findings& findings);
 
+bool IsDate(const std::string& text); // as the wizard reads it
 // Whether both texts are dates and equal to the minute.
 bool SameMinute(const std::string& date1, const std::string& date2);
 // Whether the first is the earlier; false as well when one is no date.
