@@ -63,6 +63,13 @@ TEST_F(SpcModelsTest, ABadArchiveIsRecordedAllTheSame) {
         EXPECT_EQ(ReadIniString("LIVEUPDATESPCFROMWEB", "SPCFILEMDB", ""), "");
         EXPECT_EQ(drive.Read(kInstalled), "own");
     }
+    std::filesystem::remove(drive.HostPathOf(kInstalled)); // a new file: the folder's case does not matter
+    Record("C:\\KORLAN\\sys\\");
+    for (const std::string& archive : {std::string("no archive"), good}) {
+        drive.Write(kArchive, archive);
+        EXPECT_EQ(Update(), 1);
+        EXPECT_EQ(ReadIniString("LIVEUPDATESPCFROMWEB", "SPCFILEMDB", ""), archive == good ? "1" : "");
+    }
 }
 
 TEST_F(SpcModelsTest, ModelsOfAnySizeAreAppendedWholeOrNotAtAll) {
