@@ -2,10 +2,10 @@
 #include "TestData.h"
 
 #include "platform/TextEncoding.h"
+#include "tests/support/Failing.h"
 #include "tests/support/Table.h"
 #include "tests/support/TempFolder.h"
 
-#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <gmock/gmock.h>
@@ -133,14 +133,8 @@ TEST(ProfileFiles, AFullDiskLeavesTheOldFile) {
     const TempDrive drive;
     const std::string before = "[S]\r\nk=v\r\n;" + std::string(50'000, 'c') + "\r\n";
     drive.Write("TEST.INI", before);
-    rlimit old{};
-    getrlimit(RLIMIT_FSIZE, &old);
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit small{20'000, old.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
-    const std::int32_t error = WriteProfileValue("S", "k", "w", kFile);
-    setrlimit(RLIMIT_FSIZE, &old);
-    EXPECT_EQ(error, 112);
+    const test::FileLimit limit(20'000);
+    EXPECT_EQ(WriteProfileValue("S", "k", "w", kFile), 112);
     EXPECT_EQ(drive.Read("TEST.INI"), before);
     EXPECT_THAT(drive.Names(), ElementsAre("TEST.INI")); // no temporary file stays
 }

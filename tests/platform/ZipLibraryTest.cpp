@@ -4,12 +4,12 @@
 
 #include "platform/FileSystem.h"
 #include "platform/Process.h"
+#include "tests/support/Failing.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/ZipWriter.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <csignal>
 #include <thread>
@@ -255,14 +255,8 @@ TEST_F(ZipLibraryTest, AFullDiskEndsTheExtraction) {
     drive_.Write("A.ZIP", ZipWriter().Add({"SMALL.TXT", "small"}).Add(large).Add({"LAST.TXT", "last"}).Bytes());
     drive_.Write("OUT/LARGE.BIN", "old");
     answers_ = {kOverwriteYes};
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit small{100'000, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
+    const FileLimit limit(100'000);
     EXPECT_EQ(Unzip(), 50);
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
     EXPECT_EQ(Out(), "LARGE.BIN=old;SMALL.TXT=small;") << "no torn file, no temporary one";
 }
 

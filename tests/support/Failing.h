@@ -3,8 +3,10 @@
 
 #include "platform/RuntimeError.h"
 
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdint>
 #include <stdexcept>
 
@@ -20,6 +22,26 @@ std::int32_t ErrorOf(Call&& call) {
         return error.Number();
     }
 }
+
+// While this lives, no file can be written beyond that length: a disk that fills up.
+class FileLimit {
+public:
+    explicit FileLimit(rlim_t bytes) {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    FileLimit(const FileLimit&) = delete;
+    FileLimit& operator=(const FileLimit&) = delete;
+    ~FileLimit() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, signal_);
+    }
+
+private:
+    rlimit before_{};
+    void (*signal_)(int) = std::signal(SIGXFSZ, SIG_IGN);
+};
 
 // The administrator may do anything on this host. While this lives, the process is somebody else.
 class AsOrdinaryUser {

@@ -8,10 +8,7 @@
 #include "tests/support/SqliteFile.h"
 #include "tests/support/ZipWriter.h"
 
-#include <sys/resource.h>
-
 #include <algorithm>
-#include <csignal>
 
 namespace korlan {
 namespace {
@@ -166,14 +163,10 @@ TEST_F(UpdateRunTest, ATransferThatCannotBeWrittenIsAFailedOne) {
     drive.Write("KORLAN/B.DLL", "installed");
     Offer("B.DLL", "", std::string(90'000, 'b'));
     Offer("C.DLL", "", "new c");
-    const auto before = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit unlimited{};
-    getrlimit(RLIMIT_FSIZE, &unlimited);
-    const rlimit small{20'000, unlimited.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
-    EXPECT_EQ(UpdateFilesFromWeb(), 0);
-    setrlimit(RLIMIT_FSIZE, &unlimited);
-    std::signal(SIGXFSZ, before);
+    {
+        const test::FileLimit limit(20'000);
+        EXPECT_EQ(UpdateFilesFromWeb(), 0);
+    }
     EXPECT_EQ(drive.Read("KORLAN/B.DLL"), "installed");
     EXPECT_EQ(Flags.DownloadFailed + Asked("C.DLL"), 1u);
     EXPECT_TRUE(frmUpdate.CmdRetry.Visible());
