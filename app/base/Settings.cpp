@@ -87,6 +87,8 @@ void GetKorlanFilePath(const std::string& cataloguePath, std::string& installati
         for (std::size_t i = 2; i < pieces.size(); ++i) installationPath += "\\" + UpperCase(pieces[i]);
         return;
     }
+    if (!pieces[0].empty()) // a text before the first backslash would name a neighbour of the program folder
+        throw RuntimeError(kErrPathNotFound, "Path not found: " + cataloguePath);
     installationPath = GetAppFolder() + cataloguePath;
 }
 
