@@ -36,6 +36,9 @@ struct FrmUpdate {
     std::int32_t ResumeIndex = 0;  // record at which the download pass stands
     std::int32_t UpdateDone = 0;   // a run has ended
     std::int32_t CheckedCount = 0; // checked rows as the list's handler has counted them
+
+private:
+    void PlaceControls();
 };
 
 extern FrmUpdate frmUpdate;
@@ -50,7 +53,7 @@ struct RunFlags {
     std::int32_t LibElementKind = 0; // 2 symbol, 3 package, 4 padstack, 0 none of them
 };
 
-extern RunFlags Run;
+extern RunFlags Flags;
 
 // Turns "|" to "/", "/" to "-", "-" to "\", "\" to "|"; anything else stays.
 void TurnSpinner(std::string& spinner);

@@ -61,7 +61,7 @@ FontSpec ReadFont(const std::string& file, const char* section, const FontSpec& 
     constexpr std::size_t kBufferSize = 256;
     constexpr std::int32_t kSmallest = 6, kLargest = 36; // points
     const auto read = [&](const char* key, const std::string& otherwise) {
-        return ReadProfileValue(section, key, otherwise, kBufferSize, file);
+        return ReadProfileValue(section, key, kBufferSize, file).value_or(otherwise);
     };
     FontSpec font = fallback;
     if (const std::string face = Trim(read("Name", "")); !face.empty()) font.face = face;
@@ -80,7 +80,7 @@ FormFonts ReadFonts(const std::string& file) {
 }
 
 const FontSpec& FontOf(const Control& control) {
-    if (&control == &frmUpdate.lblMainHead || &control == &frmUpdate.LblLive) return Language.fonts.headFont;
+    if (control.Place().font != FontRole::Body) return Language.fonts.headFont;
     const bool isCommand = control.Kind() == ControlKind::Button || control.Kind() == ControlKind::OptionButton;
     return isCommand ? Language.fonts.controlFont : Language.fonts.font;
 }
