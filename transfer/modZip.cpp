@@ -1,6 +1,7 @@
 #include "transfer/modZip.h"
 
 #include "app/base/TextHelpers.h"
+#include "platform/FormHost.h"
 #include "platform/MsgBox.h"
 #include "platform/RuntimeError.h"
 #include "platform/ZipLibrary.h"
@@ -74,7 +75,7 @@ USERFUNCTIONS MakeCallbacks() {
         return AnswerPassword(password, maxLength);
     };
     functions.message = CollectListing;
-    functions.service = [](const std::string&, std::uint64_t) { return 0; };
+    functions.service = DoEvents; // Cancel is answered while a large member is written
     return functions;
 }
 

@@ -54,7 +54,14 @@ TEST(Files, EachCallReportsWhatStoppedIt) {
         EXPECT_FALSE(EraseFile(path)) << path;
     SetAttributesNormal("C:\\LOCKED.TXT");
     EXPECT_TRUE(EraseFile("C:\\LOCKED.TXT"));
+    std::filesystem::create_symlink("sealed/x", drive.HostPathOf("link"));
+    drive.SetMode("sealed/x", 0444);
+    SetAttributesNormal("C:\\link");
+    struct stat status {};
+    EXPECT_TRUE(stat(drive.HostPathOf("link").c_str(), &status) == 0 && (status.st_mode & S_IWUSR) == 0)
+        << "what a link names stays as it is";
     const AsOrdinaryUser user;
+    SyncFileSystem("C:\\none"); // its error is nobody's
     expect(kErrPermissionDenied, create, {"C:\\sealed\\new"});
     EXPECT_FALSE(EraseFile("C:\\sealed\\x"));
 }
@@ -86,34 +93,38 @@ TEST(Files, TwoSpellingsAreOneFileAndEveryByteArrives) {
 
 TEST(Files, PatternsFindTheFirstNormalFile) {
     const TempDrive drive;
-    for (const char* file : {"b.txt", "A.TXT", "nodot", ".hidden.txt", "a1.mdb", "näh.doc"})
+    for (const char* file : {"b.txt", "A.TXT", "nodot", ".dot", "a1.mdb", "näh.doc"})
         drive.Write("d/" + std::string(file), "");
-    std::ofstream(drive.HostPathOf("d") + "/0back\\slash.txt"); // no path of ours can name it
+    for (const char* name : {"0back\\slash.txt", "0dot.txt.", "0blank.txt "}) // no path of ours can name them
+        std::ofstream(drive.HostPathOf("d") + "/" + name);
     drive.MakeFolders("d/0folder.txt");
     drive.SetMode("d/a1.mdb", 0444);
     ChangeCurrentFolder("C:\\d");
     const std::pair<const char*, std::vector<std::string>> rows[] = {
-        {"A.TXT", {"C:\\d\\*.txt", "C:\\d\\*.*", "C:\\d\\*t*x*t", "C:\\d\\?????"}},
-        {"b.txt", {"C:\\D\\B.TXT"}},
+        {".dot", {"C:\\d\\*.*"}},
+        {"A.TXT", {"C:\\d\\*.txt", "C:\\d\\*t*x*t", "C:\\d\\?????"}},
+        {"b.txt", {"C:\\D\\B.TXT", "C:\\D\\b.txt. "}},
+        {".dot", {"C:\\d\\.DOT", "C:\\d\\.*"}},
         {"a1.mdb", {"C:\\d\\A1.*", "*.MDB"}},
         {"näh.doc", {"C:\\d\\n?h.DOC"}},
         {"nodot", {"C:\\d\\n*"}},
-        {"", {"C:\\d\\????", "C:\\d\\.hidden.txt", "C:\\d\\0folder.txt", "C:\\d\\none.txt", "C:\\d", "C:\\d\\"}},
+        {"", {"C:\\d\\???", "C:\\d\\0dot.txt.", "C:\\d\\0folder.txt", "C:\\d\\none.txt", "C:\\d", "C:\\d\\"}},
         {"", {"C:\\none\\*.txt", "C:\\d\\b.txt\\*", "Q:\\*.txt", ""}},
     };
     for (const auto& [expected, patterns] : rows)
         for (const std::string& pattern : patterns) EXPECT_EQ(FindNormalFile(pattern), expected) << pattern;
-    EXPECT_THAT(ListNormalFiles("C:\\D"), ElementsAre("A.TXT", "a1.mdb", "b.txt", "nodot", "näh.doc"));
+    EXPECT_THAT(ListNormalFiles("C:\\D"), ElementsAre(".dot", "A.TXT", "a1.mdb", "b.txt", "nodot", "näh.doc"));
 }
 
 TEST(TimeStamps, AreReadInUtc) {
     const TempDrive drive;
     const test::ScopedVariable zone("TZ", "Asia/Tokyo");
     tzset();
-    drive.Write("a.dll", "");
-    drive.SetMode("a.dll", 0444);
-    drive.Touch("a.dll", 2024, 2, 29, 23, 59, 58);
-    const std::int32_t handle = OpenForStamp("C:\\A.DLL");
+    const std::string path = std::string(200, 'd') + "/a.dll"; // of any length
+    drive.Write(path, "");
+    drive.SetMode(path, 0444);
+    drive.Touch(path, 2024, 2, 29, 23, 59, 58);
+    const std::int32_t handle = OpenForStamp(TempDrive::Path(path));
     std::int64_t ticks = 0;
     CalendarTime time{};
     EXPECT_TRUE(ReadWriteTime(handle, ticks) && TicksToCalendar(ticks, time) == 1);
