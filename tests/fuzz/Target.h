@@ -30,11 +30,11 @@ inline void StartFresh() {
     ResetDesktop();
     ResetProcess();
     Process().programPath = "C:\\KORLAN\\KlnUpdt.EXE";
-    Run.StatusSpinner = "|";
-    Suite.IniFilePath = "C:\\KORLAN\\SYS\\TESSARY.INI";
-    Suite.TempFolder = "C:\\KORLAN\\Temp";
-    for (std::string* folder : {&Suite.JobDir, &Suite.LibDir, &Suite.SysDir, &Suite.KDScml, &Suite.KDSudn,
-                                &Suite.KDSmod, &Suite.KDSsbk, &Suite.KDSwrk})
+    Flags.StatusSpinner = "|";
+    Settings.IniFilePath = "C:\\KORLAN\\SYS\\TESSARY.INI";
+    Settings.TempFolder = "C:\\KORLAN\\Temp";
+    for (std::string* folder : {&Settings.JobDir, &Settings.LibDir, &Settings.SysDir, &Settings.KDScml,
+                                &Settings.KDSudn, &Settings.KDSmod, &Settings.KDSsbk, &Settings.KDSwrk})
         *folder = "C:\\KORLAN\\LIB";
     for (const char* folder : {"KORLAN/LIB", "KORLAN/SYS", "KORLAN/Temp"}) Drive().MakeFolders(folder);
 }
