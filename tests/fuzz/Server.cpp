@@ -60,11 +60,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static RawServer& server = *new RawServer;
     StartFresh();
     server.SetAnswer(Bytes(data, size));
-    std::int32_t length = -1, done = 0, expected = 10, showStatus = 1;
+    std::int32_t length = -1, done = 0;
     bool exists = false;
     MayBeRefused([&] { GetWebFileInformation(server.Url() + "/A.zip", length, exists); });
-    std::string label = "A";
-    DownloadFile(server.Url() + "/A.zip", "C:\\KORLAN\\Temp\\A.zip", done, expected, label, showStatus);
+    DownloadFile(server.Url() + "/A.zip", "C:\\KORLAN\\Temp\\A.zip", done, 10, "A", 1);
     Require(done == 0 || Drive().Read("KORLAN/Temp/A.zip").size() <= size, "no more than was sent");
     return 0;
 }

@@ -26,7 +26,7 @@ protected:
     }
 
     // Completion flag and result after an extraction; both start with a value of no meaning.
-    Outcome Extract(std::string zipFile, std::string folder = "C:\\OUT\\") {
+    static Outcome Extract(const std::string& zipFile, const std::string& folder = "C:\\OUT\\") {
         std::int32_t completed = 55, result = 55;
         Unzip(completed, 1, zipFile, folder, result);
         return {completed, result};
