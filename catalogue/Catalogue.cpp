@@ -5,6 +5,7 @@
 #include "app/base/TextHelpers.h"
 #include "app/base/frmUpdate.h"
 #include "catalogue/FileTables.h"
+#include "platform/Log.h"
 #include "transfer/HttpTransfer.h"
 
 #include <unordered_set>
@@ -43,6 +44,8 @@ void ReadMasterCatalogue(const std::string& path) {
         if (!applied.contains(Trim(UpperCase(pack.FileName)))) Tables.FileArraySP.Append(std::move(pack));
     }
     rows->Close();
+    LogLine("catalogue: " + DecimalText(Tables.FileArraySP.UpperBound()) + " packs besides the " +
+            DecimalText(Tables.AppliedSPList.UpperBound()) + " recorded");
 }
 
 void MergeFileRow(FileRecord record, SPRecord& pack) {
@@ -69,6 +72,7 @@ void FetchServicePack(std::int32_t index, std::string& cataloguePath, std::int32
     // Not reset between packs: after a failed transfer an older copy of the pack, if there is one, is read.
     DownloadFile(Settings.UpdateUrl + "/" + pack.FileName, cataloguePath, result, 0, "", 1);
     if (result != 0) GetFilesInsideSP(cataloguePath, index);
+    LogLine("pack " + pack.FileName + ": " + DecimalText(pack.Files.UpperBound()) + " files");
 }
 
 } // namespace
@@ -86,7 +90,8 @@ void GetLatestFiles(std::string& cataloguePath, std::int32_t& result) {
             if (Flags.CancelRequested != 0) break;
         }
         result = 1;
-    } catch (const RuntimeError&) {
+    } catch (const RuntimeError& error) {
+        LogTrapped("GetLatestFiles", error);
         result = 0;
     }
 }

@@ -6,6 +6,7 @@
 #include "library/SearchSequence.h"
 #include "library/SuiteText.h"
 #include "platform/FileSystem.h"
+#include "platform/Log.h"
 #include "platform/RuntimeError.h"
 
 #include <algorithm>
@@ -135,6 +136,7 @@ void AddFileElements(Database& db, const std::string& libraryFileName) {
         db.CommitTrans();
     }
     rows->Close();
+    LogLine("index: " + DecimalText(count) + " parts of " + libraryFileName + ", place " + DecimalText(position));
 }
 
 void AddOrRefreshPart(const std::string& libraryName, ElementHandle deviceHandle) {
@@ -162,6 +164,7 @@ void ExecuteOnIndex(const std::string& sql) {
     std::unique_ptr<Database> db;
     InitDB(db);
     if (db) db->Execute(sql);
+    LogLine((db ? "index: " : "no index for: ") + sql);
 }
 
 } // namespace
@@ -182,14 +185,16 @@ void UpdateLibDBAddFileElements(const std::string& libraryFileName) {
         std::unique_ptr<Database> db;
         InitDB(db);
         if (db) AddFileElements(*db, libraryFileName);
-    } catch (const RuntimeError&) { // the index stays behind the library; the update goes on
+    } catch (const RuntimeError& error) { // the index stays behind the library; the update goes on
+        LogTrapped("UpdateLibDBAddFileElements", error);
     }
 }
 
 void UpdateLibDB(const std::string& libraryPath, ElementHandle deviceHandle) {
     try {
         AddOrRefreshPart(FileNameOf(libraryPath), deviceHandle);
-    } catch (const RuntimeError&) { // as above
+    } catch (const RuntimeError& error) { // as above
+        LogTrapped("UpdateLibDB", error);
     }
 }
 
