@@ -25,7 +25,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         return kPasswordGiven;
     };
     user.message = [](const ListedMember&) {};
-    user.service = [](const std::string&, std::uint64_t) { return 0; };
+    user.service = [] {};
     DCL options;
     options.lpszZipFN = "C:\\KORLAN\\Temp\\A.zip";
     options.lpszExtractDir = "C:\\KORLAN\\LIB";

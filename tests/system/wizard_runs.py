@@ -36,7 +36,7 @@ class Sample:
         self.top.chmod(0o755)
         with socket.socket() as free:
             free.bind(("127.0.0.1", 0))
-            port = free.getsockname()[1]
+            self.port = port = free.getsockname()[1]
         subprocess.run([SOURCE / "sample" / "layout.py", self.out, str(port), build], check=True)
         for folder in ("config", "cache", "runtime"):
             (self.out / folder).mkdir()
