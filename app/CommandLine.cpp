@@ -51,7 +51,7 @@ void ParseCommandLine() {
     Settings.SysPath = GetAppFolder() + "\\sys";
     Settings.CommandFile.clear();
     const std::vector<std::string> arguments = SplitArguments(ProgramCommandLine());
-    if (arguments.size() > kMostArguments) return; // which of them is meant nobody can tell
+    if (arguments.size() > kMostArguments) return; // even a valid one among them is not taken
     for (const std::string& argument : arguments) {
         if (LowerCase(Left(argument, 5)) == kFolderPrefix) {
             TakeFolder(Trim(Mid(argument, 6)));

@@ -53,7 +53,7 @@ void ShowConnectionError() {
     frmUpdate.WizardState = 1;
     frmUpdate.cmdUpdate.SetVisible(false);
     frmUpdate.cmdCancel.SetCaption(GetLocalText("&Close", "9917"));
-    // With "occured" and the missing blank: users look for the text they know.
+    // The text is fixed, "occured" and the missing blank included.
     frmUpdate.lblUpdate.SetCaption(
         GetLocalText("Live Update Error. An internet connection error occured.Please try again later", "991849"));
 }
@@ -130,7 +130,7 @@ void Retry() {
 
 void TurnToReminderPage() {
     frmUpdate.lvwFilesList.SetVisible(false);
-    // 991860 and 991861 stand the other way round than after a search; translations are made for that.
+    // 991860 and 991861 stand the other way round than after a search, on purpose.
     frmUpdate.lblUpdate.SetCaption(GetLocalText("Live Update completed Successfully", "991861"));
     frmUpdate.lblMsgline.SetVisible(false);
     ShowReminderOptions(GetLocalText("Configure Korlan Live Updates", "991860"));
@@ -139,7 +139,7 @@ void TurnToReminderPage() {
 }
 
 void QuitWhileBusy() {
-    // "Updation" is the text users know.
+    // The text is fixed, "Updation" included.
     const std::string question = GetLocalText("Updation in progress, do you want to quit live update", "991862");
     if (ShowMsgBox(question, kBoxYesNo + kBoxQuestion, GetSysName()) != kAnswerYes) return;
     RegistryWrite(kSettingsApplication, kSettingsSection, "LiveDay", "0");
@@ -186,6 +186,7 @@ void InitiateUpdate() {
     CompareUpdatableFiles();
     DisplayFilesInformationsFromWeb();
     frmUpdate.cmdUpdate.SetEnabled(true);
+    frmUpdate.lvwFilesList.SetFocus(); // Return on Cancel, where the focus stood, would end the program unasked
 }
 
 void cmdUpdate_Click() {

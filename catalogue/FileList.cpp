@@ -92,7 +92,7 @@ void lvwFilesList_ItemCheck(std::int32_t row) {
     ListView& list = frmUpdate.lvwFilesList;
     const ListRow item = list.Row(row);
     list.SetSmallIcon(row, item.checked ? kCheckedImage : kUncheckedImage);
-    frmUpdate.CheckedCount += item.checked ? 1 : -1; // no floor: the row was counted when it was checked
+    frmUpdate.CheckedCount += item.checked ? 1 : -1; // no floor, unlike for the rows that follow it
     if (IsHelpFile(item.text)) return;               // it carries nothing along
     for (std::int32_t j = 1; j <= list.Count(); ++j)
         if (RowsLinked(Designation(item), Designation(list.Row(j)), list.Row(j).text)) CarryOver(j, item.checked);

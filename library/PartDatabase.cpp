@@ -49,7 +49,7 @@ PartRow RowFromDescriptor(const std::string& name, const std::string& descriptor
     }
     row.fields = Split(rest, kFieldSeparator);
     if (row.fields.size() < kFieldCount) throw RuntimeError(kErrSubscript);
-    // Mind the case, unlike the model class, which users type.
+    // Mind the case, unlike the model class.
     if (SaysNothing(row.fields[kElementCodeField], "None")) row.fields[kElementCodeField] = "NONE";
     if (SaysNothing(row.fields[kMixedModeField], "0")) row.fields[kMixedModeField] = "0";
     return row;
@@ -155,7 +155,7 @@ void AddOrRefreshPart(const std::string& libraryName, ElementHandle deviceHandle
     }
     SetTextColumns(*rows, row, libraryName);
     rows->SetNumber("SSQOn", 1);  // columns do not mind the case
-    rows->SetNumber("SSQNum", 1); // not the library's place, which the suite looks up itself
+    rows->SetNumber("SSQNum", 1); // not the library's place
     rows->Update();
     rows->Close();
 }

@@ -1,5 +1,5 @@
 // The system's internet cache is emptied before a search, so that the catalogue and the files come from the server.
-// The names are spelled as the suite's other programs spell them.
+// The spelling of the names is deliberate.
 #pragma once
 
 #include "platform/CacheHandler.h"

@@ -49,7 +49,7 @@ std::int32_t UnregisterFile(std::int32_t recordIndex) {
     const FileRecord& record = Tables.FileArray[recordIndex];
     if (!IsRegistered(record)) return 0;
     const std::string extension = FileExtension(record.FileName);
-    if (extension == "DLL" || extension == "OCX" || extension == "EXE") // which leaves executables alone
+    if (extension == "DLL" || extension == "OCX" || extension == "EXE") // executables, too
         Start("regsvr32 /u /s \"" + record.LocalFile + "\"");
     else if (extension == "TLB")
         UnregisterTypeLibrary(record.LocalFile);
@@ -64,7 +64,7 @@ std::int32_t RegisterTypeLibrary(const std::string& path) {
 std::int32_t UnregisterTypeLibrary(const std::string& path) {
     try {
         UnregisterTypeLib(DescribeTypeLib(path));
-    } catch (const RuntimeError& error) { // an entry that stays does no harm
+    } catch (const RuntimeError& error) { // nothing on the screen tells of it
         LogTrapped("UnregisterTypeLibrary", error);
     }
     return 0;

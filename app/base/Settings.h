@@ -9,7 +9,7 @@ namespace korlan {
 // Folders are Windows-form, as the INI file has them (no trailing backslash added) unless said otherwise.
 struct SuiteSettings {
     std::string SysPath;     // folder of the suite INI file, with a trailing backslash once start-up has normalised it
-    std::string CommandFile; // existing file named on the command line, or empty; only for who looks on
+    std::string CommandFile; // existing file named on the command line, or empty; read by nothing here
     std::string IniFilePath; // TESSARY.INI
     std::string SysName = "Korlan";
     std::string JobDir, LibDir, SysDir, KDScml, KDSudn, KDSmod, KDSsbk, KDSwrk;

@@ -18,6 +18,7 @@ struct FrmUpdate {
     ImageList ilsCleanUp;   // the list's icons
     ListView lvwFilesList;  // the files found
     Label lblMsgline;       // progress of transfers, outcome of a run
+    ProgressBar prgRun;     // the run as a whole: records transferred, then installed; hidden at all other times
     Label LblLive;          // heading of the reminder page
     OptionButton Option2;   // remind after 15 days
     OptionButton Option3;   // remind after 30 days
@@ -34,7 +35,7 @@ struct FrmUpdate {
     std::int32_t WizardState = 0;  // 0 searching or listing, 1 ended without a list, 2 a run has ended
     std::int32_t IsRetry = 0;      // the run is repeated
     std::int32_t ResumeIndex = 0;  // record at which the download pass stands
-    std::int32_t UpdateDone = 0;   // a run has ended; only for who looks on
+    std::int32_t UpdateDone = 0;   // a run has ended; part of the record, read by nothing here
     std::int32_t CheckedCount = 0; // checked rows as the list's handler has counted them
 
 private:
@@ -54,6 +55,8 @@ struct RunFlags {
 };
 
 extern RunFlags Flags;
+
+inline constexpr const char* kCopiedFromWeb = "Copied from web"; // status of a row whose archive is there
 
 // Turns "|" to "/", "/" to "-", "-" to "\", "\" to "|"; anything else stays.
 void TurnSpinner(std::string& spinner);

@@ -10,7 +10,7 @@
 namespace korlan {
 
 struct CountryEntry {
-    std::string languageName; // only for who reads the table
+    std::string languageName; // part of the entry, read by nothing here
     std::string folderName;   // below the program folder's "COUNTRY"
     std::int32_t number = 0;
 };

@@ -183,6 +183,12 @@ void ChangeCurrentFolder(const std::string& path) {
     RaiseHostError(errno, hostPath);
 }
 
+void TryFolder(const std::string& path) {
+    const FileHandle before(".", O_PATH | O_DIRECTORY);
+    ChangeCurrentFolder(path);
+    if (fchdir(before.Descriptor()) != 0) RaiseHostError(errno, path);
+}
+
 // --- Time stamps -----------------------------------------------------------------------------------------------------
 
 namespace {

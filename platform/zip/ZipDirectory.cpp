@@ -90,7 +90,7 @@ std::string NameAsText(std::string_view name, std::uint32_t maker, std::string_v
 std::int64_t ClockSeconds(int year, int month, int day, int hour, int minute, int second) {
     using namespace std::chrono;
     const sys_days date = sys_days(std::chrono::year(year) / January / 1 + months(month - 1)) + days(day - 1);
-    return seconds(date.time_since_epoch()).count() + (hour * 60 + minute) * 60 + second;
+    return seconds(date.time_since_epoch() + hours(hour) + minutes(minute) + seconds(second)).count();
 }
 
 std::int64_t LocalClockAt(std::int64_t instant) {
