@@ -13,8 +13,8 @@ namespace korlan {
 // klnupdt.1.log and klnupdt.2.log. Until then, and when the file cannot be made, lines are dropped.
 void BeginLog(const std::string& stateFolder);
 
-// One line of at most 4 KB, handed to the system when the call returns; none once the log holds 1 MB. Control characters
-// become blanks; a user and a password in front of the host of an address become "***".
+// One line of at most 4 KB, handed to the system when the call returns; none once the log holds 1 MB. Control
+// characters become blanks; a user and a password in front of the host of an address become "***".
 void LogLine(std::string_view text);
 
 // An error that the trap of `procedure` has ended.

@@ -35,7 +35,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
             "no member outside the folder");
     for (const auto& entry : std::filesystem::directory_iterator(Drive().HostPathOf("KORLAN/LIB"))) {
         Require(entry.symlink_status().type() == std::filesystem::file_type::regular, "files only");
-        Require(!entry.path().filename().string().starts_with(".kln"), "nothing half written");
+        Require(!entry.path().filename().string().starts_with(".klnunzip"),
+                "nothing half written: " + entry.path().filename().string());
         std::filesystem::remove(entry.path());
     }
     return 0;
