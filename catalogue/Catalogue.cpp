@@ -5,6 +5,7 @@
 #include "app/base/TextHelpers.h"
 #include "app/base/frmUpdate.h"
 #include "catalogue/FileTables.h"
+#include "platform/FormHost.h"
 #include "platform/Log.h"
 #include "transfer/HttpTransfer.h"
 
@@ -41,6 +42,7 @@ void ReadMasterCatalogue(const std::string& path) {
     const auto rows = OpenCatalogue(path);
     Tables.FileArraySP.Clear();
     for (; !rows->Eof(); rows->MoveNext()) {
+        DoEvents();
         const std::string name = rows->Text("FileName");
         if (!applied.contains(Trim(UpperCase(name))) && StaysInFolder(name))
             Tables.FileArraySP.Append(RecordFromRow<SPRecord>(*rows));
@@ -102,6 +104,7 @@ void GetFilesInsideSP(const std::string& spCataloguePath, std::int32_t spIndex) 
     const auto rows = OpenCatalogue(spCataloguePath);
     for (; !rows->Eof(); rows->MoveNext()) {
         LiveUpdateStatus();
+        DoEvents();
         const std::string archive = rows->Text("FileZipName");
         if (rows->Text("FilePath") == "NEWFOLDER") {
             MergeFolderRow(*rows, archive);

@@ -8,6 +8,7 @@
 #include "platform/FileSystem.h"
 #include "platform/Log.h"
 #include "platform/RuntimeError.h"
+#include "platform/TextEncoding.h"
 
 #include <algorithm>
 #include <string_view>
@@ -59,7 +60,7 @@ PartRow RowFromDescriptor(const std::string& name, const std::string& descriptor
 std::string ModelClass(const std::string& elementCode) {
     const std::string code = UpperCase(Trim(elementCode));
     if (SaysNothing(code, "NONE")) return {};
-    const auto next = std::find_if(code.begin() + 1, code.end(), [](char c) { return (c & 0xC0) != 0x80; });
+    const auto next = std::find_if_not(code.begin() + 1, code.end(), IsUtf8Tail);
     return {code.begin(), next};
 }
 
@@ -160,24 +161,22 @@ void AddOrRefreshPart(const std::string& libraryName, ElementHandle deviceHandle
     rows->Close();
 }
 
-void ExecuteOnIndex(const std::string& sql) {
-    std::unique_ptr<Database> db;
-    InitDB(db);
-    if (db) db->Execute(sql);
-    LogLine((db ? "index: " : "no index for: ") + sql);
-}
-
 } // namespace
 
 void InitDB(std::unique_ptr<Database>& db) {
     const std::string path = LibraryFolder() + "Parts.abd";
-    if (!FileExists(path)) return;
+    if (!FileExists(path)) return LogLine("no index " + path);
     db.reset();
     db = OpenDatabase(path, false, false, ";pwd=kqz");
+    if (db->Updatable()) return;
+    LogLine("index that cannot be written: " + path);
+    db.reset();
 }
 
 void UpdateLibDBDeleteFile(const std::string& libraryFileName) {
-    ExecuteOnIndex("DELETE * from PartFields WHERE Library = '" + libraryFileName + "'");
+    std::unique_ptr<Database> db;
+    InitDB(db);
+    if (db && CanGetPartInfo()) db->Execute("DELETE * from PartFields WHERE Library = '" + libraryFileName + "'");
 }
 
 void UpdateLibDBAddFileElements(const std::string& libraryFileName) {
@@ -199,8 +198,11 @@ void UpdateLibDB(const std::string& libraryPath, ElementHandle deviceHandle) {
 }
 
 void UpdateLibDBDeleteFromFile(const std::string& libraryPath, const std::string& partName) {
-    ExecuteOnIndex("DELETE * from PartFields WHERE (Library = '" + FileNameOf(libraryPath) + "') AND (Name = '" +
-                   partName + "')");
+    std::unique_ptr<Database> db;
+    InitDB(db);
+    if (db)
+        db->Execute("DELETE * from PartFields WHERE (Library = '" + FileNameOf(libraryPath) + "') AND (Name = '" +
+                    partName + "')");
 }
 
 } // namespace korlan

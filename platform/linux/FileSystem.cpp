@@ -2,6 +2,7 @@
 
 #include "platform/RuntimeError.h"
 #include "platform/TextCase.h"
+#include "platform/TextEncoding.h"
 #include "platform/linux/ExecuteBits.h"
 #include "platform/linux/FileHandle.h"
 #include "platform/linux/HostError.h"
@@ -48,7 +49,6 @@ bool IsNormalFile(int folder, std::string_view name) {
 // is bounded by the product of the lengths.
 bool MatchesPattern(std::string_view name, std::string_view pattern) {
     std::size_t at = 0, inPattern = 0, star = std::string_view::npos, afterStar = 0;
-    const auto isTail = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
     while (at < name.size()) {
         if (inPattern < pattern.size() && pattern[inPattern] == '*') {
             star = inPattern++;
@@ -56,7 +56,7 @@ bool MatchesPattern(std::string_view name, std::string_view pattern) {
         } else if (inPattern < pattern.size() && pattern[inPattern] == '?') {
             ++inPattern;
             do ++at;
-            while (at < name.size() && isTail(name[at]));
+            while (at < name.size() && IsUtf8Tail(name[at]));
         } else if (inPattern < pattern.size() && pattern[inPattern] == name[at]) {
             ++inPattern, ++at;
         } else if (star != std::string_view::npos) {

@@ -204,6 +204,7 @@ ZipMember MemberOf(const ReadBytes& read, std::string_view entry, const Director
     member.encrypted = (Number16(entry, 8) & 1) != 0;
     auto modified = ExtendedTime(localExtra);
     if (!modified) modified = ExtendedTime(extra);
+    member.inUtc = modified.has_value();
     member.modified = modified ? *modified : InstantOfDosTime(Number16(entry, 14), Number16(entry, 12));
     member.entry = entry;
     ReadKind(Number16(entry, 4), Number32(entry, 38), member);

@@ -15,17 +15,22 @@
 
 namespace korlan::test {
 
-HttpServer::HttpServer() {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    auto* general = reinterpret_cast<sockaddr*>(&address);
-    listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+HttpServer::HttpServer(Family family) {
+    sockaddr_in four{};
+    four.sin_family = AF_INET;
+    four.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    sockaddr_in6 six{};
+    six.sin6_family = AF_INET6;
+    six.sin6_addr = in6addr_loopback;
+    const bool isFour = family == Family::Four;
+    auto* general = isFour ? reinterpret_cast<sockaddr*>(&four) : reinterpret_cast<sockaddr*>(&six);
+    socklen_t size = isFour ? sizeof four : sizeof six;
+    listener_ = socket(general->sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (listener_ < 0 || bind(listener_, general, size) != 0 || listen(listener_, 64) != 0 || pipe(stop_) != 0 ||
         getsockname(listener_, general, &size) != 0)
         throw std::runtime_error("the test server has no socket");
-    port_ = ntohs(address.sin_port);
+    base_ = (isFour ? "http://127.0.0.1:" : "http://[::1]:") +
+            std::to_string(ntohs(isFour ? four.sin_port : six.sin6_port));
     acceptor_ = std::thread([this] { AcceptLoop(); });
 }
 
@@ -38,7 +43,7 @@ HttpServer::~HttpServer() {
 }
 
 std::string HttpServer::Url(const std::string& target) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + target;
+    return base_ + target;
 }
 
 void HttpServer::Answer(const std::string& target, HttpAnswer answer) {

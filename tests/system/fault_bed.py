@@ -18,27 +18,27 @@ STALL = object()
 # What the server answers in place of the file, piece by piece (None hangs up, STALL keeps silent); and the expected ends
 # at the requests, the three archives alike.
 ANSWERS = {
-    "hangs up": (lambda body: [None], "error updated updated! retry"),
-    "401": (lambda body: [STATUS % 401], "error updated updated! retry"),
-    "404": (lambda body: [STATUS % 404], "error updated updated! retry"),
-    "500": (lambda body: [STATUS % 500], "error updated updated! updated"),
+    "hangs up": (lambda body: [None], "error updated updated retry"),
+    "401": (lambda body: [STATUS % 401], "error updated updated retry"),
+    "404": (lambda body: [STATUS % 404], "error updated updated retry"),
+    "500": (lambda body: [STATUS % 500], "error updated updated updated"),
     "empty": (lambda body: [HEAD % 0], "none closed none retry"),
     "no length": (lambda body: [b"HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + body, None],
                   "updated updated updated retry"),
     "half, cut off": (lambda body: [HEAD % len(body) + body[:len(body) // 2], None], "none closed none retry"),
     "half, as if whole": (lambda body: [HEAD % (len(body) // 2) + body[:len(body) // 2]], "none closed none updated!"),
     "half, then silence": (lambda body: [HEAD % len(body) + body[:len(body) // 2], STALL], "none closed none retry"),
-    "silence": (lambda body: [STALL], "error updated updated! retry"),
+    "silence": (lambda body: [STALL], "error updated updated retry"),
     "another file": (lambda body: [HEAD % 9000 + b"<html>" * 1500], "none closed none updated!"),
     "moved in a circle": (lambda body: [b"HTTP/1.1 302 Found\r\nLocation: ?\r\nContent-Length: 0\r\n\r\n"],
-                          "error updated updated! retry"),
+                          "error updated updated retry"),
 }
 REQUESTS = ("Update.mdb", "KlnUpdt.txt", "SP2.mdb", "TESSARYDOTTEXE.zip", "TTL74DOTTPART.zip", "OPAMPDOTTSPC.zip")
 # Operation and error of the fault, and the expected ends at the files.
 FAULTS = {
-    "create, no room": ("create", errno.ENOSPC, "error updated updated! - retry! retry updated - updated"),
-    "write, no room": ("write", errno.ENOSPC, "error updated updated! - retry! retry updated - updated"),
-    "write, broken": ("write", errno.EIO, "error updated updated! - retry! retry updated - updated"),
+    "create, no room": ("create", errno.ENOSPC, "error updated updated - retry! retry updated - updated"),
+    "write, no room": ("write", errno.ENOSPC, "error updated updated - retry! retry updated - updated"),
+    "write, broken": ("write", errno.EIO, "error updated updated - retry! retry updated - updated"),
     "rename, refused": ("rename", errno.EACCES, "- - - updated! - - - updated updated"),
     "delete, refused": ("delete", errno.EACCES, "updated updated - updated - retry updated - updated"),
     "stat, refused": ("stat", errno.EACCES, "updated updated - none! updated! retry - updated updated"),

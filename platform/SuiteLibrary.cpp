@@ -1,12 +1,9 @@
 #include "platform/SuiteLibrary.h"
 
-#include "platform/Process.h"
 #include "platform/RuntimeError.h"
+#include "platform/SuiteBinding.h"
 #include "platform/TextEncoding.h"
-#include "platform/linux/HostPath.h"
-#include "platform/linux/SuiteAbi.h"
-
-#include <dlfcn.h>
+#include "sdk/KlwUpdt.h"
 
 #include <vector>
 
@@ -14,22 +11,25 @@ namespace korlan {
 
 namespace {
 
-void* SuiteLibrary() {
-    static void* library = nullptr; // stays loaded: the handles it gives out are the suite's
-    if (library) return library;
-    const std::string program = ProgramPath();
-    const std::string path = HostPath(program.substr(0, program.find_last_of('\\') + 1) + KLN_SUITE_LIBRARY);
-    library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!library) throw RuntimeError(kErrFileNotFound, std::string("File not found: ") + dlerror());
-    return library;
+// A library that does not tell its version is of the first one; one of another version counts as missing.
+void RequireVersion() {
+    static bool known = false;
+    if (known) return;
+    std::int32_t version = 1;
+    try {
+        version = reinterpret_cast<decltype(::E_GetVersion)*>(SuiteProcedure("E_GetVersion"))();
+    } catch (const RuntimeError& error) {
+        if (error.Number() != kErrNoLibraryEntry) throw;
+    }
+    known = version == KLN_SUITE_VERSION;
+    if (!known) throw RuntimeError(kErrFileNotFound, "The suite library is of version " + std::to_string(version));
 }
 
 // A procedure of the suite's library. Each caller keeps its own in a static; a failed binding is tried again.
 template <typename Procedure>
 Procedure* Bind(const char* name) {
-    void* address = dlsym(SuiteLibrary(), name);
-    if (!address) throw RuntimeError(kErrNoLibraryEntry, std::string("No procedure ") + name + " in the suite library");
-    return reinterpret_cast<Procedure*>(address);
+    RequireVersion();
+    return reinterpret_cast<Procedure*>(SuiteProcedure(name));
 }
 
 std::string LibraryText(const char* text) {
@@ -58,11 +58,19 @@ void DB_CreateDataBase() {
     RequireSuccess(call() != 0, "DB_CreateDataBase");
 }
 
+bool CanGetPartInfo() {
+    try {
+        return Bind<decltype(::E_GetPartInfo)>("E_GetPartInfo") != nullptr;
+    } catch (const RuntimeError&) {
+        return false;
+    }
+}
+
 void E_GetPartInfo(const std::string& libraryPath, std::span<PartInformation> records) {
     static auto* const call = Bind<decltype(::E_GetPartInfo)>("E_GetPartInfo");
     std::vector<SuitePartInformation> filled(records.size());
     const auto room = static_cast<std::int32_t>(records.size());
-    const std::int32_t count = call(HostPath(libraryPath).c_str(), room, filled.data());
+    const std::int32_t count = call(PathForSuite(libraryPath).c_str(), room, filled.data());
     RequireSuccess(count >= 0 && count <= room, "E_GetPartInfo");
     for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
         records[i] = {LibraryText(filled[i].name), LibraryText(filled[i].second), LibraryText(filled[i].descriptor)};
@@ -70,7 +78,7 @@ void E_GetPartInfo(const std::string& libraryPath, std::span<PartInformation> re
 
 LibraryHandle E_OpenLibrary(const std::string& path, const std::string& libraryType, std::int32_t mode) {
     static auto* const call = Bind<decltype(::E_OpenLibrary)>("E_OpenLibrary");
-    return call(HostPath(path).c_str(), libraryType.c_str(), mode);
+    return call(PathForSuite(path).c_str(), libraryType.c_str(), mode);
 }
 
 bool E_OpenLibToRead(LibraryHandle library, const std::string& elementName) {
