@@ -36,9 +36,9 @@ ANSWERS = {
 REQUESTS = ("Update.mdb", "KlnUpdt.txt", "SP2.mdb", "TESSARYDOTTEXE.zip", "TTL74DOTTPART.zip", "OPAMPDOTTSPC.zip")
 # Operation and error of the fault, and the expected ends at the files.
 FAULTS = {
-    "create, no room": ("create", errno.ENOSPC, "error updated updated - retry! retry updated - updated"),
-    "write, no room": ("write", errno.ENOSPC, "error updated updated - retry! retry updated - updated"),
-    "write, broken": ("write", errno.EIO, "error updated updated - retry! retry updated - updated"),
+    "create, no room": ("create", errno.ENOSPC, "error updated updated! - retry! retry updated - updated"),
+    "write, no room": ("write", errno.ENOSPC, "error updated updated! - retry! retry updated - updated"),
+    "write, broken": ("write", errno.EIO, "error updated updated! - retry! retry updated - updated"),
     "rename, refused": ("rename", errno.EACCES, "- - - updated! - - - updated updated"),
     "delete, refused": ("delete", errno.EACCES, "updated updated - updated - retry updated - updated"),
     "stat, refused": ("stat", errno.EACCES, "updated updated - none! updated! retry - updated updated"),
