@@ -8,6 +8,7 @@
 #include "platform/DatabaseError.h"
 #include "platform/FileSystem.h"
 #include "platform/FormHost.h"
+#include "platform/Log.h"
 #include "platform/TextEncoding.h"
 
 #include <algorithm>
@@ -146,6 +147,8 @@ void AddAllParts(Database& db, const std::string& libraryFileName) {
     if (!parts.empty()) E_GetPartInfo(path, parts);
     AddParts(*rows, parts, libraryFileName, position);
     rows->Close();
+    LogLine("index: " + std::to_string(parts.size()) + " parts of " + libraryFileName + ", place " +
+            DecimalText(position));
 }
 
 // Rows added before an error stay: the index stays behind the library, and the update goes on.
@@ -154,6 +157,7 @@ void AddFileElements(Database& db, const std::string& libraryFileName) {
         AddAllParts(db, libraryFileName);
     } catch (const RuntimeError& error) {
         if (error.Number() == kErrDatabaseLocked) throw; // nothing is written then, and all of it tried again
+        LogTrapped("AddFileElements", error);
     }
 }
 
@@ -176,10 +180,12 @@ void AddOrRefreshPart(Database& db, const std::string& libraryName, const PartRo
 
 void InitDB(std::unique_ptr<Database>& db) {
     const std::string path = LibraryFolder() + "Parts.abd";
-    if (!FileExists(path)) return;
+    if (!FileExists(path)) return LogLine("no index " + path);
     db.reset();
     db = OpenDatabase(path, false, false, ";pwd=kqz");
-    if (!db->Updatable()) db.reset();
+    if (db->Updatable()) return;
+    LogLine("index that cannot be written: " + path);
+    db.reset();
 }
 
 void UpdateLibDBDeleteFile(const std::string& libraryFileName) {
@@ -189,7 +195,8 @@ void UpdateLibDBDeleteFile(const std::string& libraryFileName) {
 void UpdateLibDBAddFileElements(const std::string& libraryFileName) {
     try {
         ChangeIndex([&](Database& db) { AddFileElements(db, libraryFileName); });
-    } catch (const RuntimeError&) { // as for one of its parts
+    } catch (const RuntimeError& error) { // as for one of its parts
+        LogTrapped("UpdateLibDBAddFileElements", error);
     }
 }
 
@@ -206,7 +213,8 @@ void UpdateLibDB(const std::string& libraryPath, ElementHandle deviceHandle) {
         D_ReadDevice(deviceHandle, device);
         const PartRow row = RowFromDescriptor(Trim(SuiteText(device.name)), Trim(SuiteText(device.descriptor)));
         ChangeIndex([&](Database& db) { AddOrRefreshPart(db, FileNameOf(libraryPath), row); });
-    } catch (const RuntimeError&) { // the part is in its library all the same
+    } catch (const RuntimeError& error) { // the part is in its library all the same
+        LogTrapped("UpdateLibDB", error);
     }
 }
 

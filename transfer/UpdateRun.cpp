@@ -13,6 +13,7 @@
 #include "library/SpcModels.h"
 #include "platform/FileSystem.h"
 #include "platform/FormHost.h"
+#include "platform/Log.h"
 #include "platform/MsgBox.h"
 #include "transfer/HttpTransfer.h"
 #include "transfer/Registration.h"
@@ -133,10 +134,12 @@ void RemoveInstalledFile(const FileRecord& record, std::int32_t index) {
 }
 
 void ReportFailure(const FileRecord& record, const std::string& message) {
+    LogLine("failed " + record.LocalFile + " of " + record.Filedate);
     ShowMsgBox(message + record.LocalFile, kBoxCritical, GetSysName());
 }
 
 void RecordInstalled(const FileRecord& record, const std::string& status) {
+    LogLine("installed " + record.LocalFile + (FileExists(record.LocalFile) ? "" : ", which is not there"));
     Tables.UpdatedFiles.Append(record.FileZipName);
     frmUpdate.lvwFilesList.SetSubItem(record.Row, kStatusSubItem, status);
 }
@@ -207,6 +210,7 @@ void EndInError(std::int32_t index) {
     Flags.DownloadFailed = 1;
     if (index >= 1 && index <= Tables.FileArray.UpperBound()) {
         const FileRecord& record = Tables.FileArray[index];
+        LogLine("failed " + record.LocalFile + " of " + record.Filedate);
         // Not the archive but the installed file goes, so that the next search offers it again.
         if (FileExists(record.TempZipFile)) EraseFile(record.LocalFile);
     }
@@ -216,6 +220,7 @@ void EndInError(std::int32_t index) {
 } // namespace
 
 void ShowRetry(const std::string& message) {
+    LogLine("shown: " + message);
     frmUpdate.CmdRetry.SetVisible(true);
     frmUpdate.cmdCancel.SetVisible(true);
     frmUpdate.cmdUpdate.SetVisible(false);
@@ -233,7 +238,8 @@ std::int32_t UpdateFilesFromWeb() {
         if (DownloadPass(index)) InstallPass(index);
         frmUpdate.prgRun.SetVisible(false);
         return 0;
-    } catch (const RuntimeError&) {
+    } catch (const RuntimeError& error) {
+        LogTrapped("UpdateFilesFromWeb", error);
         EndInError(index);
         return 1;
     }
@@ -246,7 +252,8 @@ void CreateNewFolders() {
             const auto first = InStr(entry.FolderName, "\\"); // what stands before it is ignored
             if (first != 0) CreateFoldersBelow(GetAppFolder(), Mid(entry.FolderName, first));
         }
-    } catch (const RuntimeError&) { // a folder that cannot be made shows when a file is to go there
+    } catch (const RuntimeError& error) { // a folder that cannot be made shows when a file is to go there
+        LogTrapped("CreateNewFolders", error);
     }
 }
 
@@ -258,7 +265,8 @@ void CleanUpTemporaryFiles() {
         for (std::int32_t i = 0; i < count; ++i) RemoveFile(InTempFolder(files.List(i)));
         for (const FileRecord& record : Tables.FileArray) // some lie in folders of their own
             if (record.TransferState == 1 && FileExists(record.TempZipFile)) RemoveFile(record.TempZipFile);
-    } catch (const RuntimeError&) { // what is left goes at the next end
+    } catch (const RuntimeError& error) { // what is left goes at the next end
+        LogTrapped("CleanUpTemporaryFiles", error);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "app/base/TextHelpers.h"
 #include "platform/FormHost.h"
+#include "platform/Log.h"
 #include "platform/MsgBox.h"
 #include "platform/RuntimeError.h"
 #include "platform/TextEncoding.h"
@@ -106,7 +107,9 @@ void Unzip(std::int32_t& completed, std::int32_t /*recordIndex*/, const std::str
         if (!folder.empty()) modZip.ExtractFolder = folder;
         result = VBUnzip(modZip.ZipFileName, modZip.ExtractFolder, modZip.OptionFlags);
         completed = 1;
-    } catch (const RuntimeError&) { // seen by the completion flag
+        if (result != 0) LogLine("archive library: code " + DecimalText(result) + ", " + modZip.TextBuffer);
+    } catch (const RuntimeError& error) { // seen by the completion flag
+        LogTrapped("Unzip", error);
     }
 }
 

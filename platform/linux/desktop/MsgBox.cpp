@@ -1,5 +1,6 @@
 #include "platform/MsgBox.h"
 
+#include "platform/Log.h"
 #include "platform/linux/desktop/Application.h"
 
 #include <QApplication>
@@ -109,6 +110,7 @@ void Ask(QDialog& dialog) {
 } // namespace
 
 std::int32_t ShowMsgBox(const std::string& text, std::int32_t style, const std::string& title) {
+    LogLine("box: " + text);
     QMessageBox box(Owner());
     box.setObjectName("MsgBox");
     box.setWindowTitle(TitleOf(title));
