@@ -1,0 +1,4 @@
+# What the Windows back end and its tests are made with.
+enable_language(RC)
+find_package(ZLIB REQUIRED)
+add_compile_definitions(UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX WINVER=0x0A00 _WIN32_WINNT=0x0A00)
