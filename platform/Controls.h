@@ -33,6 +33,19 @@ enum class Aspect {
     Place
 };
 
+// Where a control lies and how it is dressed; filled in where the form is made. A back end lays the regions out as the
+// form is drawn: the side picture left of everything; right of it, from top to bottom, heading, status, list and
+// reminder page, message, and the row of buttons. Controls of one region stand in the form's order. Region::None is not
+// laid out.
+enum class Region { None, Side, Heading, Status, List, Reminder, Message, Buttons };
+enum class FontRole { Body, Heading, Title };
+
+struct Placement {
+    Region region = Region::None;
+    std::int32_t lines = 1; // lines a label has room for
+    FontRole font = FontRole::Body;
+};
+
 class Control {
 public:
     Control(ControlKind kind, std::string name, std::string tag = {});
@@ -46,6 +59,8 @@ public:
     bool Visible() const { return visible_; }
     bool Enabled() const { return enabled_; }
     const FontSpec& Font() const { return font_; }
+    const Placement& Place() const { return place_; }
+    void SetPlace(const Placement& place) { place_ = place; } // before a host shows the form
     void SetVisible(bool visible);
     void SetEnabled(bool enabled);
     void SetFont(const FontSpec& font);
@@ -61,6 +76,7 @@ private:
     bool visible_; // the form starts hidden, its controls visible
     bool enabled_ = true;
     FontSpec font_;
+    Placement place_;
 };
 
 // A control with a caption. "&" in a caption marks the mnemonic of a button; labels show captions as they stand.

@@ -32,7 +32,21 @@ FrmUpdate::FrmUpdate()
     form.SetControls({&lblMainHead, &lblUpdate, &lvwFilesList, &lblMsgline, &LblLive, &Option2, &Option3, &Option4,
                       &LblOptionExplain, &cmdUpdate, &CmdRetry, &cmdCancel, &cmdHelp, &picSteps, &files_temp,
                       &ilsCleanUp});
+    PlaceControls();
     for (OptionButton* option : {&Option2, &Option3, &Option4}) option->SetGroup({&Option2, &Option3, &Option4});
+}
+
+// Status, message and explanation are sentences that grow when translated.
+void FrmUpdate::PlaceControls() {
+    picSteps.SetPlace({.region = Region::Side});
+    lblMainHead.SetPlace({.region = Region::Heading, .font = FontRole::Title});
+    lblUpdate.SetPlace({.region = Region::Status, .lines = 2});
+    lvwFilesList.SetPlace({.region = Region::List});
+    LblLive.SetPlace({.region = Region::Reminder, .font = FontRole::Heading});
+    for (OptionButton* option : {&Option2, &Option3, &Option4}) option->SetPlace({.region = Region::Reminder});
+    LblOptionExplain.SetPlace({.region = Region::Reminder, .lines = 2});
+    lblMsgline.SetPlace({.region = Region::Message, .lines = 2});
+    for (Button* button : {&cmdUpdate, &CmdRetry, &cmdCancel, &cmdHelp}) button->SetPlace({.region = Region::Buttons});
 }
 
 void TurnSpinner(std::string& spinner) {

@@ -36,6 +36,9 @@ struct FrmUpdate {
     std::int32_t ResumeIndex = 0;  // record at which the download pass stands
     std::int32_t UpdateDone = 0;   // a run has ended
     std::int32_t CheckedCount = 0; // checked rows as the list's handler has counted them
+
+private:
+    void PlaceControls();
 };
 
 extern FrmUpdate frmUpdate;

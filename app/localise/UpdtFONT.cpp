@@ -80,7 +80,7 @@ FormFonts ReadFonts(const std::string& file) {
 }
 
 const FontSpec& FontOf(const Control& control) {
-    if (&control == &frmUpdate.lblMainHead || &control == &frmUpdate.LblLive) return Language.fonts.headFont;
+    if (control.Place().font != FontRole::Body) return Language.fonts.headFont;
     const bool isCommand = control.Kind() == ControlKind::Button || control.Kind() == ControlKind::OptionButton;
     return isCommand ? Language.fonts.controlFont : Language.fonts.font;
 }

@@ -4,7 +4,7 @@
 #include "platform/TextCase.h"
 #include "platform/linux/FileHandle.h"
 #include "platform/linux/HostPath.h"
-#include "platform/linux/ZipDirectory.h"
+#include "platform/zip/ZipDirectory.h"
 
 #include <archive.h>
 #include <archive_entry.h>
@@ -88,6 +88,19 @@ FileHandle OpenFolder(const std::string& path) {
     std::error_code error; // shows again when the folder is opened
     if (!HasParentComponent(path)) std::filesystem::create_directories(host, error);
     return FileHandle(host, O_RDONLY | O_DIRECTORY);
+}
+
+std::string ReadAt(int file, std::uint64_t offset, std::size_t count) {
+    std::string bytes(count, '\0');
+    std::size_t have = 0;
+    while (have < bytes.size()) {
+        const ssize_t got = pread(file, bytes.data() + have, bytes.size() - have, static_cast<off_t>(offset + have));
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) break;
+        have += static_cast<std::size_t>(got);
+    }
+    bytes.resize(have);
+    return bytes;
 }
 
 ListedMember Listed(const ZipMember& member) {
@@ -215,7 +228,11 @@ Outcome Extraction::Run(const DCL& options) {
     const std::string archivePath = HostPathOrNone(options.lpszZipFN);
     if (!archivePath.empty()) file_ = FileHandle(archivePath, O_RDONLY | O_NONBLOCK);
     if (!file_) return Outcome::NoArchive;
-    auto members = ReadZipDirectory(file_.Descriptor());
+    struct stat status {};
+    if (fstat(file_.Descriptor(), &status) != 0 || !S_ISREG(status.st_mode)) return Outcome::NoArchive;
+    auto members = ReadZipDirectory(static_cast<std::uint64_t>(status.st_size), [this](auto offset, auto count) {
+        return ReadAt(file_.Descriptor(), offset, count);
+    });
     if (!members) {
         std::array<char, 2> mark{};
         const bool cutOff = pread(file_.Descriptor(), mark.data(), 2, 0) == 2 && mark == std::array{'P', 'K'};

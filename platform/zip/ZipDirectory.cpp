@@ -1,20 +1,16 @@
-#include "platform/linux/ZipDirectory.h"
+#include "platform/zip/ZipDirectory.h"
 
 #include "platform/TextEncoding.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstddef>
+#include <chrono>
 #include <ctime>
 
 namespace korlan {
 namespace {
 
-constexpr std::uint64_t kEndSize = 22, kEntrySize = 46, kLocalSize = 30, kLongestComment = 65535;
+constexpr std::size_t kEndSize = 22, kEntrySize = 46, kLocalSize = 30, kLongestComment = 65535;
 constexpr std::uint64_t kLargestDirectory = 64u << 20; // far above any archive of the update server
 
 // --- Bytes -----------------------------------------------------------------------------------------------------------
@@ -32,20 +28,6 @@ std::uint32_t Number32(std::string_view bytes, std::size_t at) {
 }
 std::uint32_t Number16(std::string_view bytes, std::size_t at) {
     return static_cast<std::uint32_t>(Number(bytes, at, 2));
-}
-
-// As many of the bytes as there are.
-std::string ReadAt(int file, std::uint64_t offset, std::uint64_t count) {
-    std::string bytes(count, '\0');
-    std::size_t have = 0;
-    while (have < bytes.size()) {
-        const ssize_t got = pread(file, bytes.data() + have, bytes.size() - have, static_cast<off_t>(offset + have));
-        if (got < 0 && errno == EINTR) continue;
-        if (got <= 0) break;
-        have += static_cast<std::size_t>(got);
-    }
-    bytes.resize(have);
-    return bytes;
 }
 
 // The extra field of that kind; empty when there is none.
@@ -101,10 +83,19 @@ std::string NameAsText(std::string_view name, std::uint32_t maker, std::string_v
 
 // --- Times -----------------------------------------------------------------------------------------------------------
 
-std::int64_t OffsetFromUtc(std::time_t instant) {
-    std::tm local{};
-    localtime_r(&instant, &local);
-    return local.tm_gmtoff;
+// What a clock shows, in seconds since it showed the beginning of 1970. Numbers beyond their range count on.
+std::int64_t ClockSeconds(int year, int month, int day, int hour, int minute, int second) {
+    using namespace std::chrono;
+    const sys_days date = sys_days(std::chrono::year(year) / January / 1 + months(month - 1)) + days(day - 1);
+    return seconds(date.time_since_epoch()).count() + (hour * 60 + minute) * 60 + second;
+}
+
+std::int64_t LocalClockAt(std::int64_t instant) {
+    const auto time = static_cast<std::time_t>(instant);
+    const std::tm* const clock = std::localtime(&time);
+    if (!clock) return instant;
+    return ClockSeconds(clock->tm_year + 1900, clock->tm_mon + 1, clock->tm_mday, clock->tm_hour, clock->tm_min,
+                        clock->tm_sec);
 }
 
 // The extended time stamp's last change, where the field has one.
@@ -121,9 +112,9 @@ struct DirectoryPlace {
     std::uint64_t shift = 0;            // what offsets in the directory are short of those in the file
 };
 
-std::optional<DirectoryPlace> FindDirectory(int file, std::uint64_t fileSize) {
-    const std::uint64_t tailSize = std::min(fileSize, kEndSize + kLongestComment);
-    const std::string tail = ReadAt(file, fileSize - tailSize, tailSize);
+std::optional<DirectoryPlace> FindDirectory(std::uint64_t fileSize, const ReadBytes& read) {
+    const auto tailSize = static_cast<std::size_t>(std::min<std::uint64_t>(fileSize, kEndSize + kLongestComment));
+    const std::string tail = read(fileSize - tailSize, tailSize);
     const std::size_t at = tail.rfind("PK\5\6");
     if (at == std::string::npos || at + kEndSize > tail.size()) return std::nullopt;
 
@@ -131,7 +122,7 @@ std::optional<DirectoryPlace> FindDirectory(int file, std::uint64_t fileSize) {
     std::uint64_t size = Number32(tail, at + 12), offset = Number32(tail, at + 16);
     if (at >= 20 && tail.compare(at - 20, 4, "PK\6\7") == 0) { // a large archive has its numbers in a longer record
         const std::uint64_t longEnd = Number(tail, at - 20 + 8, 8);
-        const std::string record = longEnd < fileSize ? ReadAt(file, longEnd, 56) : std::string();
+        const std::string record = longEnd < fileSize ? read(longEnd, 56) : std::string();
         if (record.size() == 56 && record.starts_with("PK\6\6")) {
             end = longEnd;
             size = Number(record, 40, 8);
@@ -160,20 +151,21 @@ std::uint64_t ReadSizes(std::string_view entry, std::string_view extra, ZipMembe
 // Makers on Unix keep the file's mode in the upper half of the attributes.
 bool IsSpecial(std::uint32_t maker, std::uint32_t attributes) {
     constexpr std::uint32_t kUnix = 3;
-    const mode_t type = attributes >> 16 & S_IFMT;
-    return maker >> 8 == kUnix && type != 0 && type != S_IFREG && type != S_IFDIR;
+    constexpr std::uint32_t kTypeOfFile = 0170000, kRegularFile = 0100000, kFolder = 0040000;
+    const std::uint32_t type = attributes >> 16 & kTypeOfFile;
+    return maker >> 8 == kUnix && type != 0 && type != kRegularFile && type != kFolder;
 }
 
 // Adds the member of one directory record. Its local header says where the data begins and has its own extra field.
-void AddMember(int file, std::string_view entry, const DirectoryPlace& place, ZipMembers& members) {
+void AddMember(const ReadBytes& read, std::string_view entry, const DirectoryPlace& place, ZipMembers& members) {
     const std::size_t nameSize = Number16(entry, 28);
     const std::string_view name = entry.substr(kEntrySize, nameSize), extra = entry.substr(kEntrySize + nameSize);
     ZipMember member;
     const std::uint64_t header = ReadSizes(entry, extra, member) + place.shift;
-    const std::string local = header < place.offset ? ReadAt(file, header, kLocalSize) : std::string();
+    const std::string local = header < place.offset ? read(header, kLocalSize) : std::string();
     if (local.size() < kLocalSize || !local.starts_with("PK\3\4")) return;
-    const std::uint64_t localNameSize = Number16(local, 26), localExtraSize = Number16(local, 28);
-    const std::string localExtra = ReadAt(file, header + kLocalSize + localNameSize, localExtraSize);
+    const std::uint32_t localNameSize = Number16(local, 26), localExtraSize = Number16(local, 28);
+    const std::string localExtra = read(header + kLocalSize + localNameSize, localExtraSize);
 
     member.name = NameAsText(name, Number16(entry, 4), extra);
     member.method = Number16(entry, 10);
@@ -188,33 +180,26 @@ void AddMember(int file, std::string_view entry, const DirectoryPlace& place, Zi
 } // namespace
 
 std::int64_t InstantOfDosTime(std::uint32_t date, std::uint32_t time) {
-    std::tm clock{};
-    clock.tm_year = static_cast<int>(date >> 9) + 80;
-    clock.tm_mon = static_cast<int>(date >> 5 & 15) - 1;
-    clock.tm_mday = static_cast<int>(date & 31);
-    clock.tm_hour = static_cast<int>(time >> 11);
-    clock.tm_min = static_cast<int>(time >> 5 & 63);
-    clock.tm_sec = static_cast<int>(time & 31) * 2;
-    constexpr std::time_t kDay = 86'400; // more than any zone is away from UTC
-    const std::time_t wall = timegm(&clock);
-    const std::int64_t before = wall - OffsetFromUtc(wall - kDay), after = wall - OffsetFromUtc(wall + kDay);
-    const auto showsThatTime = [&](std::int64_t instant) { return instant + OffsetFromUtc(instant) == wall; };
-    return showsThatTime(before) || !showsThatTime(after) ? before : after;
+    const auto of = [](std::uint32_t bits) { return static_cast<int>(bits); };
+    const std::int64_t wall = ClockSeconds(1980 + of(date >> 9), of(date >> 5 & 15), of(date & 31), of(time >> 11),
+                                           of(time >> 5 & 63), of(time & 31) * 2);
+    constexpr std::int64_t kDay = 86'400; // more than any zone is away from UTC
+    const auto instantByOffsetAt = [&](std::int64_t about) { return wall - (LocalClockAt(about) - about); };
+    const std::int64_t before = instantByOffsetAt(wall - kDay), after = instantByOffsetAt(wall + kDay);
+    return LocalClockAt(before) == wall || LocalClockAt(after) != wall ? before : after;
 }
 
-std::optional<ZipMembers> ReadZipDirectory(int file) {
-    struct stat status {};
-    if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-    const auto place = FindDirectory(file, static_cast<std::uint64_t>(status.st_size));
+std::optional<ZipMembers> ReadZipDirectory(std::uint64_t fileSize, const ReadBytes& read) {
+    const auto place = FindDirectory(fileSize, read);
     if (!place || place->size > kLargestDirectory) return std::nullopt;
 
-    const std::string directory = ReadAt(file, place->offset, place->size);
+    const std::string directory = read(place->offset, static_cast<std::size_t>(place->size));
     std::string_view rest = directory;
     ZipMembers members;
     while (rest.size() >= kEntrySize && rest.starts_with("PK\1\2")) {
         const std::size_t length = kEntrySize + Number16(rest, 28) + Number16(rest, 30) + Number16(rest, 32);
         if (length > rest.size()) break;
-        AddMember(file, rest.substr(0, length - Number16(rest, 32)), *place, members);
+        AddMember(read, rest.substr(0, length - Number16(rest, 32)), *place, members);
         rest.remove_prefix(length);
     }
     if (members.empty() && place->size > 0) return std::nullopt;

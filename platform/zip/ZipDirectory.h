@@ -1,8 +1,10 @@
-// The directory of a zip archive, read for what the archive library does not hand on exactly: names as text whatever
-// the locale, zero characters in them, and times that mean the same instant at every run.
+// The directory of a zip archive: names as text whatever the locale, zero characters in them included, and times that
+// mean the same instant at every run.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -23,9 +25,12 @@ struct ZipMember {
 // Members by the offset of their packed data in the file.
 using ZipMembers = std::map<std::uint64_t, ZipMember>;
 
+// Gives the bytes of the file from `offset` on: `count` of them, or as many as there are.
+using ReadBytes = std::function<std::string(std::uint64_t offset, std::size_t count)>;
+
 // Nothing when the file has no directory of a zip archive. A record that is damaged ends the reading; the members
-// before it are there. Reads by offset and leaves the position of `file` alone.
-std::optional<ZipMembers> ReadZipDirectory(int file);
+// before it are there.
+std::optional<ZipMembers> ReadZipDirectory(std::uint64_t fileSize, const ReadBytes& read);
 
 // The instant of a DOS date and time in the local time zone. Of a time that came twice the first is taken; one that the
 // clock skipped counts on from before the change.
