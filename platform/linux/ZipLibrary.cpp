@@ -5,6 +5,7 @@
 #include "platform/linux/FileHandle.h"
 #include "platform/linux/HostPath.h"
 #include "platform/zip/ZipDirectory.h"
+#include "platform/zip/ZipRules.h"
 
 #include <archive.h>
 #include <archive_entry.h>
@@ -22,56 +23,14 @@
 namespace korlan {
 namespace {
 
-// What the call returns, from harmless to grave.
-enum class Outcome : std::int32_t {
-    Well = 0,
-    Warning = 1,
-    NoMethod = 81,
-    NoPassword = 82,
-    Damaged = 3,
-    NoArchive = 9,
-    CannotWrite = 50,
-    Stopped = 80,
-};
-
-int Gravity(Outcome outcome) {
-    constexpr std::array kOrder{Outcome::Well,    Outcome::Warning,   Outcome::NoMethod,    Outcome::NoPassword,
-                                Outcome::Damaged, Outcome::NoArchive, Outcome::CannotWrite, Outcome::Stopped};
-    return static_cast<int>(std::distance(kOrder.begin(), std::ranges::find(kOrder, outcome)));
-}
-
 using ArchiveReader = std::unique_ptr<archive, int (*)(archive*)>;
 
-constexpr std::size_t kBlock = 131'072;         // bytes read from the archive at a time
-constexpr std::size_t kLongestPassword = 256;   // characters
-constexpr std::int32_t kMostWrongPasswords = 3; // in a row
+constexpr std::size_t kBlock = 131'072; // bytes read from the archive at a time
 
 // Stored, deflated, bzip2, LZMA, XZ, PPMd, and the mark of AES encryption, whose real method lies elsewhere.
 bool MethodIsKnown(std::uint32_t method) {
     constexpr std::array<std::uint32_t, 7> kMethods{0, 8, 12, 14, 95, 98, 99};
     return std::ranges::find(kMethods, method) != kMethods.end();
-}
-
-bool IsSeparator(char character) {
-    return character == '/' || character == '\\';
-} // archives made on Windows hold both
-
-std::string LastComponent(const std::string& member) {
-    return {std::find_if(member.rbegin(), member.rend(), IsSeparator).base(), member.end()};
-}
-
-bool MayNameAFile(const std::string& component) {
-    if (component.empty() || component == "." || component == "..") return false;
-    return std::ranges::none_of(component, [](char c) { return c == ':' || static_cast<unsigned char>(c) < 32; });
-}
-
-bool HasParentComponent(const std::string& path) {
-    for (auto at = path.begin(); at != path.end();) {
-        const auto end = std::find_if(at, path.end(), IsSeparator);
-        if (std::string(at, end) == "..") return true;
-        at = end == path.end() ? end : end + 1;
-    }
-    return false;
 }
 
 std::string HostPathOrNone(const std::string& path) { // "" when its drive is not there

@@ -148,12 +148,13 @@ std::uint64_t ReadSizes(std::string_view entry, std::string_view extra, ZipMembe
     return sizeAt(42);
 }
 
-// Makers on Unix keep the file's mode in the upper half of the attributes.
-bool IsSpecial(std::uint32_t maker, std::uint32_t attributes) {
-    constexpr std::uint32_t kUnix = 3;
+// Makers on Unix keep the file's mode in the upper half of the attributes, all makers those of DOS in the lower.
+void ReadKind(std::uint32_t maker, std::uint32_t attributes, ZipMember& member) {
+    constexpr std::uint32_t kUnix = 3, kDosFolder = 0x10;
     constexpr std::uint32_t kTypeOfFile = 0170000, kRegularFile = 0100000, kFolder = 0040000;
-    const std::uint32_t type = attributes >> 16 & kTypeOfFile;
-    return maker >> 8 == kUnix && type != 0 && type != kRegularFile && type != kFolder;
+    const std::uint32_t type = maker >> 8 == kUnix ? attributes >> 16 & kTypeOfFile : 0;
+    member.special = type != 0 && type != kRegularFile && type != kFolder;
+    member.folder = type == kFolder || (type == 0 && (attributes & kDosFolder) != 0);
 }
 
 // Adds the member of one directory record. Its local header says where the data begins and has its own extra field.
@@ -169,7 +170,8 @@ void AddMember(const ReadBytes& read, std::string_view entry, const DirectoryPla
 
     member.name = NameAsText(name, Number16(entry, 4), extra);
     member.method = Number16(entry, 10);
-    member.special = IsSpecial(Number16(entry, 4), Number32(entry, 38));
+    member.checkSum = Number32(entry, 16);
+    ReadKind(Number16(entry, 4), Number32(entry, 38), member);
     member.encrypted = (Number16(entry, 8) & 1) != 0;
     auto modified = ExtendedTime(localExtra);
     if (!modified) modified = ExtendedTime(extra);

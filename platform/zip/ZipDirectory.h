@@ -18,8 +18,10 @@ struct ZipMember {
     std::uint64_t packed = 0;  // likewise
     std::int64_t modified = 0; // seconds since 1970, UTC
     std::uint32_t method = 0;  // of packing, as the format numbers it
+    std::uint32_t checkSum = 0;
     bool encrypted = false;
     bool special = false; // a link, a device, a pipe
+    bool folder = false;  // marked as one; others end in a separator
 };
 
 // Members by the offset of their packed data in the file.

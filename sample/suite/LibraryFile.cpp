@@ -1,7 +1,5 @@
 #include "sample/suite/LibraryFile.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -184,8 +182,10 @@ void SaveLibrary(const LibraryFile& library, const std::string& path) {
     std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     file.close();
-    if (file && std::rename(temporary.c_str(), path.c_str()) == 0) return;
-    unlink(temporary.c_str());
+    std::error_code failed = std::make_error_code(std::errc::io_error);
+    if (file) std::filesystem::rename(temporary, path, failed);
+    if (!failed) return;
+    std::filesystem::remove(temporary, failed);
     throw LibraryFileError("cannot write " + path);
 }
 

@@ -1,12 +1,11 @@
 // The suite's procedures over the sample's library files. Errors never leave a procedure: they are its result.
 #pragma GCC visibility push(default)
-#include "platform/linux/SuiteAbi.h"
+#include "sdk/KlwUpdt.h"
 #pragma GCC visibility pop
 
+#include "platform/NamePattern.h"
 #include "sample/suite/LibraryFile.h"
-
-#include <dlfcn.h>
-#include <fnmatch.h>
+#include "sample/suite/OwnFolder.h"
 
 #include <cstddef>
 #include <fstream>
@@ -103,13 +102,15 @@ std::int32_t Search(std::int32_t map, const std::function<bool(const std::string
 
 // First line of IniFile.txt beside this library.
 std::string IniFileFromFolder() {
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(&IniFileFromFolder), &info) == 0 || !info.dli_fname) return {};
-    const std::string self = info.dli_fname;
-    std::ifstream file(self.substr(0, self.rfind('/') + 1) + "IniFile.txt");
+    std::ifstream file(suite::OwnFolder() / "IniFile.txt");
     std::string line;
     std::getline(file, line);
     return line;
+}
+
+std::string Upper(std::string name) {
+    for (char& c : name) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
+    return name;
 }
 
 } // namespace
@@ -258,6 +259,6 @@ int32_t OM_SearchName(int32_t map, const char* name) {
 
 int32_t OM_SearchNameMask(int32_t map, const char* mask) {
     return Search(map, [mask](const std::string& candidate) {
-        return fnmatch(mask, candidate.c_str(), FNM_CASEFOLD | FNM_NOESCAPE) == 0;
+        return korlan::MatchesNamePattern(Upper(candidate), Upper(mask));
     });
 }

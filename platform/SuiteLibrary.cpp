@@ -1,12 +1,9 @@
 #include "platform/SuiteLibrary.h"
 
-#include "platform/Process.h"
 #include "platform/RuntimeError.h"
+#include "sdk/KlwUpdt.h"
+#include "platform/SuiteBinding.h"
 #include "platform/TextEncoding.h"
-#include "platform/linux/HostPath.h"
-#include "platform/linux/SuiteAbi.h"
-
-#include <dlfcn.h>
 
 #include <vector>
 
@@ -14,22 +11,10 @@ namespace korlan {
 
 namespace {
 
-void* SuiteLibrary() {
-    static void* library = nullptr; // stays loaded: the handles it gives out are the suite's
-    if (library) return library;
-    const std::string program = ProgramPath();
-    const std::string path = HostPath(program.substr(0, program.find_last_of('\\') + 1) + KLN_SUITE_LIBRARY);
-    library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!library) throw RuntimeError(kErrFileNotFound, std::string("File not found: ") + dlerror());
-    return library;
-}
-
 // A procedure of the suite's library. Each caller keeps its own in a static; a failed binding is tried again.
 template <typename Procedure>
 Procedure* Bind(const char* name) {
-    void* address = dlsym(SuiteLibrary(), name);
-    if (!address) throw RuntimeError(kErrNoLibraryEntry, std::string("No procedure ") + name + " in the suite library");
-    return reinterpret_cast<Procedure*>(address);
+    return reinterpret_cast<Procedure*>(SuiteProcedure(name));
 }
 
 std::string LibraryText(const char* text) {
@@ -44,13 +29,13 @@ void RequireSuccess(bool succeeded, const char* procedure) {
 
 void E_SetString(const std::string& name, const std::string& value) {
     static auto* const call = Bind<decltype(::E_SetString)>("E_SetString");
-    call(name.c_str(), value.c_str());
+    call(name.c_str(), TextForSuite(value).c_str());
 }
 
 std::string E_GetString(const std::string& name) {
     static auto* const call = Bind<decltype(::E_GetString)>("E_GetString");
     const char* value = call(name.c_str());
-    return value ? TextFromBytes(value) : std::string();
+    return value ? TextOfSuite(value) : std::string();
 }
 
 void DB_CreateDataBase() {
@@ -62,7 +47,7 @@ void E_GetPartInfo(const std::string& libraryPath, std::span<PartInformation> re
     static auto* const call = Bind<decltype(::E_GetPartInfo)>("E_GetPartInfo");
     std::vector<SuitePartInformation> filled(records.size());
     const auto room = static_cast<std::int32_t>(records.size());
-    const std::int32_t count = call(HostPath(libraryPath).c_str(), room, filled.data());
+    const std::int32_t count = call(PathForSuite(libraryPath).c_str(), room, filled.data());
     RequireSuccess(count >= 0 && count <= room, "E_GetPartInfo");
     for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
         records[i] = {LibraryText(filled[i].name), LibraryText(filled[i].second), LibraryText(filled[i].descriptor)};
@@ -70,7 +55,7 @@ void E_GetPartInfo(const std::string& libraryPath, std::span<PartInformation> re
 
 LibraryHandle E_OpenLibrary(const std::string& path, const std::string& libraryType, std::int32_t mode) {
     static auto* const call = Bind<decltype(::E_OpenLibrary)>("E_OpenLibrary");
-    return call(HostPath(path).c_str(), libraryType.c_str(), mode);
+    return call(PathForSuite(path).c_str(), libraryType.c_str(), mode);
 }
 
 bool E_OpenLibToRead(LibraryHandle library, const std::string& elementName) {
