@@ -30,13 +30,13 @@ std::vector<std::string> SplitArguments(const std::string& commandLine) {
 void TakeFolder(std::string folder) {
     std::int32_t failed = 0;
     CheckFolderPath(folder, failed);
-    if (failed == 0) Suite.SysPath = folder;
+    if (failed == 0) Settings.SysPath = folder;
 }
 
 // A pattern finds a name that it does not end with, so only a plain name is taken.
 void TakeFile(const std::string& argument) {
     const std::string found = FindNormalFile(argument);
-    if (!found.empty() && LowerCase(argument).ends_with(LowerCase(found))) Suite.CommandFile = argument;
+    if (!found.empty() && LowerCase(argument).ends_with(LowerCase(found))) Settings.CommandFile = argument;
 }
 
 // Kept: the letters end at Y, so drive Z is tried as a folder.
@@ -48,8 +48,8 @@ bool IsBareDrive(const std::string& path) {
 } // namespace
 
 void ParseCommandLine() {
-    Suite.SysPath = GetAppFolder() + "\\sys";
-    Suite.CommandFile.clear();
+    Settings.SysPath = GetAppFolder() + "\\sys";
+    Settings.CommandFile.clear();
     const std::vector<std::string> arguments = SplitArguments(ProgramCommandLine());
     if (arguments.size() > kMostArguments) return; // kept: even a valid one among them is not taken
     for (const std::string& argument : arguments) {

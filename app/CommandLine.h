@@ -6,8 +6,8 @@
 
 namespace korlan {
 
-// Sets Suite.SysPath (program folder + "\sys" unless the command line names another that is there) and
-// Suite.CommandFile. A folder that cannot be entered shows a warning.
+// Sets Settings.SysPath (program folder + "\sys" unless the command line names another that is there) and
+// Settings.CommandFile. A folder that cannot be entered shows a warning.
 void ParseCommandLine();
 
 // Upper-cases the path in place. failed = 0 when the folder can be entered or is a bare drive; otherwise a warning is

@@ -42,12 +42,12 @@ void RefuseWhileSuiteRuns() {
 
 void ReadInstallation() {
     ParseCommandLine();
-    AddBackslash(Suite.SysPath);
+    AddBackslash(Settings.SysPath);
     frmUpdate.form.Move(ScreenWidth() / 2 - frmUpdate.form.Width() / 2,
                         ScreenHeight() / 2 - frmUpdate.form.Height() / 2);
     frmUpdate.lblUpdate.SetCaption("");
-    Run.CancelRequested = 0;
-    Suite.IniFilePath = Suite.SysPath + "TESSARY.INI";
+    Flags.CancelRequested = 0;
+    Settings.IniFilePath = Settings.SysPath + "TESSARY.INI";
     ReadSuiteSettings();
     LoadLocalisation();
 }
@@ -56,7 +56,7 @@ void BuildWindow() {
     SetTempFolder();
     ApplyLanguageToForm();
     FormFill();
-    Run.StatusSpinner = "|";
+    Flags.StatusSpinner = "|";
     frmUpdate.form.Show();
     frmUpdate.form.Refresh();
 }
@@ -120,14 +120,14 @@ void Form_Load() {
 
 void Form_QueryUnload(std::int16_t& cancel, std::int32_t /*mode*/) {
     if (frmUpdate.IsBusy != 0) cancel = -1;
-    if (Run.HelpShown == 0) return;
+    if (Flags.HelpShown == 0) return;
     OpenCompiledHelp("", HelpCommand::CloseAll, 0);
-    Run.HelpShown = 0;
+    Flags.HelpShown = 0;
 }
 
 void Form_Unload() {
     Tables.CatalogueDatabase.reset();
-    if (Run.UpdateSucceeded != 0 && Run.NewUpdaterLoaded != 0) StartCompanion();
+    if (Flags.UpdateSucceeded != 0 && Flags.NewUpdaterLoaded != 0) StartCompanion();
     EndProcess();
 }
 
@@ -152,7 +152,7 @@ void FormFill() {
 void InitLibraryInterface() {
     try {
         E_SetString("ServerPath", GetAppFolder());
-        if (const std::string iniFile = E_GetString("IniFile"); !iniFile.empty()) Suite.IniFilePath = iniFile;
+        if (const std::string iniFile = E_GetString("IniFile"); !iniFile.empty()) Settings.IniFilePath = iniFile;
         DB_CreateDataBase();
     } catch (const RuntimeError&) { // what was reached before the error stays
     }

@@ -31,7 +31,7 @@ void Quietly(Handler handler) {
 }
 
 std::string InTempFolder(const std::string& name) {
-    return Suite.TempFolder + "\\" + name;
+    return Settings.TempFolder + "\\" + name;
 }
 
 // True when the file of that name came from the server into the temporary folder.
@@ -40,7 +40,7 @@ bool Fetch(const std::string& name) {
     std::int32_t expectedSize = 0;
     std::int32_t showStatus = 1;
     std::string label;
-    DownloadFile(Suite.UpdateUrl + "/" + name, InTempFolder(name), done, expectedSize, label, showStatus);
+    DownloadFile(Settings.UpdateUrl + "/" + name, InTempFolder(name), done, expectedSize, label, showStatus);
     return done != 0; // an unknown size always counts as a failed download, so that flag says nothing here
 }
 
@@ -53,7 +53,7 @@ std::string FirstLine(const std::string& path) {
 }
 
 void ShowConnectionError() {
-    if (Run.CancelRequested != 0) EndProcess();
+    if (Flags.CancelRequested != 0) EndProcess();
     frmUpdate.WizardState = 1;
     frmUpdate.cmdUpdate.SetVisible(false);
     frmUpdate.cmdCancel.SetCaption(GetLocalText("&Close", "9917"));
@@ -92,7 +92,7 @@ void ShowNoUpdates() {
 
 // What Update and Retry alike do when no transfer failed.
 void EndRun() {
-    if (Run.CancelRequested != 0) EndProcess();
+    if (Flags.CancelRequested != 0) EndProcess();
     frmUpdate.cmdCancel.SetEnabled(false);
     frmUpdate.IsBusy = 0;
     frmUpdate.UpdateDone = 1;
@@ -104,20 +104,20 @@ void EndRun() {
 
 void RecordSuccess(const std::string& message) {
     UpdateIniFile();
-    Run.UpdateSucceeded = 1;
+    Flags.UpdateSucceeded = 1;
     EditMsgline(message);
 }
 
 void Update() {
-    Run.DownloadFailed = 0;
+    Flags.DownloadFailed = 0;
     frmUpdate.IsBusy = 1;
-    Run.UpdateSucceeded = 0;
+    Flags.UpdateSucceeded = 0;
     frmUpdate.cmdUpdate.SetEnabled(false);
     frmUpdate.cmdHelp.SetEnabled(false);
     frmUpdate.lvwFilesList.SetLocked(true);
     CreateNewFolders();
     const std::int32_t failed = UpdateFilesFromWeb();
-    if (Run.DownloadFailed == 1) return; // the run has shown Retry; the window stays busy
+    if (Flags.DownloadFailed == 1) return; // the run has shown Retry; the window stays busy
     EndRun();
     frmUpdate.cmdCancel.SetCaption(GetLocalText("Next", "327"));
     if (failed == 0) RecordSuccess(GetLocalText("Live Update completed Successfully", "10486"));
@@ -128,7 +128,7 @@ void Retry() {
     frmUpdate.CmdRetry.SetEnabled(false);
     frmUpdate.IsRetry = 1;
     const std::int32_t failed = UpdateFilesFromWeb();
-    if (Run.DownloadFailed != 1) {
+    if (Flags.DownloadFailed != 1) {
         EndRun();
         if (failed != 0) return;
         RecordSuccess(GetLocalText("Live Update completed Successfully", "991860"));
@@ -158,7 +158,7 @@ void QuitWhileBusy() {
     if (ShowMsgBox(question, kBoxYesNo + kBoxQuestion, GetSysName()) != kAnswerYes) return;
     RegistryWrite(kSettingsApplication, kSettingsSection, "LiveDay", "0");
     RegistryWrite(kSettingsApplication, kSettingsSection, "NxtLiveDay", "0");
-    Run.CancelRequested = 1;
+    Flags.CancelRequested = 1;
     EndProcess();
 }
 
@@ -169,8 +169,8 @@ void Cancel() {
     } else if (frmUpdate.IsBusy != 0) {
         QuitWhileBusy();
     } else {
-        if (Run.UpdateSucceeded == 1) CleanUpTemporaryFiles();
-        Run.CancelRequested = 1;
+        if (Flags.UpdateSucceeded == 1) CleanUpTemporaryFiles();
+        Flags.CancelRequested = 1;
         EndProcess();
     }
 }
@@ -242,7 +242,7 @@ void ShowReminderOptions(const std::string& heading) {
 
 void ShowHelp(const std::string& file, HelpCommand command, std::int32_t data) {
     OpenCompiledHelp(Left(file, static_cast<std::int64_t>(file.size()) - 3) + "chm", command, data);
-    Run.HelpShown = -1;
+    Flags.HelpShown = -1;
 }
 
 } // namespace korlan

@@ -37,7 +37,7 @@ bool FetchInBlocks(const std::string& url, const std::string& path, std::int32_t
     std::int32_t showStatus = 1;
     std::string label = "BENCH.ZIP";
     DownloadFile(url, path, done, size, label, showStatus);
-    return done == 1 && Run.DownloadFailed == 0;
+    return done == 1 && Flags.DownloadFailed == 0;
 }
 
 template <typename Fetch>

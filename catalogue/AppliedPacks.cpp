@@ -55,7 +55,7 @@ bool IsApplied(const SPRecord& pack, const std::unordered_set<std::string>& inst
 void IniWebR() {
     ReadList(kPackSection, Tables.AppliedSPList);
     ReadList(kModelSection, Tables.AppliedSPCList);
-    Suite.SuiteVersion = ReadIniString("Tessary", "Ver", "?");
+    Settings.SuiteVersion = ReadIniString("Tessary", "Ver", "?");
 }
 
 void UpdateIniFile() {

@@ -63,14 +63,14 @@ void MergeFolderRow(const FileRecord& record) {
 void FetchServicePack(std::int32_t index, std::string& cataloguePath, std::int32_t& result) {
     SPRecord& pack = Tables.FileArraySP[index];
     RequireInsideFolder(pack.FileName);
-    cataloguePath = Suite.TempFolder + "\\" + pack.FileName;
+    cataloguePath = Settings.TempFolder + "\\" + pack.FileName;
     LiveUpdateStatus();
     pack.Files.Clear();
     std::int32_t expectedSize = 0;
     std::int32_t showStatus = 1;
     std::string label;
     // Kept: result is the transfer's completion flag and is not reset between packs.
-    DownloadFile(Suite.UpdateUrl + "/" + pack.FileName, cataloguePath, result, expectedSize, label, showStatus);
+    DownloadFile(Settings.UpdateUrl + "/" + pack.FileName, cataloguePath, result, expectedSize, label, showStatus);
     if (result != 0) GetFilesInsideSP(cataloguePath, index);
 }
 
@@ -86,7 +86,7 @@ void GetLatestFiles(std::string& cataloguePath, std::int32_t& result) {
         Tables.FolderIndex.Clear();
         for (std::int32_t i = 1; i <= Tables.FileArraySP.UpperBound(); ++i) {
             FetchServicePack(i, cataloguePath, result);
-            if (Run.CancelRequested != 0) break;
+            if (Flags.CancelRequested != 0) break;
         }
         result = 1;
     } catch (const RuntimeError&) {

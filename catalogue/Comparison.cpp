@@ -60,7 +60,7 @@ void CompareRecord(std::int32_t index, std::unordered_set<std::string>& handled)
     if (record.UpdateFlag != 1) return;
     record.LocalFile = targetPath;
     record.ServerZipName = record.FileZipName;
-    record.TempZipFile = Suite.TempFolder + "\\" + record.ServerZipName;
+    record.TempZipFile = Settings.TempFolder + "\\" + record.ServerZipName;
     record.LocalFolder = folder;
 }
 

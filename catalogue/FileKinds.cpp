@@ -20,8 +20,8 @@ bool CheckLibPartFile(std::int32_t index) {
 
 bool CheckOtherLibFile(std::int32_t index) {
     const std::string extension = FileExtension(Tables.FileArray[index].FileName);
-    Run.LibElementKind = extension == "SYMBOL" ? 2 : extension == "PACKAGE" ? 3 : extension == "PADSTACK" ? 4 : 0;
-    return Run.LibElementKind != 0;
+    Flags.LibElementKind = extension == "SYMBOL" ? 2 : extension == "PACKAGE" ? 3 : extension == "PADSTACK" ? 4 : 0;
+    return Flags.LibElementKind != 0;
 }
 
 } // namespace korlan

@@ -13,6 +13,6 @@ std::string FileExtension(const std::string& fileName); // upper-cased
 bool CheckSPCFile(std::int32_t index);     // simulation models
 bool CheckLibPartFile(std::int32_t index); // part libraries
 bool CheckOtherLibFile(
-    std::int32_t index); // symbol, package, padstack libraries; sets Run.LibElementKind to 2, 3, 4, else 0
+    std::int32_t index); // symbol, package, padstack libraries; sets Flags.LibElementKind to 2, 3, 4, else 0
 
 } // namespace korlan

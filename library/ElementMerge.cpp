@@ -200,8 +200,8 @@ void FillItemsList(const std::string& libraryPath) {
 }
 
 void SaveToLib(const std::string& sourceLibrary, const std::string& targetLibrary) {
-    if (Run.LibElementKind < kPartKind || Run.LibElementKind > kPadstackKind) return;
-    Merge merge{kKinds[Run.LibElementKind - 1], sourceLibrary, targetLibrary};
+    if (Flags.LibElementKind < kPartKind || Flags.LibElementKind > kPadstackKind) return;
+    Merge merge{kKinds[Flags.LibElementKind - 1], sourceLibrary, targetLibrary};
     try {
         FillItemsList(sourceLibrary);
     } catch (const RuntimeError&) { // without the suite's library there is nothing to merge

@@ -21,7 +21,7 @@ extern LibraryElements Elements;
 // is a part library, any other a symbol library. Errors of the suite's library go to the caller.
 void FillItemsList(const std::string& libraryPath);
 
-// Merges every element of the source into the target, by Run.LibElementKind (1 part, 2 symbol, 3 package, 4 padstack;
+// Merges every element of the source into the target, by Flags.LibElementKind (1 part, 2 symbol, 3 package, 4 padstack;
 // any other kind does nothing). Both are full paths of existing files. An element that fails is reported and left; a
 // library that cannot be opened, or Cancel at the overwrite question, ends the merge. Run-time errors end the merge of
 // their element without a message. Shows boxes and the message line.

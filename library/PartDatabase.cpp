@@ -87,7 +87,7 @@ void SetTextColumns(Recordset& rows, const PartRow& row, const std::string& libr
 }
 
 std::string LibraryFolder() {
-    std::string folder = Suite.LibDir;
+    std::string folder = Settings.LibDir;
     AddBackslash(folder);
     return folder;
 }

@@ -58,7 +58,7 @@ void AddToList(Table<Entry>& list, const char* section, const std::string& libra
                const std::string& value) {
     if (PlaceOf(list, libraryName) != 0) return;
     list.Append(std::move(entry));
-    WriteProfileValue(section, DecimalText(list.UpperBound()), value, Suite.IniFilePath);
+    WriteProfileValue(section, DecimalText(list.UpperBound()), value, Settings.IniFilePath);
 }
 
 void AddToSequence(const std::string& libraryName, std::int32_t kind) {

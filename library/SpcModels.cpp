@@ -38,26 +38,26 @@ void RequestRebuild() {
 }
 
 void AppendModels(std::int32_t& success, const FileRecord& record, std::int32_t index) {
-    const std::string workFile = Suite.TempFolder + "\\" + record.FileName;
+    const std::string workFile = Settings.TempFolder + "\\" + record.FileName;
     if (FileExists(workFile)) RemoveFile(workFile);
-    if (!Extract(record, index, Suite.TempFolder + "\\")) return;
+    if (!Extract(record, index, Settings.TempFolder + "\\")) return;
     if (FileLength(workFile) > kMostModels) return RemoveFile(workFile); // as good as not extracted
     SetAttributesNormal(record.LocalFile);
     CopyContentsToSPC(success, workFile, record.LocalFile);
-    if (record.LocalFolder == Suite.SysDir + "\\") RequestRebuild(); // kept: minds the case
+    if (record.LocalFolder == Settings.SysDir + "\\") RequestRebuild(); // kept: minds the case
     RemoveFile(workFile);
 }
 
 void InstallNewFile(const FileRecord& record, std::int32_t index) {
     if (!Extract(record, index, record.LocalFolder)) return;
-    if (UpperCase(record.LocalFolder) == UpperCase(Suite.SysDir + "\\")) RequestRebuild(); // kept: does not mind it
+    if (UpperCase(record.LocalFolder) == UpperCase(Settings.SysDir + "\\")) RequestRebuild(); // kept: does not mind it
 }
 
 void RecordApplied(const std::string& archiveName) {
     Tables.AppliedSPCList.Append(archiveName);
     const std::string number = DecimalText(Tables.AppliedSPCList.UpperBound());
-    WriteProfileValue(kAppliedSection, "number", number, Suite.IniFilePath);
-    WriteProfileValue(kAppliedSection, number, archiveName, Suite.IniFilePath);
+    WriteProfileValue(kAppliedSection, "number", number, Settings.IniFilePath);
+    WriteProfileValue(kAppliedSection, number, archiveName, Settings.IniFilePath);
 }
 
 } // namespace
@@ -84,12 +84,12 @@ void CopyContentsToSPC(std::int32_t& /*success*/, const std::string& newFile, co
 }
 
 void ReCreateMDBFileforSPC(std::int32_t& result) {
-    result = WriteProfileValue(kRebuildSection, "SPCFILEMDB", "1", Suite.IniFilePath) == 0 ? 0 : 1;
+    result = WriteProfileValue(kRebuildSection, "SPCFILEMDB", "1", Settings.IniFilePath) == 0 ? 0 : 1;
 }
 
 void LiveUpdateStatusSPC() {
-    TurnSpinner(Run.StatusSpinner);
-    EditMsgline("SPC Files are updated..." + Run.StatusSpinner);
+    TurnSpinner(Flags.StatusSpinner);
+    EditMsgline("SPC Files are updated..." + Flags.StatusSpinner);
 }
 
 } // namespace korlan

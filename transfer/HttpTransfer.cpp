@@ -26,7 +26,7 @@ std::string EscapedUrl(const std::string& url) {
 
 bool YieldUnlessCancelled() {
     DoEvents();
-    return Run.CancelRequested == 0;
+    return Flags.CancelRequested == 0;
 }
 
 class HttpSession {
@@ -94,17 +94,17 @@ void ReadToFile(HttpHandle url, OutputFile& file, Progress& progress, std::int32
     do {
         std::size_t read = 0;
         const bool well = ReadHttpBlock(url, block, read);
-        if (!well && Run.CancelRequested != 0) throw RuntimeError(kErrDeliberateAbort);
+        if (!well && Flags.CancelRequested != 0) throw RuntimeError(kErrDeliberateAbort);
         if (read == 0) {
             file.Close(); // a disk that is full now is an error like one that was full before
-            Run.DownloadFailed = 1;
+            Flags.DownloadFailed = 1;
             return;
         }
         file.Write({block.data(), read});
         progress.Add(read);
         if (showStatus != 0) LiveUpdateStatus();
         DoEvents();
-    } while (Run.CancelRequested == 0);
+    } while (Flags.CancelRequested == 0);
 }
 
 } // namespace
@@ -119,8 +119,8 @@ void DownloadFile(const std::string& url, const std::string& saveAs, std::int32_
         OutputFile file(saveAs, OutputFile::Mode::Create);
         Progress progress(fileName, fileSize);
         ReadToFile(opened, file, progress, showStatus);
-        if (progress.Complete()) Run.DownloadFailed = 0;
-        if (Run.CancelRequested != 0) throw RuntimeError(kErrDeliberateAbort);
+        if (progress.Complete()) Flags.DownloadFailed = 0;
+        if (Flags.CancelRequested != 0) throw RuntimeError(kErrDeliberateAbort);
         done = 1;
     } catch (const RuntimeError&) { // the caller looks at done and DownloadFailed; nothing is shown
     }

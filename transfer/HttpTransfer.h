@@ -17,7 +17,7 @@ std::int32_t GetWebFileInformation(const std::string& url, std::int32_t& size, b
 // done: 1 on completion, whatever the size; left alone on an error or Cancel, which leave a partial file.
 // fileSize: the size expected in bytes; 0 = unknown, which shows no progress and counts as failed.
 // fileName: label of the progress text. showStatus: not 0 turns the status line at every block.
-// Run.DownloadFailed: at the end of the data 0 when the last rounded percentage is 100, else 1; left alone by Cancel
+// Flags.DownloadFailed: at the end of the data 0 when the last rounded percentage is 100, else 1; left alone by Cancel
 // and by errors. Cancel ends any wait for the server.
 void DownloadFile(const std::string& url, const std::string& saveAs, std::int32_t& done, std::int32_t& fileSize,
                   std::string& fileName, std::int32_t& showStatus);

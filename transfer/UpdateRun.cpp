@@ -72,7 +72,7 @@ bool Extract(const FileRecord& record, std::int32_t index, std::string folder) {
 
 // Whether the archive left over from an earlier run holds the catalogue's version of the file.
 bool ArchiveIsCurrent(const FileRecord& record, std::int32_t index) {
-    std::string folder = Suite.TempFolder;
+    std::string folder = Settings.TempFolder;
     AddBackslash(folder);
     Extract(record, index, folder);
     const std::string extracted = folder + record.FileName;
@@ -85,18 +85,18 @@ bool ArchiveIsCurrent(const FileRecord& record, std::int32_t index) {
 
 void FetchArchive(FileRecord& record, const std::string& url, std::int32_t size, std::int32_t showStatus) {
     const std::string archive = Replace(record.ServerZipName, "/", "\\");
-    CreateFoldersBelow(Suite.TempFolder, Left(archive, std::max<std::int64_t>(InStrRev(archive, "\\") - 1, 0)));
+    CreateFoldersBelow(Settings.TempFolder, Left(archive, std::max<std::int64_t>(InStrRev(archive, "\\") - 1, 0)));
     std::int32_t done = 0;
     std::string label = record.FileName;
     DownloadFile(url, record.TempZipFile, done, size, label, showStatus);
-    if (Run.DownloadFailed != 1 && done != 0) record.TransferState = 1;
+    if (Flags.DownloadFailed != 1 && done != 0) record.TransferState = 1;
 }
 
 void TransferRecord(const Place& place) {
     FileRecord& record = Tables.FileArray[place.index];
     ListView& list = frmUpdate.lvwFilesList;
     EditMsgline(GetLocalText("Transferring : ", "991877") + record.FileName);
-    const std::string url = Suite.UpdateUrl + "/" + record.ServerZipName;
+    const std::string url = Settings.UpdateUrl + "/" + record.ServerZipName;
     record.TransferState = 0;
 
     const bool leftOver = FileExists(record.TempZipFile);
@@ -130,7 +130,7 @@ bool DownloadPass(Place& place) {
         if (record.UpdateFlag != 1) continue;
         ++place.row;
         if (frmUpdate.lvwFilesList.Row(place.row).checked) TransferRecord(place);
-        if (Run.DownloadFailed != 1) continue;
+        if (Flags.DownloadFailed != 1) continue;
         if (FileExists(record.TempZipFile)) EraseFile(record.TempZipFile);
         ShowRetry(GetLocalText("Live Update Failed.Click Retry to try again", "991851"));
         return false;
@@ -162,7 +162,7 @@ void InstallPartLibrary(const FileRecord& record, const Place& place) {
         ReportFailure(record, "File not updated properly : "); // kept: not localised here
         return;
     }
-    if (Trim(Suite.SuiteVersion) != "1.20") { // installations of that version have their index left alone
+    if (Trim(Settings.SuiteVersion) != "1.20") { // installations of that version have their index left alone
         UpdateLibDBDeleteFile(record.FileName);
         UpdateLibDBAddFileElements(record.FileName);
     }
@@ -185,7 +185,7 @@ void InstallOther(const FileRecord& record, const Place& place) {
         ReportFailure(record, GetLocalText("File not updated properly : ", "991853"));
         return;
     }
-    if (CheckOtherLibFile(place.index)) UpdateLibSSQ(record.FileName, Run.LibElementKind);
+    if (CheckOtherLibFile(place.index)) UpdateLibSSQ(record.FileName, Flags.LibElementKind);
     if (UpperCase(record.FileName) == "SUBCIR.IDX") {
         std::int32_t written = 0;
         ReCreateMDBFileforSPC(written);
@@ -202,7 +202,7 @@ void InstallPass(Place& place) {
         ++place.row;
         if (record.TransferState != 1) continue;
         EditMsgline(GetLocalText("Uncompressing : ", "991878") + record.FileName);
-        if (UpperCase(record.FileName) == "KLNUPDTA.EXE") Run.NewUpdaterLoaded = 1;
+        if (UpperCase(record.FileName) == "KLNUPDTA.EXE") Flags.NewUpdaterLoaded = 1;
         if (CheckLibPartFile(place.index)) {
             InstallPartLibrary(record, place);
         } else if (CheckSPCFile(place.index)) {
@@ -215,7 +215,7 @@ void InstallPass(Place& place) {
 }
 
 void EndInError(const Place& place) {
-    Run.DownloadFailed = 1;
+    Flags.DownloadFailed = 1;
     if (place.index >= 1 && place.index <= Tables.FileArray.UpperBound()) {
         const FileRecord& record = Tables.FileArray[place.index];
         // Kept: it is the installed file that goes, not the archive.
@@ -229,7 +229,7 @@ void EndInError(const Place& place) {
 std::int32_t UpdateFilesFromWeb() {
     Place place;
     try {
-        Run.NewUpdaterLoaded = 0;
+        Flags.NewUpdaterLoaded = 0;
         Tables.UpdatedFiles.Clear();
         if (frmUpdate.IsRetry == 0) frmUpdate.ResumeIndex = 1;
         if (DownloadPass(place)) InstallPass(place);
@@ -254,10 +254,10 @@ void CreateNewFolders() {
 void CleanUpTemporaryFiles() {
     try {
         FileListBox& files = frmUpdate.files_temp;
-        files.SetPath(Suite.TempFolder);
+        files.SetPath(Settings.TempFolder);
         const std::int32_t count = files.ListCount();
         for (std::int32_t i = 0; i < count; ++i) {
-            const std::string path = Suite.TempFolder + "\\" + files.List(i);
+            const std::string path = Settings.TempFolder + "\\" + files.List(i);
             SetAttributesNormal(path);
             EraseFile(path);
         }

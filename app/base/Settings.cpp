@@ -10,7 +10,7 @@
 
 namespace korlan {
 
-SuiteSettings Suite;
+SuiteSettings Settings;
 
 namespace {
 
@@ -35,17 +35,17 @@ constexpr InstallationFolder kFolders[] = {
 } // namespace
 
 std::string ReadIniString(const std::string& section, const std::string& key, const std::string& fallback) {
-    return ReadProfileValue(section, key, fallback, kIniBufferSize, Suite.IniFilePath);
+    return ReadProfileValue(section, key, fallback, kIniBufferSize, Settings.IniFilePath);
 }
 
 void WriteIniString(const std::string& section, const std::string& key, const std::string& value,
                     std::int32_t& failed) {
-    const std::int32_t code = WriteProfileValue(section, key, value, Suite.IniFilePath);
+    const std::int32_t code = WriteProfileValue(section, key, value, Settings.IniFilePath);
     failed = code == 0 ? 0 : 1;
     if (failed == 0) return;
-    ShowMsgBox(GetLocalText("Can't create/write to file: ", "99335") + Suite.IniFilePath + "\n" +
+    ShowMsgBox(GetLocalText("Can't create/write to file: ", "99335") + Settings.IniFilePath + "\n" +
                    DescribeSystemError(code),
-               kBoxExclamation, Suite.SysName);
+               kBoxExclamation, Settings.SysName);
 }
 
 void RegistryWrite(const std::string& application, const std::string& section, const std::string& key,
@@ -57,22 +57,22 @@ void RegistryWrite(const std::string& application, const std::string& section, c
 }
 
 void ReadSuiteSettings() {
-    Suite.SysName = ReadIniString("Tessary", "SysName", "Korlan");
+    Settings.SysName = ReadIniString("Tessary", "SysName", "Korlan");
     for (const InstallationFolder& entry : kFolders)
-        Suite.*entry.folder = ReadIniString("Tessary", entry.key, "C:\\" + Suite.SysName + "\\" + entry.code);
-    Suite.UpdateUrl = Trim(ReadIniString("WEB", "UPDATEONLINE", kDefaultUpdateUrl));
+        Settings.*entry.folder = ReadIniString("Tessary", entry.key, "C:\\" + Settings.SysName + "\\" + entry.code);
+    Settings.UpdateUrl = Trim(ReadIniString("WEB", "UPDATEONLINE", kDefaultUpdateUrl));
 }
 
 std::string GetSysName() {
-    return Suite.SysName;
+    return Settings.SysName;
 }
 
 void SetTempFolder() {
     std::string folder = GetAppFolder();
     AddBackslash(folder);
-    Suite.TempFolder = folder + "Temp";
+    Settings.TempFolder = folder + "Temp";
     try {
-        TryFolder(Suite.TempFolder);
+        TryFolder(Settings.TempFolder);
     } catch (const RuntimeError&) { // a missing folder is not reported here
     }
 }
@@ -83,7 +83,7 @@ void GetKorlanFilePath(const std::string& cataloguePath, std::string& installati
     const std::string code = UpperCase(Piece(pieces, 1));
     for (const InstallationFolder& entry : kFolders) {
         if (code != entry.code) continue;
-        installationPath = Suite.*entry.folder;
+        installationPath = Settings.*entry.folder;
         for (std::size_t i = 2; i < pieces.size(); ++i) installationPath += "\\" + UpperCase(pieces[i]);
         return;
     }

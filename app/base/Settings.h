@@ -18,7 +18,7 @@ struct SuiteSettings {
     std::string TempFolder; // program folder + "\Temp"
 };
 
-extern SuiteSettings Suite;
+extern SuiteSettings Settings;
 
 // The application and section under which the per-user settings lie.
 inline constexpr const char* kSettingsApplication = "Korlan";

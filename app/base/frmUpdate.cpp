@@ -6,7 +6,7 @@
 namespace korlan {
 
 FrmUpdate frmUpdate;
-RunFlags Run;
+RunFlags Flags;
 
 namespace {
 
@@ -67,9 +67,10 @@ void EditMsgline(const std::string& text) {
 }
 
 void LiveUpdateStatus() {
-    TurnSpinner(Run.StatusSpinner);
-    frmUpdate.lblUpdate.SetCaption(GetLocalText("Searching for updated ", "991846") + Suite.SysName +
-                                   GetLocalText(" files. This may take some time.....", "991847") + Run.StatusSpinner);
+    TurnSpinner(Flags.StatusSpinner);
+    frmUpdate.lblUpdate.SetCaption(GetLocalText("Searching for updated ", "991846") + Settings.SysName +
+                                   GetLocalText(" files. This may take some time.....", "991847") +
+                                   Flags.StatusSpinner);
 }
 
 } // namespace korlan

@@ -53,7 +53,7 @@ struct RunFlags {
     std::int32_t LibElementKind = 0; // 2 symbol, 3 package, 4 padstack, 0 none of them
 };
 
-extern RunFlags Run;
+extern RunFlags Flags;
 
 // Turns "|" to "/", "/" to "-", "-" to "\", "\" to "|"; anything else stays.
 void TurnSpinner(std::string& spinner);

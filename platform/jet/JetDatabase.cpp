@@ -27,8 +27,8 @@ std::unique_ptr<JetTable::Cells> JetTable::Convert(const Column& column) {
         const std::size_t before = cells->texts.size();
         bool isNull = false;
         if (column.type == ColumnType::YesNo) {
-            cells->texts.append(YesNoText(YesNoOfRow(file_->Form(), row, column)));
-        } else if (const auto field = FieldOfRow(file_->Form(), definition_, row, column)) {
+            cells->texts.append(YesNoText(YesNoOfRow(file_->PageLayout(), row, column)));
+        } else if (const auto field = FieldOfRow(file_->PageLayout(), definition_, row, column)) {
             AppendValue(cells->texts, *file_, column, *field, budget_);
         } else {
             isNull = true;
@@ -51,7 +51,7 @@ std::optional<ByteView> CatalogueField(const JetFile& file, const TableDefinitio
     for (const Column& column : catalogue.columns) {
         if (!SameName(column.name, name)) continue;
         Require(column.type == type, "a catalogue of another form");
-        return FieldOfRow(file.Form(), catalogue, row, column);
+        return FieldOfRow(file.PageLayout(), catalogue, row, column);
     }
     Damaged("a catalogue of another form");
 }

@@ -61,7 +61,7 @@ public:
     JetFile(std::string bytes, CodePageDecoder decoder);
 
     bool IsJet3() const { return isJet3_; }
-    const Layout& Form() const { return *layout_; }
+    const Layout& PageLayout() const { return *layout_; }
     std::size_t Size() const { return bytes_.size(); }
     std::uint32_t PageCount() const { return static_cast<std::uint32_t>(bytes_.size() / layout_->pageSize); }
     ByteView Page(std::uint64_t number, PageType type) const;

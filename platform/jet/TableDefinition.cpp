@@ -39,7 +39,7 @@ Column ReadDescriptor(const Layout& form, ByteView descriptor) {
 
 // Reads the name at `at` and returns the offset after it.
 std::size_t ReadName(const JetFile& file, ByteView definition, std::size_t at, std::string& name) {
-    const std::size_t numberSize = file.Form().numberSize;
+    const std::size_t numberSize = file.PageLayout().numberSize;
     const std::size_t length = numberSize == 1 ? definition.U8(at) : definition.U16(at);
     file.AppendNameText(name, definition.Part(at + numberSize, length).Chars());
     return at + numberSize + length;
@@ -62,7 +62,7 @@ void RequireSoundColumns(const TableDefinition& table) {
 } // namespace
 
 TableDefinition ReadTableDefinition(const JetFile& file, std::uint32_t page) {
-    const Layout& form = file.Form();
+    const Layout& form = file.PageLayout();
     const std::string joined = JoinedDefinition(file, page);
     const ByteView bytes(joined);
     TableDefinition table;

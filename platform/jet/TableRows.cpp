@@ -33,7 +33,7 @@ std::vector<std::uint32_t> PagesOfTable(const JetFile& file, RowPointer usageMap
         return pages;
     }
     Require(kind == 1, "a usage map of unknown kind");
-    const std::uint64_t pagesPerBitmap = (file.Form().pageSize - kBitmapAt) * 8;
+    const std::uint64_t pagesPerBitmap = (file.PageLayout().pageSize - kBitmapAt) * 8;
     for (std::size_t k = 0; k < (row.bytes.Size() - 1) / 4; ++k) {
         const std::uint32_t bitmapPage = row.bytes.U32(1 + 4 * k);
         if (bitmapPage == 0) continue;
@@ -143,7 +143,7 @@ std::vector<ByteView> ReadTableRows(const JetFile& file, const TableDefinition& 
             if ((row.flags & kRowDeleted) != 0) continue;
             rows.push_back((row.flags & kRowMoved) != 0 ? MovedRow(file, table, row.bytes) : row.bytes);
             budget.Spend(rows.back().Size() + kRowCost);
-            Require(RowFrame(file.Form(), rows.back()).columnCount <= table.highestColumn,
+            Require(RowFrame(file.PageLayout(), rows.back()).columnCount <= table.highestColumn,
                     "a row with too many columns");
         }
     }

@@ -86,28 +86,28 @@ bool IsAscii(std::string_view text) {
 
 } // namespace
 
-// --- Forms -----------------------------------------------------------------------------------------------------------
+// --- Coding ----------------------------------------------------------------------------------------------------------
 
 void ProfileText::Decode(std::string_view bytes) {
     if (bytes.starts_with(kUtf16Mark)) {
-        form_ = Form::Utf16;
+        coding_ = Coding::Utf16;
         if (bytes.size() % 2 != 0) oddByte_ = bytes.back();
         text_ = TextFromUtf16(bytes.substr(kUtf16Mark.size()));
     } else if (IsValidUtf8(bytes)) {
-        form_ = IsAscii(bytes) ? Form::Ascii : Form::Utf8;
+        coding_ = IsAscii(bytes) ? Coding::Ascii : Coding::Utf8;
         text_ = bytes;
     } else {
-        form_ = Form::CodePage;
+        coding_ = Coding::CodePage;
         text_ = TextFromCodePage(bytes);
     }
 }
 
 std::string ProfileText::Encode(const std::string& text) const {
-    switch (form_) {
-    case Form::Utf16: return std::string(kUtf16Mark) + Utf16FromText(text) + oddByte_;
-    case Form::CodePage: return BytesFromText(text);
-    case Form::Utf8: return text;
-    case Form::Ascii: break;
+    switch (coding_) {
+    case Coding::Utf16: return std::string(kUtf16Mark) + Utf16FromText(text) + oddByte_;
+    case Coding::CodePage: return BytesFromText(text);
+    case Coding::Utf8: return text;
+    case Coding::Ascii: break;
     }
     // The first characters beyond ASCII: in the code page, which is what the suite's other programs read, unless the
     // file would then say something else.
@@ -202,7 +202,7 @@ std::string ProfileText::Cut(std::string_view text, std::size_t most) const {
     std::size_t at = 0, used = 0;
     while (at < text.size()) {
         const std::size_t length = std::max<std::size_t>(NextUtf8Character(text, at).length, 1);
-        used += form_ == Form::Utf8 ? length : 1;
+        used += coding_ == Coding::Utf8 ? length : 1;
         if (used > most) break;
         at += length;
     }

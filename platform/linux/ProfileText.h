@@ -32,7 +32,7 @@ public:
     std::optional<std::string> Write(std::string_view section, OptionalText key, OptionalText value) const;
 
 private:
-    enum class Form { Ascii, Utf8, CodePage, Utf16 };
+    enum class Coding { Ascii, Utf8, CodePage, Utf16 };
     struct Span {
         std::size_t start = 0, end = 0;
     };
@@ -66,7 +66,7 @@ private:
     std::string WithNewLine(const Entry& behind, const std::string& line) const;
     std::string Without(const std::vector<Entry>& lines) const;
 
-    Form form_ = Form::Ascii;
+    Coding coding_ = Coding::Ascii;
     std::string text_;    // UTF-8, without a UTF-16 mark
     std::string oddByte_; // the last byte of a UTF-16 file that has one too many
     std::vector<Section> sections_;

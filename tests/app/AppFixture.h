@@ -28,7 +28,7 @@ protected:
     static std::vector<std::string> BoxTexts() {
         std::vector<std::string> texts;
         for (const ShownBox& box : Desktop().boxes) {
-            EXPECT_EQ(box.title, Suite.SysName) << box.text;
+            EXPECT_EQ(box.title, Settings.SysName) << box.text;
             texts.push_back(box.text);
         }
         return texts;

@@ -28,7 +28,7 @@ TEST_F(AppliedPacks, ListsAreReadBySentinelAndCount) {
     IniWebR();
     EXPECT_EQ(Applied(), (Entries{"SP1.mdb", "", "aa", ""}));
     EXPECT_EQ(Entries(Tables.AppliedSPCList.begin(), Tables.AppliedSPCList.end()), Entries{"M.zip"});
-    EXPECT_EQ(Suite.SuiteVersion, "1.20");
+    EXPECT_EQ(Settings.SuiteVersion, "1.20");
 }
 
 TEST_F(AppliedPacks, ACountThatIsNoneLeavesTheListEmptyOrBounded) {
@@ -40,7 +40,7 @@ TEST_F(AppliedPacks, ACountThatIsNoneLeavesTheListEmptyOrBounded) {
         EXPECT_EQ(Tables.AppliedSPList.UpperBound(), entries) << number;
     }
     EXPECT_EQ(Tables.AppliedSPList[1], "SP1.mdb");
-    EXPECT_EQ(Suite.SuiteVersion, "?");
+    EXPECT_EQ(Settings.SuiteVersion, "?");
 
     AddPack("SP2.mdb", {});
     UpdateIniNoUpdatesFound();
@@ -70,7 +70,7 @@ TEST_F(AppliedPacks, APackIsAppliedWhenEveryMarkedMemberWasInstalled) {
 }
 
 TEST_F(AppliedPacks, AFileThatRefusesWritesWarnsAndLosesNothing) {
-    Suite.IniFilePath = "C:\\nowhere\\TESSARY.INI";
+    Settings.IniFilePath = "C:\\nowhere\\TESSARY.INI";
     AddPack("SP1.mdb", {});
     UpdateIniFile();
     EXPECT_EQ(BoxTexts().size(), 2U) << "the count and the entry";

@@ -39,8 +39,8 @@ TEST_F(CommandLine, FolderAndFileArguments) {
         Process().commandLine = row.line;
         const std::string before = CurrentFolder();
         ParseCommandLine();
-        EXPECT_EQ(Suite.SysPath, row.sysPath) << row.line;
-        EXPECT_EQ(Suite.CommandFile, row.file) << row.line;
+        EXPECT_EQ(Settings.SysPath, row.sysPath) << row.line;
+        EXPECT_EQ(Settings.CommandFile, row.file) << row.line;
         EXPECT_EQ(Desktop().boxes.size(), row.warnings) << row.line;
         EXPECT_EQ(CurrentFolder(), before) << row.line;
     }

@@ -24,7 +24,7 @@ TEST(RunningSuite, IsTheTopmostWindowWithTheNameAndAColon) {
     const OtherProgram other;
     const auto touched = [&](xcb_window_t window) { return !other.NumberProperty(window, "WM_HINTS").empty(); };
     ResetProgram();
-    Suite.SysName = "Tessary";
+    Settings.SysName = "Tessary";
     frmUpdate.form.SetCaption("Tessary: Live Update"); // a title that would match, were it not our own
     const std::pair<std::string, bool> cases[] = {
         {"  Tessary: Live Update 2 ", true},

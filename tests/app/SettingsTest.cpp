@@ -7,26 +7,27 @@
 namespace korlan::test {
 namespace {
 
-using Settings = AppTest;
+using SettingsTest = AppTest;
 
-TEST_F(Settings, FolderDefaultsFollowTheConfiguredName) {
-    Suite.IniFilePath = "C:\\nowhere\\TESSARY.INI";
+TEST_F(SettingsTest, FolderDefaultsFollowTheConfiguredName) {
+    Settings.IniFilePath = "C:\\nowhere\\TESSARY.INI";
     ReadSuiteSettings();
-    EXPECT_EQ(Suite.SysName + " " + Suite.JobDir + " " + Suite.KDSwrk, "Korlan C:\\Korlan\\JOB C:\\Korlan\\KDS_WRK");
-    EXPECT_TRUE(Suite.UpdateUrl.ends_with("/Updates/Korlan/161")) << Suite.UpdateUrl;
-    Suite.IniFilePath = "C:\\KORLAN\\SYS\\TESSARY.INI";
+    EXPECT_EQ(Settings.SysName + " " + Settings.JobDir + " " + Settings.KDSwrk,
+              "Korlan C:\\Korlan\\JOB C:\\Korlan\\KDS_WRK");
+    EXPECT_TRUE(Settings.UpdateUrl.ends_with("/Updates/Korlan/161")) << Settings.UpdateUrl;
+    Settings.IniFilePath = "C:\\KORLAN\\SYS\\TESSARY.INI";
     WriteIni("[Tessary]\r\nSysName=Board Lab\r\nSysDir=D:\\S\\\r\n[WEB]\r\nUPDATEONLINE=  \" http://u/x \"\r\n");
     ReadSuiteSettings();
-    EXPECT_EQ(GetSysName() + " " + Suite.LibDir, "Board Lab C:\\Board Lab\\LIB");
-    EXPECT_EQ(Suite.SysDir, "D:\\S\\") << "taken as it stands";
-    EXPECT_EQ(Suite.UpdateUrl, "http://u/x");
+    EXPECT_EQ(GetSysName() + " " + Settings.LibDir, "Board Lab C:\\Board Lab\\LIB");
+    EXPECT_EQ(Settings.SysDir, "D:\\S\\") << "taken as it stands";
+    EXPECT_EQ(Settings.UpdateUrl, "http://u/x");
 }
 
-TEST_F(Settings, AFailedWriteShowsItsWarning) {
+TEST_F(SettingsTest, AFailedWriteShowsItsWarning) {
     std::int32_t failed = 7;
     WriteIniString("Tessary", "Ver", "1.61", failed);
     EXPECT_EQ(ReadIniString("TESSARY", "VER", "?") + std::to_string(failed), "1.610");
-    Suite.IniFilePath = "C:\\nowhere\\TESSARY.INI";
+    Settings.IniFilePath = "C:\\nowhere\\TESSARY.INI";
     WriteIniString("Tessary", "Ver", "1.62", failed);
     EXPECT_EQ(failed, 1);
     ASSERT_EQ(BoxTexts().size(), 1U);
@@ -34,7 +35,7 @@ TEST_F(Settings, AFailedWriteShowsItsWarning) {
     EXPECT_TRUE(text.starts_with("Can't create/write to file: C:\\nowhere\\TESSARY.INI\n") && text.size() > 53) << text;
 }
 
-TEST_F(Settings, DesignationsBecomeInstallationFolders) {
+TEST_F(SettingsTest, DesignationsBecomeInstallationFolders) {
     WriteIni("[Tessary]\r\nLibDir=D:\\Parts\r\nKDScml=E:\\cml\r\n");
     ReadSuiteSettings();
     const auto folderOf = [](const std::string& designation) {
@@ -54,7 +55,7 @@ TEST_F(Settings, DesignationsBecomeInstallationFolders) {
         EXPECT_EQ(folderOf(designation), "76") << designation;
 }
 
-TEST_F(Settings, BareNamesHoldNoFolder) {
+TEST_F(SettingsTest, BareNamesHoldNoFolder) {
     for (const char* name : {"a\\b", "a/b", "..", "C:x", "a\r\n1=b.SYMBOL"})
         EXPECT_THROW(RequireBareName(name), RuntimeError) << name;
 }

@@ -74,7 +74,7 @@ TEST_F(StartUp, SearchesThatEndWithoutAList) {
 
 TEST_F(StartUp, AFailedFetchAfterCancelShowsNoPage) {
     server.Answer("/u/Update.mdb", {.status = 404});
-    Desktop().onDoEvents = [] { korlan::Run.CancelRequested = 1; };
+    Desktop().onDoEvents = [] { Flags.CancelRequested = 1; };
     EXPECT_TRUE(Start());
     EXPECT_EQ(frmUpdate.WizardState, 0);
 }
@@ -108,7 +108,7 @@ TEST_F(StartUp, ANewerBuildTakesOver) {
 
 TEST_F(StartUp, AMissingCompanionKeepsNobody) {
     AttachHandlers();
-    korlan::Run.UpdateSucceeded = korlan::Run.NewUpdaterLoaded = 1;
+    Flags.UpdateSucceeded = Flags.NewUpdaterLoaded = 1;
     Process().missing = {"C:\\KORLAN\\KLNUPDTR.exe KEMO274"};
     frmUpdate.form.Show();
     EXPECT_TRUE(CloseWindow());
@@ -127,11 +127,11 @@ TEST_F(StartUp, HelpOpensTheCompiledFileAndClosesWithTheWindow) {
 
 TEST_F(StartUp, TheSuiteLibraryMayNameAnotherIniFile) {
     InitLibraryInterface();
-    EXPECT_EQ(Suite.IniFilePath, "C:\\KORLAN\\SYS\\TESSARY.INI") << "without the library";
+    EXPECT_EQ(Settings.IniFilePath, "C:\\KORLAN\\SYS\\TESSARY.INI") << "without the library";
     std::filesystem::copy_file(KLN_SAMPLE_SUITE, drive.HostPathOf("KORLAN\\libklwupdt.so"));
     drive.Write("KORLAN\\IniFile.txt", "C:\\Elsewhere\\SUITE.INI\n");
     InitLibraryInterface();
-    EXPECT_EQ(Suite.IniFilePath, "C:\\Elsewhere\\SUITE.INI");
+    EXPECT_EQ(Settings.IniFilePath, "C:\\Elsewhere\\SUITE.INI");
 }
 
 } // namespace

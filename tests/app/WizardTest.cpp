@@ -81,7 +81,7 @@ TEST_F(Wizard, CancelOnTheListAndDuringARun) {
     EXPECT_FALSE(drive.Names("KORLAN\\Temp").empty()) << "cleaned up after a successful run only";
 
     PublishItsArchive();
-    Desktop().onDoEvents = [] { korlan::Run.CancelRequested = 1; };
+    Desktop().onDoEvents = [] { Flags.CancelRequested = 1; };
     EXPECT_TRUE(Click(frmUpdate.cmdUpdate));
     EXPECT_EQ(ReadIniString("LIVEUPDATEFROMWEB", "Number", "none"), "none");
 }

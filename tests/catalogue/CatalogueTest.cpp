@@ -16,7 +16,7 @@ std::string Sample(const std::string& name) {
 
 class CatalogueTest : public test::ProgramTest {
 protected:
-    CatalogueTest() { Suite.UpdateUrl = server.Url("/u"); }
+    CatalogueTest() { Settings.UpdateUrl = server.Url("/u"); }
 
     // Runs a search over the catalogue in the temporary folder; the caller presets 1.
     std::int32_t Search() {
@@ -141,10 +141,10 @@ TEST_F(CatalogueTest, CancelEndsTheLoopAfterThePackUnderWay) {
                     {"TWO.DLL", "Root", "1", "1-1-2004,0:0:0", "two.zip"}});
     ServePack("B", {{"THREE.DLL", "Root", "1", "1-1-2004,0:0:0", "three.zip"}});
     test::Desktop().onControlChanged = [](const Control&, Aspect, std::int32_t) {
-        if (Tables.FileArray.UpperBound() == 1) korlan::Run.CancelRequested = 1; // between the rows of the first pack
+        if (Tables.FileArray.UpperBound() == 1) Flags.CancelRequested = 1; // between the rows of the first pack
     };
     EXPECT_EQ(Search(), 1);
-    EXPECT_EQ(korlan::Run.CancelRequested, 1);
+    EXPECT_EQ(Flags.CancelRequested, 1);
     EXPECT_EQ(Tables.FileArray.UpperBound(), 2);
     EXPECT_EQ(Tables.FileArraySP[2].Files.UpperBound(), 0);
 }

@@ -21,7 +21,7 @@ protected:
         record.FileZipName = zip.empty() ? name + ".zip" : zip;
         Tables.FileArray.Append(record);
     }
-    std::string Flags() {
+    std::string Marks() {
         std::string flags;
         for (const FileRecord& record : Tables.FileArray) flags += record.UpdateFlag == 1 ? '1' : '0';
         return flags;
@@ -38,7 +38,7 @@ TEST_F(ComparisonTest, MarksWhatIsMissingOrOlder) {
         Add("a.dll", "\\sys", date);
         Add("MISSING.DLL", "\\SYS\\sub", "whatever");
         CompareUpdatableFiles();
-        EXPECT_EQ(Flags(), flags) << date;
+        EXPECT_EQ(Marks(), flags) << date;
     }
     EXPECT_EQ(Tables.FileArray[2].LocalFile, "C:\\KORLAN\\SYS\\SUB\\MISSING.DLL");
 }
@@ -69,7 +69,7 @@ TEST_F(ComparisonTest, JudgesOnePathOnceAndModelArchivesByTheirList) {
     Add("X.DLL", "\\SYS", "1-1-2004,0:0:0");                   // no model
     Add("x.dll", "\\sys", "1-1-2005,0:0:0", "second.zip");
     CompareUpdatableFiles();
-    EXPECT_EQ(Flags(), "0110");
+    EXPECT_EQ(Marks(), "0110");
 }
 
 TEST_F(ComparisonTest, AnErrorEndsThePassAndLeavesThePacksUnmarked) {
@@ -86,7 +86,7 @@ TEST_F(ComparisonTest, AnErrorEndsThePassAndLeavesThePacksUnmarked) {
         Add("LAST.DLL", "\\SYS", "1-1-2004,0:0:0");
         Tables.FileArraySP.Append({}).Files.Append({"FIRST.DLL.zip", 0});
         CompareUpdatableFiles();
-        EXPECT_EQ(Flags(), flags) << name << " " << designation << " " << date;
+        EXPECT_EQ(Marks(), flags) << name << " " << designation << " " << date;
         EXPECT_EQ(Tables.FileArraySP[1].Files[1].UpdateFlag, 0) << date;
     }
 }

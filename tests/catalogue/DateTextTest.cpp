@@ -48,11 +48,11 @@ TEST(FileKinds, ByTheTextAfterTheFirstDot) {
     for (const auto& [name, is, kind] : cases) {
         ResetProgram();
         Tables.FileArray.Append({}).FileName = name;
-        korlan::Run.LibElementKind = 9;
+        Flags.LibElementKind = 9;
         const std::string kinds = std::string(CheckSPCFile(1) ? "spc" : "") + (CheckLibPartFile(1) ? "part" : "") +
                                   (CheckOtherLibFile(1) ? "other" : "");
         EXPECT_EQ(kinds, is) << name;
-        EXPECT_EQ(korlan::Run.LibElementKind, kind) << name;
+        EXPECT_EQ(Flags.LibElementKind, kind) << name;
     }
     EXPECT_THROW(CheckSPCFile(2), RuntimeError);
 }

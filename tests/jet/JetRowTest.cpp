@@ -33,7 +33,7 @@ std::string FieldsOf(const std::string& databaseForLayout, std::string_view row)
     std::string fields;
     try {
         for (const jet::Column& column : table.columns) {
-            const auto field = FieldOfRow(file->Form(), table, jet::ByteView(row), column);
+            const auto field = FieldOfRow(file->PageLayout(), table, jet::ByteView(row), column);
             fields.append(field ? field->Chars() : "NULL").append("|");
         }
         return fields;

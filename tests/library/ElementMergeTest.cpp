@@ -29,7 +29,7 @@ class ElementMergeTest : public Installation {
 protected:
     // Source with A, B and C, target with "b" and Z.
     void WriteBoth(const KindCase& kind) {
-        korlan::Run.LibElementKind = kind.kind;
+        Flags.LibElementKind = kind.kind;
         source = std::string(kSource) + kind.extension;
         target = std::string(kTarget) + kind.extension;
         const auto fileKind = static_cast<suite::Kind>(kind.kind);

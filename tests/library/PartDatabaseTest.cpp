@@ -27,7 +27,7 @@ protected:
     }
     // A part in the suite's memory, taken from a library file.
     ElementHandle LoadedPart(const std::string& library, const std::string& name) const {
-        const LibraryHandle handle = E_OpenLibrary(Suite.LibDir + "\\" + library, kPartLibraryType, 0);
+        const LibraryHandle handle = E_OpenLibrary(Settings.LibDir + "\\" + library, kPartLibraryType, 0);
         const ElementHandle part = D_Device();
         EXPECT_TRUE(E_OpenLibToRead(handle, name) && D_LoadDevice(part, handle));
         E_CloseLibrary(handle);

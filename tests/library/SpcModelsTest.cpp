@@ -18,7 +18,7 @@ protected:
     SpcModelsTest() {
         drive.Write(kArchive, ZipWriter().Add({.name = "M.SPC", .data = kModels}).Bytes());
         drive.Write(kIni, "[X]\r\n");
-        korlan::Run.StatusSpinner = "|";
+        Flags.StatusSpinner = "|";
         Record("C:\\Korlan\\SYS\\");
     }
     void Record(const std::string& folder) {

@@ -24,8 +24,9 @@ struct Installation : testing::Test {
         ResetDesktop();
         for (const char* folder : {"Korlan/LIB", "Korlan/SYS", "Korlan/Temp"}) drive.MakeFolders(folder);
         std::filesystem::create_symlink(KLN_SUITE_SO, drive.HostPathOf("Korlan/libklwupdt.so"));
-        Suite.IniFilePath = "C:\\Korlan\\SYS\\TESSARY.INI";
-        Suite.LibDir = "C:\\Korlan\\LIB", Suite.SysDir = "C:\\Korlan\\SYS", Suite.TempFolder = "C:\\Korlan\\Temp";
+        Settings.IniFilePath = "C:\\Korlan\\SYS\\TESSARY.INI";
+        Settings.LibDir = "C:\\Korlan\\LIB", Settings.SysDir = "C:\\Korlan\\SYS",
+        Settings.TempFolder = "C:\\Korlan\\Temp";
         frmUpdate.form.SetCaption("Korlan Live Update");
         DB_CreateDataBase();
     }

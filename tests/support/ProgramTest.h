@@ -23,12 +23,12 @@ protected:
         Process().programPath = "C:\\KORLAN\\KlnUpdt.EXE";
         for (const char* folder : {"KORLAN/Temp", "KORLAN/SYS", "KORLAN/LIB", "KORLAN/KDS_CML"})
             drive.MakeFolders(folder);
-        Suite.IniFilePath = "C:\\KORLAN\\SYS\\TESSARY.INI";
-        Suite.TempFolder = "C:\\KORLAN\\Temp";
-        Suite.LibDir = "C:\\KORLAN\\LIB";
-        Suite.SysDir = "C:\\KORLAN\\SYS";
-        Suite.KDScml = "C:\\KORLAN\\KDS_CML";
-        korlan::Run.StatusSpinner = "|";
+        Settings.IniFilePath = "C:\\KORLAN\\SYS\\TESSARY.INI";
+        Settings.TempFolder = "C:\\KORLAN\\Temp";
+        Settings.LibDir = "C:\\KORLAN\\LIB";
+        Settings.SysDir = "C:\\KORLAN\\SYS";
+        Settings.KDScml = "C:\\KORLAN\\KDS_CML";
+        Flags.StatusSpinner = "|";
         frmUpdate.lvwFilesList.SetVisible(false);
         for (const char* title : {"File Name", "File Path", "File Size", "Status", "Invisible"})
             frmUpdate.lvwFilesList.AddColumn(title, 1440);

@@ -10,9 +10,9 @@
 namespace korlan {
 
 inline void ResetProgram() {
-    Suite = {};
+    Settings = {};
     Tables = {};
-    Run = {};
+    Flags = {};
     std::destroy_at(&frmUpdate);
     std::construct_at(&frmUpdate);
 }

@@ -26,7 +26,7 @@ TEST_F(WizardTest, FromTheSearchToAnUpdatedInstallation) {
     fs::rename(third, third.string() + ".gone");
     Press("cmdUpdate");
     ASSERT_EQ(people.boxes.size(), 1u);
-    EXPECT_EQ(people.boxes[0], "File Not Found : " + Suite.UpdateUrl + "/KLWUPDTDOTTDLL.zip");
+    EXPECT_EQ(people.boxes[0], "File Not Found : " + Settings.UpdateUrl + "/KLWUPDTDOTTDLL.zip");
     EXPECT_TRUE(Find<QPushButton>("CmdRetry")->isVisible());
     EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "LiveUpdate Failed.Click Retry to try again");
     EXPECT_EQ(frmUpdate.IsBusy, 1);

@@ -31,7 +31,7 @@ protected:
     HttpTransferTest() {
         ResetDesktop();
         ResetProgram();
-        Suite.SysName = "Korlan";
+        Settings.SysName = "Korlan";
         Desktop().onControlChanged = [this](const Control& control, Aspect aspect, std::int32_t) {
             if (&control == &frmUpdate.lblMsgline && aspect == Aspect::Caption)
                 lines_.push_back(frmUpdate.lblMsgline.Caption());
@@ -44,9 +44,9 @@ protected:
         Outcome outcome = kLeftAlone;
         std::string label = "PARTS.ZIP";
         lines_.clear();
-        korlan::Run.DownloadFailed = outcome.second;
+        Flags.DownloadFailed = outcome.second;
         DownloadFile(url, saveAs, outcome.first, size, label, showStatus);
-        outcome.second = korlan::Run.DownloadFailed;
+        outcome.second = Flags.DownloadFailed;
         return outcome;
     }
 
@@ -106,10 +106,10 @@ TEST_F(HttpTransferTest, ShowsTheProgressOfEveryBlock) {
     expectLast(512, 512, " 0KB of  0KB -  100"); // a half goes to the even number
     expectLast(1536, 2560, " 2KB of  2KB -  60");
     expectLast(1024, -2048, " 1KB of -2KB - -50");
-    korlan::Run.StatusSpinner = "|";
+    Flags.StatusSpinner = "|";
     Download(server_.Url("/a"), 0, "C:\\a.zip", 1);
     EXPECT_THAT(lines_, ElementsAre()) << "no line without a size";
-    EXPECT_EQ("/", korlan::Run.StatusSpinner);
+    EXPECT_EQ("/", Flags.StatusSpinner);
 }
 
 TEST_F(HttpTransferTest, AsksTwiceForADownloadAndOnceForItsSize) {
@@ -143,14 +143,14 @@ TEST_F(HttpTransferTest, CancelEndsEveryWait) {
     const auto expect = [&](std::size_t blocksBefore, const HttpAnswer& answer) {
         server_.Answer("/a", answer);
         drive_.Write("a.zip", "old");
-        korlan::Run.CancelRequested = 0;
+        Flags.CancelRequested = 0;
         const bool opens = !answer.stallsBeforeHeaders;
         int eventsAfter = 0, waits = 0;
         Desktop().onDoEvents = [&] {
-            if (korlan::Run.CancelRequested != 0) ++eventsAfter;
+            if (Flags.CancelRequested != 0) ++eventsAfter;
             const bool begun = !opens || drive_.Read("a.zip") != "old";
             const bool stalled = begun && lines_.size() == blocksBefore && ++waits > 3;
-            if (stalled || lines_.size() == 3) korlan::Run.CancelRequested = 1;
+            if (stalled || lines_.size() == 3) Flags.CancelRequested = 1;
         };
         EXPECT_EQ(kLeftAlone, Download(server_.Url("/a"), 9000)) << blocksBefore;
         EXPECT_LE(eventsAfter, 1) << blocksBefore;

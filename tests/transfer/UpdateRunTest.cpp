@@ -20,7 +20,7 @@ constexpr const char* kDate = "5-3-2004,9:7:12";
 
 class UpdateRunTest : public test::ProgramTest {
 protected:
-    UpdateRunTest() { Suite.UpdateUrl = server.Url("/u"); }
+    UpdateRunTest() { Settings.UpdateUrl = server.Url("/u"); }
 
     static std::string Archive(const std::string& member, const std::string& data) {
         return test::ZipWriter().Add({.name = member, .data = data, .extendedTime = kStamp}).Bytes();
@@ -33,7 +33,7 @@ protected:
         record.Filedate = kDate;
         record.LocalFolder = "C:\\KORLAN\\" + folder;
         record.LocalFile = record.LocalFolder + name;
-        record.TempZipFile = Suite.TempFolder + "\\" + record.ServerZipName;
+        record.TempZipFile = Settings.TempFolder + "\\" + record.ServerZipName;
         record.UpdateFlag = 1;
         Tables.FileArray.Append(record);
         list.AddRow(list.Count() + 1, name, name, "NOTDELETE");
@@ -70,7 +70,7 @@ TEST_F(UpdateRunTest, FetchesAndInstallsWhatIsChecked) {
     EXPECT_EQ(Asked("C.DLL"), 0u);
     EXPECT_EQ(list.Row(2).subItems[1], "5KB");
     EXPECT_EQ(Status(1), "Updated");
-    EXPECT_EQ(korlan::Run.NewUpdaterLoaded, 1);
+    EXPECT_EQ(Flags.NewUpdaterLoaded, 1);
     ASSERT_EQ(Process().started.size(), 2u);
     EXPECT_EQ(Process().started[0].commandLine, "regsvr32 /u /s \"C:\\KORLAN\\A.DLL\"");
     EXPECT_EQ(Process().started[1].commandLine, "regsvr32 /s \"C:\\KORLAN\\A.DLL\"");
@@ -84,7 +84,7 @@ TEST_F(UpdateRunTest, AFailedTransferStopsBeforeTheInstallPassAndRetryResumesThe
     server.Answer("/u/B.DLL.zip", {.body = whole, .cutsAfter = 4000});
 
     EXPECT_EQ(UpdateFilesFromWeb(), 0);
-    EXPECT_EQ(korlan::Run.DownloadFailed, 1);
+    EXPECT_EQ(Flags.DownloadFailed, 1);
     EXPECT_EQ(frmUpdate.ResumeIndex, 2);
     EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "Live Update Failed.Click Retry to try again");
     EXPECT_FALSE(drive.Exists("KORLAN/Temp/B.DLL.zip")); // the part is gone, the first archive stays
@@ -94,7 +94,7 @@ TEST_F(UpdateRunTest, AFailedTransferStopsBeforeTheInstallPassAndRetryResumesThe
     server.Answer("/u/B.DLL.zip", {.body = whole});
     frmUpdate.IsRetry = 1;
     EXPECT_EQ(UpdateFilesFromWeb(), 0);
-    EXPECT_EQ(korlan::Run.DownloadFailed, 0);
+    EXPECT_EQ(Flags.DownloadFailed, 0);
     EXPECT_EQ(Asked("A.DLL"), 3u); // not fetched again
     for (const char* name : {"KORLAN/A.DLL", "KORLAN/B.DLL", "KORLAN/C.DLL"}) EXPECT_TRUE(drive.Exists(name)) << name;
 }
@@ -112,7 +112,7 @@ TEST_F(UpdateRunTest, AnErrorOfTheInstallPassStaysUntilTheNextTransfer) {
         SCOPED_TRACE(c.last);
         Tables.FileArray.Clear();
         list.ClearRows();
-        frmUpdate.IsRetry = korlan::Run.DownloadFailed = 0;
+        frmUpdate.IsRetry = Flags.DownloadFailed = 0;
         Offer("A.DLL", "", "new a");
         Offer("P.PART", "LIB\\", "parts");
         Offer("Z.DLL", "", "new z");
@@ -127,10 +127,10 @@ TEST_F(UpdateRunTest, AnErrorOfTheInstallPassStaysUntilTheNextTransfer) {
         std::filesystem::remove(drive.HostPathOf("KORLAN/LIB/Parts.abd"));
         frmUpdate.IsRetry = 1;
         EXPECT_EQ(UpdateFilesFromWeb(), 0);
-        EXPECT_EQ(korlan::Run.DownloadFailed, c.failedAfterRetry);
+        EXPECT_EQ(Flags.DownloadFailed, c.failedAfterRetry);
         EXPECT_FALSE(drive.Exists("KORLAN/Temp/Z.DLL.zip"));
         EXPECT_EQ(UpdateFilesFromWeb(), 0);
-        EXPECT_EQ(korlan::Run.DownloadFailed, c.failedAfterAnother);
+        EXPECT_EQ(Flags.DownloadFailed, c.failedAfterAnother);
         EXPECT_EQ(drive.Exists("KORLAN/LIB/P.PART"), c.installed);
         EXPECT_EQ(drive.Exists("KORLAN/Z.DLL"), c.last == Fetched);
         for (const char* file : {"KORLAN/LIB/P.PART", "KORLAN/Z.DLL"}) std::filesystem::remove(drive.HostPathOf(file));
