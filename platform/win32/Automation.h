@@ -3,6 +3,7 @@
 
 #include "platform/win32/Com.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>

@@ -4,6 +4,8 @@
 #include "platform/RuntimeError.h"
 #include "platform/win32/Wide.h"
 
+#include <utility>
+
 namespace korlan {
 
 void EndProcess() {

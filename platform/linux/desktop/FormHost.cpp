@@ -2,7 +2,7 @@
 
 #include "platform/linux/desktop/Application.h"
 #include "platform/linux/desktop/FormView.h"
-#include "platform/linux/desktop/Gestures.h"
+#include "platform/Gestures.h"
 
 #include <QApplication>
 #include <QEventLoop>

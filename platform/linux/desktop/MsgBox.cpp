@@ -1,7 +1,7 @@
 #include "platform/MsgBox.h"
 
 #include "platform/linux/desktop/Application.h"
-#include "platform/linux/desktop/Gestures.h"
+#include "platform/Gestures.h"
 
 #include <QApplication>
 #include <QDialogButtonBox>

@@ -1,4 +1,4 @@
-#include "platform/linux/desktop/Gestures.h"
+#include "platform/Gestures.h"
 
 #include <exception>
 #include <utility>
