@@ -1,7 +1,6 @@
 // Windows profile (INI) files: the rules of GetPrivateProfileString and WritePrivateProfileString.
 // Files are Windows-form paths; texts go in and out as UTF-8. A file's 8-bit text is UTF-8 where all of it is valid
 // UTF-8, else Windows-1252; a write keeps the form the file has.
-// A null section or key (nullopt) enumerates on reading and deletes on writing, as the Windows functions do.
 #pragma once
 
 #include <cstddef>
@@ -12,17 +11,16 @@
 
 namespace korlan {
 
-using OptionalText = std::optional<std::string_view>;
-
-// The value, cut to bufferSize - 1 bytes of the file's own form; `fallback` when file, section or key is missing.
-// Enumerations (section or key null) give names each followed by a zero character.
-std::string ReadProfileValue(OptionalText section, OptionalText key, OptionalText fallback, std::size_t bufferSize,
-                             const std::string& file);
+// The value, cut to bufferSize - 1 bytes of the file's own form; nothing when the file, section or key is missing or
+// the key stands without "=".
+std::optional<std::string> ReadProfileValue(std::string_view section, std::string_view key, std::size_t bufferSize,
+                                            const std::string& file);
 
 // 0 on success, else the Windows error code (2 drive missing, 3 folder missing, 5 read-only or a folder, 32 in use, 112
 // disk full). Changes one line and leaves every other byte as it was. A crash leaves the old file or the new one, never
 // a part.
-std::int32_t WriteProfileValue(std::string_view section, OptionalText key, OptionalText value, const std::string& file);
+std::int32_t WriteProfileValue(std::string_view section, std::string_view key, std::string_view value,
+                               const std::string& file);
 
 // The system's description of such a code, in English ("Access is denied.").
 std::string DescribeSystemError(std::int32_t code);

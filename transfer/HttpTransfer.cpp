@@ -29,26 +29,17 @@ bool YieldUnlessCancelled() {
     return Flags.CancelRequested == 0;
 }
 
-class HttpSession {
-public:
-    HttpSession() : handle_(OpenHttpSession(kAgent, YieldUnlessCancelled)) {
-        if (handle_ == 0) throw RuntimeError(kErrInternet, "An error occurred calling InternetOpen function");
-    }
-    ~HttpSession() { CloseHttpHandle(handle_); }
-    HttpSession(const HttpSession&) = delete;
-    HttpSession& operator=(const HttpSession&) = delete;
+std::unique_ptr<HttpSession> OpenSession() {
+    auto session = OpenHttpSession(kAgent, YieldUnlessCancelled);
+    if (!session) throw RuntimeError(kErrInternet, "An error occurred calling InternetOpen function");
+    return session;
+}
 
-    HttpHandle OpenUrl(const std::string& url) const {
-        // Kept: every file is asked for twice and the second answer is read.
-        OpenHttpUrl(handle_, url);
-        const HttpHandle opened = OpenHttpUrl(handle_, url);
-        if (opened == 0) throw RuntimeError(kErrInternet, "An error occurred calling InternetOpenUrl function");
-        return opened;
-    }
-
-private:
-    HttpHandle handle_;
-};
+std::unique_ptr<HttpBody> OpenBody(HttpSession& session, const std::string& url) {
+    auto body = session.OpenUrl(url);
+    if (!body) throw RuntimeError(kErrInternet, "An error occurred calling InternetOpenUrl function");
+    return body;
+}
 
 void EraseOlderCopy(const std::string& path) {
     try {
@@ -89,22 +80,24 @@ private:
     std::string before_, between_, after_; // what stays the same from block to block
 };
 
-void ReadToFile(HttpHandle url, OutputFile& file, Progress& progress, std::int32_t showStatus) {
+void ReadToFile(HttpBody& body, OutputFile& file, Progress& progress, std::int32_t showStatus) {
     std::array<char, kBlockSize> block;
+    auto end = HttpBody::End::None;
     do {
         std::size_t read = 0;
-        const bool well = ReadHttpBlock(url, block, read);
-        if (!well && Flags.CancelRequested != 0) throw RuntimeError(kErrDeliberateAbort);
-        if (read == 0) {
-            file.Close(); // a disk that is full now is an error like one that was full before
-            Flags.DownloadFailed = 1;
-            return;
-        }
+        end = body.Read(block, read);
+        if (read == 0) continue;
         file.Write({block.data(), read});
         progress.Add(read);
         if (showStatus != 0) LiveUpdateStatus();
         DoEvents();
-    } while (Flags.CancelRequested == 0);
+    } while (end == HttpBody::End::None && Flags.CancelRequested == 0);
+    if (Flags.CancelRequested == 0) {
+        file.Close(); // a disk that is full now is an error like one that was full before
+        Flags.DownloadFailed = 1;
+    }
+    if (progress.Complete()) Flags.DownloadFailed = 0;
+    if (Flags.CancelRequested != 0) throw RuntimeError(kErrDeliberateAbort);
 }
 
 } // namespace
@@ -113,14 +106,14 @@ void DownloadFile(const std::string& url, const std::string& saveAs, std::int32_
                   std::string& fileName, std::int32_t& showStatus) {
     try {
         if (url.empty() || saveAs.empty()) throw RuntimeError(kErrInvalidCall);
-        const HttpSession session;
-        const HttpHandle opened = session.OpenUrl(EscapedUrl(url));
+        const auto session = OpenSession();
+        // Kept: every file is asked for twice and the second answer is read.
+        const auto unread = session->OpenUrl(EscapedUrl(url));
+        const auto body = OpenBody(*session, EscapedUrl(url));
         EraseOlderCopy(saveAs);
         OutputFile file(saveAs, OutputFile::Mode::Create);
         Progress progress(fileName, fileSize);
-        ReadToFile(opened, file, progress, showStatus);
-        if (progress.Complete()) Flags.DownloadFailed = 0;
-        if (Flags.CancelRequested != 0) throw RuntimeError(kErrDeliberateAbort);
+        ReadToFile(*body, file, progress, showStatus);
         done = 1;
     } catch (const RuntimeError&) { // the caller looks at done and DownloadFailed; nothing is shown
     }

@@ -35,7 +35,7 @@ constexpr InstallationFolder kFolders[] = {
 } // namespace
 
 std::string ReadIniString(const std::string& section, const std::string& key, const std::string& fallback) {
-    return ReadProfileValue(section, key, fallback, kIniBufferSize, Settings.IniFilePath);
+    return ReadProfileValue(section, key, kIniBufferSize, Settings.IniFilePath).value_or(fallback);
 }
 
 void WriteIniString(const std::string& section, const std::string& key, const std::string& value,

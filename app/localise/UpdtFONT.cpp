@@ -61,7 +61,7 @@ FontSpec ReadFont(const std::string& file, const char* section, const FontSpec& 
     constexpr std::size_t kBufferSize = 256;
     constexpr std::int32_t kSmallest = 6, kLargest = 36; // points
     const auto read = [&](const char* key, const std::string& otherwise) {
-        return ReadProfileValue(section, key, otherwise, kBufferSize, file);
+        return ReadProfileValue(section, key, kBufferSize, file).value_or(otherwise);
     };
     FontSpec font = fallback;
     if (const std::string face = Trim(read("Name", "")); !face.empty()) font.face = face;

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstring>
-#include <map>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -78,19 +78,23 @@ struct MultiCleanup {
     void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
 };
 
-struct Session {
+class Transfer;
+
+// What a session and its transfers share, so that either may be closed first.
+struct Network {
     std::string agent;
     WaitSlice wait;
     std::unique_ptr<CURLM, MultiCleanup> multi;
+    std::set<Transfer*> transfers;
     bool closed = false;
 };
 
-// One GET in a session. Keeps its session's CURLM alive, so that either may be closed first.
+// One GET.
 class Transfer {
 public:
     enum class Want { Body, HeadersOnly };
 
-    Transfer(std::shared_ptr<Session> session, Want want) : session_(std::move(session)), want_(want) {}
+    Transfer(std::shared_ptr<Network> network, Want want) : network_(std::move(network)), want_(want) {}
     ~Transfer() { Stop(); }
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
@@ -107,9 +111,9 @@ public:
     bool Answered() const { return answered_; } // the final answer's headers are in
     bool Finished() const { return finished_; } // nothing more will come
     bool TimedOut() const { return timedOut_; }
+    bool Closed() const { return network_->closed; }
     long Status() const;
     const std::string& Headers() const { return headers_; }
-    const Session& Owner() const { return *session_; }
     void RestartClock() { lastByte_ = SteadyClock::now(); }
 
     std::size_t Available() const { return body_.size() - taken_; }
@@ -122,7 +126,7 @@ private:
     bool AddHeaderLine(std::string_view line);
     void CollectFinished();
 
-    std::shared_ptr<Session> session_;
+    std::shared_ptr<Network> network_;
     Want want_;
     CURL* easy_ = nullptr;
     std::string headers_; // of the answer that is coming in
@@ -152,7 +156,7 @@ bool Transfer::Start(const std::string& url) {
     curl_easy_setopt(easy_, CURLOPT_FOLLOWLOCATION, 1L);
     curl_easy_setopt(easy_, CURLOPT_MAXREDIRS, kRedirectLimit);
     curl_easy_setopt(easy_, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-    curl_easy_setopt(easy_, CURLOPT_USERAGENT, session_->agent.c_str());
+    curl_easy_setopt(easy_, CURLOPT_USERAGENT, network_->agent.c_str());
     curl_easy_setopt(easy_, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     curl_easy_setopt(easy_, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(timeLimit.count()));
     curl_easy_setopt(easy_, CURLOPT_NOSIGNAL, 1L);
@@ -167,13 +171,15 @@ bool Transfer::Start(const std::string& url) {
     curl_easy_setopt(easy_, CURLOPT_PREREQDATA, this);
     RestartClock();
     watched_ = lastByte_;
-    finished_ = curl_multi_add_handle(session_->multi.get(), easy_) != CURLM_OK;
+    network_->transfers.insert(this);
+    finished_ = curl_multi_add_handle(network_->multi.get(), easy_) != CURLM_OK;
     return !finished_;
 }
 
 void Transfer::Stop() {
     if (!easy_) return;
-    curl_multi_remove_handle(session_->multi.get(), easy_);
+    network_->transfers.erase(this);
+    curl_multi_remove_handle(network_->multi.get(), easy_);
     curl_easy_cleanup(easy_);
     easy_ = nullptr;
     finished_ = true;
@@ -183,7 +189,7 @@ void Transfer::Turn() {
     if (finished_) return;
     SkipUnwatchedTime();
     int running = 0;
-    const bool well = curl_multi_perform(session_->multi.get(), &running) == CURLM_OK;
+    const bool well = curl_multi_perform(network_->multi.get(), &running) == CURLM_OK;
     CollectFinished();
     watched_ = SteadyClock::now();
     if (finished_) return;
@@ -201,7 +207,7 @@ void Transfer::SkipUnwatchedTime() {
 
 void Transfer::CollectFinished() {
     int left = 0;
-    while (const CURLMsg* message = curl_multi_info_read(session_->multi.get(), &left)) {
+    while (const CURLMsg* message = curl_multi_info_read(network_->multi.get(), &left)) {
         if (message->msg != CURLMSG_DONE) continue;
         void* transfer = nullptr;
         curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
@@ -210,10 +216,10 @@ void Transfer::CollectFinished() {
 }
 
 bool Transfer::Wait() {
-    curl_multi_poll(session_->multi.get(), nullptr, 0, kSliceMilliseconds, nullptr);
+    curl_multi_poll(network_->multi.get(), nullptr, 0, kSliceMilliseconds, nullptr);
     watched_ = SteadyClock::now();
-    if (session_->wait && !session_->wait()) return false;
-    return !session_->closed;
+    if (network_->wait && !network_->wait()) return false;
+    return !network_->closed;
 }
 
 long Transfer::Status() const {
@@ -272,32 +278,61 @@ std::size_t Transfer::BodyBytes(char* data, std::size_t size, std::size_t count,
     return size * count;
 }
 
-std::shared_ptr<Session> NewSession(const std::string& agent, WaitSlice wait) {
+std::shared_ptr<Network> NewNetwork(const std::string& agent, WaitSlice wait) {
     StartLibrary();
-    auto session = std::make_shared<Session>();
-    session->agent = agent;
-    session->wait = std::move(wait);
-    session->multi.reset(curl_multi_init());
-    return session;
+    auto network = std::make_shared<Network>();
+    network->agent = agent;
+    network->wait = std::move(wait);
+    network->multi.reset(curl_multi_init());
+    return network;
 }
 
-// What the handles stand for. A handle number is never used twice.
-struct HandleTable {
-    std::map<HttpHandle, std::shared_ptr<Session>> sessions;
-    std::map<HttpHandle, std::shared_ptr<Transfer>> transfers;
-    HttpHandle last = 0;
+class CurlBody : public HttpBody {
+public:
+    explicit CurlBody(std::shared_ptr<Network> network) : transfer_(std::move(network), Transfer::Want::Body) {}
+
+    bool Open(const std::string& url) {
+        if (!transfer_.Start(url)) return false;
+        for (transfer_.Turn(); !transfer_.Answered() && !transfer_.Finished(); transfer_.Turn())
+            if (!transfer_.Wait()) return false;
+        return transfer_.Answered() && !transfer_.TimedOut() && transfer_.Status() < 400;
+    }
+
+    End Read(std::span<char> block, std::size_t& read) override {
+        read = transfer_.Take(block);
+        while (read < block.size() && !transfer_.Finished()) {
+            transfer_.Turn();
+            if (transfer_.Available() == 0 && !transfer_.Finished() && !transfer_.Wait()) return End::Failed;
+            read += transfer_.Take(block.subspan(read));
+        }
+        if (read == block.size()) return End::None;
+        return transfer_.TimedOut() || transfer_.Closed() ? End::Failed : End::OfBody;
+    }
+
+private:
+    Transfer transfer_;
 };
 
-HandleTable& Handles() {
-    static HandleTable table;
-    return table;
-}
+class CurlSession : public HttpSession {
+public:
+    explicit CurlSession(std::shared_ptr<Network> network) : network_(std::move(network)) {}
+    ~CurlSession() override {
+        network_->closed = true;
+        while (!network_->transfers.empty()) (*network_->transfers.begin())->Stop();
+        network_->multi.reset();
+    }
+    CurlSession(const CurlSession&) = delete;
+    CurlSession& operator=(const CurlSession&) = delete;
 
-template <typename Table>
-typename Table::mapped_type Find(const Table& table, HttpHandle handle) {
-    const auto found = table.find(handle);
-    return found == table.end() ? nullptr : found->second;
-}
+    std::unique_ptr<HttpBody> OpenUrl(const std::string& url) override {
+        auto body = std::make_unique<CurlBody>(network_);
+        if (!body->Open(url)) return nullptr;
+        return body;
+    }
+
+private:
+    std::shared_ptr<Network> network_;
+};
 
 } // namespace
 
@@ -305,63 +340,20 @@ void SetHttpTimeLimit(std::chrono::milliseconds limit) {
     timeLimit = limit;
 }
 
-HttpHandle OpenHttpSession(const std::string& agent, WaitSlice wait) {
-    auto session = NewSession(agent, std::move(wait));
-    if (!session->multi) return 0;
-    const HttpHandle handle = ++Handles().last;
-    Handles().sessions.emplace(handle, std::move(session));
-    return handle;
-}
-
-HttpHandle OpenHttpUrl(HttpHandle session, const std::string& url) {
-    const auto owner = Find(Handles().sessions, session);
-    if (!owner) return 0;
-    auto transfer = std::make_shared<Transfer>(owner, Transfer::Want::Body);
-    if (!transfer->Start(url)) return 0;
-    for (transfer->Turn(); !transfer->Answered() && !transfer->Finished(); transfer->Turn()) {
-        if (!transfer->Wait()) return 0;
-    }
-    if (!transfer->Answered() || transfer->TimedOut() || transfer->Status() >= 400) return 0;
-    const HttpHandle handle = ++Handles().last;
-    Handles().transfers.emplace(handle, std::move(transfer));
-    return handle;
-}
-
-bool ReadHttpBlock(HttpHandle url, std::span<char> block, std::size_t& read) {
-    read = 0;
-    const auto transfer = Find(Handles().transfers, url);
-    if (!transfer) return false;
-    std::size_t taken = transfer->Take(block);
-    while (taken < block.size() && !transfer->Finished()) {
-        transfer->Turn();
-        if (transfer->Available() == 0 && !transfer->Finished()) {
-            if (!transfer->Wait()) return false;
-            if (!Handles().transfers.contains(url)) return false; // closed during the wait
-        }
-        taken += transfer->Take(block.subspan(taken));
-    }
-    if (transfer->TimedOut()) return false;
-    read = taken;
-    return true;
-}
-
-void CloseHttpHandle(HttpHandle handle) {
-    auto& table = Handles();
-    table.transfers.erase(handle);
-    const auto session = table.sessions.extract(handle);
-    if (session.empty()) return;
-    session.mapped()->closed = true;
-    std::erase_if(table.transfers, [&](const auto& entry) { return &entry.second->Owner() == session.mapped().get(); });
+std::unique_ptr<HttpSession> OpenHttpSession(const std::string& agent, WaitSlice wait) {
+    auto network = NewNetwork(agent, std::move(wait));
+    if (!network->multi) return nullptr;
+    return std::make_unique<CurlSession>(std::move(network));
 }
 
 struct TransferControl::Impl {
-    std::shared_ptr<Session> session;
+    std::shared_ptr<Network> network;
     std::string url;
     std::unique_ptr<Transfer> transfer;
 };
 
 TransferControl::TransferControl(const std::string& agent) : impl_(std::make_unique<Impl>()) {
-    impl_->session = NewSession(agent, {});
+    impl_->network = NewNetwork(agent, {});
 }
 
 TransferControl::~TransferControl() = default;
@@ -372,8 +364,8 @@ void TransferControl::SetUrl(const std::string& url) {
 
 void TransferControl::ExecuteGet() {
     impl_->transfer.reset();
-    if (!impl_->session->multi) return;
-    impl_->transfer = std::make_unique<Transfer>(impl_->session, Transfer::Want::HeadersOnly);
+    if (!impl_->network->multi) return;
+    impl_->transfer = std::make_unique<Transfer>(impl_->network, Transfer::Want::HeadersOnly);
     impl_->transfer->Start(impl_->url);
 }
 

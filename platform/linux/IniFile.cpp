@@ -46,18 +46,16 @@ std::int32_t SystemErrorOf(int error) {
 
 } // namespace
 
-std::string ReadProfileValue(OptionalText section, OptionalText key, OptionalText fallback, std::size_t bufferSize,
-                             const std::string& file) {
-    std::string hostPath; // "" reads as an empty file
+std::optional<std::string> ReadProfileValue(std::string_view section, std::string_view key, std::size_t bufferSize,
+                                            const std::string& file) {
     try {
-        if (!file.empty()) hostPath = HostPath(FullName(file));
-    } catch (const RuntimeError&) {
-        hostPath.clear();
+        if (!file.empty()) return ReadProfileFile(section, key, bufferSize, HostPath(FullName(file)));
+    } catch (const RuntimeError&) { // no such drive or folder: no such file
     }
-    return ReadProfileFile(section, key, fallback, bufferSize, hostPath);
+    return std::nullopt;
 }
 
-std::int32_t WriteProfileValue(std::string_view section, OptionalText key, OptionalText value,
+std::int32_t WriteProfileValue(std::string_view section, std::string_view key, std::string_view value,
                                const std::string& file) {
     if (file.empty()) return kSystemAccessDenied;
     const std::string path = FullName(file);

@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <map>
 #include <memory>
-#include <mutex>
 
 namespace korlan {
 namespace {
@@ -30,50 +29,37 @@ int ReadAll(const FileHandle& file, std::string& bytes) { // 0 or the errno valu
     }
 }
 
-// The parsed files. One whose stamp has not settled is read again each time, but parsed only when its bytes differ.
-class ProfileCache {
-public:
-    // Null with an errno value in `error` when the file cannot be read.
-    std::shared_ptr<const ProfileText> Load(const std::string& hostPath, int& error) {
-        const std::lock_guard lock(mutex_);
-        const auto known = files_.find(hostPath);
-        struct stat status {};
-        error = 0;
-        if (known != files_.end() && known->second.lasting && stat(hostPath.c_str(), &status) == 0 &&
-            ChangeStamp::Of(status) == known->second.stamp)
-            return known->second.text;
+int ReadFile(const std::string& hostPath, Cached& fresh) {
+    const std::int64_t now = ChangeStamp::Now();
+    const FileHandle file(hostPath, O_RDONLY | O_NONBLOCK);
+    struct stat status {};
+    if (!file || fstat(file.Descriptor(), &status) != 0) return errno;
+    if (S_ISDIR(status.st_mode)) return EISDIR;
+    if (!S_ISREG(status.st_mode)) return EACCES;
+    fresh.stamp = ChangeStamp::Of(status);
+    fresh.lasting = fresh.stamp.Settled(now);
+    return ReadAll(file, fresh.bytes);
+}
 
-        Cached fresh;
-        error = ReadFile(hostPath, fresh);
-        if (error != 0) return nullptr;
-        const bool same = known != files_.end() && known->second.bytes == fresh.bytes;
-        fresh.text = same ? known->second.text : std::make_shared<const ProfileText>(fresh.bytes);
-        if (files_.size() >= kMostFiles && known == files_.end()) files_.clear();
-        return files_.insert_or_assign(hostPath, std::move(fresh)).first->second.text;
-    }
+// The parsed file; null with an errno value in `error` when it cannot be read. One whose stamp has not settled is read
+// again each time, but parsed only when its bytes differ.
+std::shared_ptr<const ProfileText> Load(const std::string& hostPath, int& error) {
+    constexpr std::size_t kMostFiles = 32;
+    static std::map<std::string, Cached> files;
+    const auto known = files.find(hostPath);
+    struct stat status {};
+    error = 0;
+    if (known != files.end() && known->second.lasting && stat(hostPath.c_str(), &status) == 0 &&
+        ChangeStamp::Of(status) == known->second.stamp)
+        return known->second.text;
 
-private:
-    static constexpr std::size_t kMostFiles = 32;
-
-    static int ReadFile(const std::string& hostPath, Cached& fresh) {
-        const std::int64_t now = ChangeStamp::Now();
-        const FileHandle file(hostPath, O_RDONLY | O_NONBLOCK);
-        struct stat status {};
-        if (!file || fstat(file.Descriptor(), &status) != 0) return errno;
-        if (S_ISDIR(status.st_mode)) return EISDIR;
-        if (!S_ISREG(status.st_mode)) return EACCES;
-        fresh.stamp = ChangeStamp::Of(status);
-        fresh.lasting = fresh.stamp.Settled(now);
-        return ReadAll(file, fresh.bytes);
-    }
-
-    std::mutex mutex_;
-    std::map<std::string, Cached> files_;
-};
-
-ProfileCache& Cache() {
-    static ProfileCache cache;
-    return cache;
+    Cached fresh;
+    error = ReadFile(hostPath, fresh);
+    if (error != 0) return nullptr;
+    const bool same = known != files.end() && known->second.bytes == fresh.bytes;
+    fresh.text = same ? known->second.text : std::make_shared<const ProfileText>(fresh.bytes);
+    if (files.size() >= kMostFiles && known == files.end()) files.clear();
+    return files.insert_or_assign(hostPath, std::move(fresh)).first->second.text;
 }
 
 std::string FolderOf(const std::string& hostPath) {
@@ -122,24 +108,23 @@ int Replace(const std::string& hostPath, const std::string& bytes, const struct 
 
 } // namespace
 
-std::string ReadProfileFile(OptionalText section, OptionalText key, OptionalText fallback, std::size_t bufferSize,
-                            const std::string& hostPath) {
+std::optional<std::string> ReadProfileFile(std::string_view section, std::string_view key, std::size_t bufferSize,
+                                           const std::string& hostPath) {
     int error = 0;
-    const auto text = Cache().Load(hostPath, error);
-    return text ? text->Read(section, key, fallback, bufferSize)
-                : ProfileText("").Read(section, key, fallback, bufferSize);
+    const auto text = Load(hostPath, error);
+    return text ? text->Read(section, key, bufferSize) : std::nullopt;
 }
 
-int WriteProfileFile(std::string_view section, OptionalText key, OptionalText value, const std::string& givenPath) {
+int WriteProfileFile(std::string_view section, std::string_view key, std::string_view value,
+                     const std::string& givenPath) {
     const std::string hostPath = BehindLinks(givenPath);
     struct stat old {};
     if (lstat(hostPath.c_str(), &old) != 0) {
         if (errno != ENOENT) return errno;
-        if (!key || !value) return stat(FolderOf(hostPath).c_str(), &old) == 0 ? 0 : errno; // nothing to delete
         return Replace(hostPath, ProfileText("").Write(section, key, value).value_or(""), nullptr);
     }
     int error = 0;
-    const auto text = Cache().Load(hostPath, error);
+    const auto text = Load(hostPath, error);
     if (error == 0) error = WhyNotWritable(hostPath, old);
     if (error != 0) return error;
     const auto bytes = text->Write(section, key, value);

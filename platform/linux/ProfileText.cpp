@@ -177,24 +177,12 @@ std::string_view ProfileText::ValueOf(const Entry& entry) const {
 
 // --- Reading ---------------------------------------------------------------------------------------------------------
 
-std::string ProfileText::Read(OptionalText section, OptionalText key, OptionalText fallback,
-                              std::size_t bufferSize) const {
-    const auto cutNames = [&](const std::string& names) { // cut or not, the list ends in a zero of its own
-        const std::string whole = Cut(names, bufferSize == 0 ? 0 : bufferSize - 1);
-        return whole.size() == names.size() ? whole : Cut(names, bufferSize < 2 ? 0 : bufferSize - 2);
-    };
-    const std::size_t most = bufferSize == 0 ? 0 : bufferSize - 1;
-    if (!section) return cutNames(SectionNames());
-    if (const Section* found = FindSection(NameArgument(*section))) {
-        if (!key) {
-            if (const std::string names = KeyNames(*found); !names.empty()) return cutNames(names);
-        } else if (const Entry* entry = FindEntry(*found, NameArgument(*key));
-                   entry && entry->equals != std::string::npos) {
-            return Cut(ValueOf(*entry), most);
-        }
-    }
-    const std::string_view text = Argument(fallback.value_or(""));
-    return Cut(text.substr(0, text.find_last_not_of(' ') + 1), most);
+std::optional<std::string> ProfileText::Read(std::string_view section, std::string_view key,
+                                             std::size_t bufferSize) const {
+    const Section* found = FindSection(NameArgument(section));
+    const Entry* entry = found ? FindEntry(*found, NameArgument(key)) : nullptr;
+    if (!entry || entry->equals == std::string::npos) return std::nullopt;
+    return Cut(ValueOf(*entry), bufferSize == 0 ? 0 : bufferSize - 1);
 }
 
 // At most `most` bytes of the file's own form (of the code page, for UTF-16), and no part of a character.
@@ -209,37 +197,14 @@ std::string ProfileText::Cut(std::string_view text, std::size_t most) const {
     return std::string(text.substr(0, at));
 }
 
-std::string ProfileText::SectionNames() const {
-    std::string names;
-    for (const Section& section : sections_) (names += Of(section.header.name)) += '\0';
-    return names;
-}
-
-std::string ProfileText::KeyNames(const Section& section) const {
-    std::string names;
-    for (const Entry& entry : section.entries)
-        if (entry.equals != std::string::npos) (names += Of(entry.name)) += '\0';
-    return names;
-}
-
 // --- Writing ---------------------------------------------------------------------------------------------------------
 
-std::optional<std::string> ProfileText::Write(std::string_view section, OptionalText key, OptionalText value) const {
+std::optional<std::string> ProfileText::Write(std::string_view section, std::string_view key,
+                                              std::string_view value) const {
     section = NameArgument(section);
+    const std::string_view name = NameArgument(key), text = Argument(value);
     const Section* found = FindSection(section);
-    if (!key) {
-        if (!found) return std::nullopt;
-        std::vector<Entry> lines = found->entries;
-        lines.insert(lines.begin(), found->header);
-        return Encode(Without(lines));
-    }
-    const std::string_view name = NameArgument(*key);
     const Entry* entry = found ? FindEntry(*found, name) : nullptr;
-    if (!value) {
-        if (!entry) return std::nullopt;
-        return Encode(Without({*entry}));
-    }
-    const std::string_view text = Argument(*value);
     if (entry) {
         if (entry->equals != std::string::npos) {
             const Span stored{entry->equals + 1, entry->line.end};
@@ -264,13 +229,6 @@ std::string ProfileText::WithNewLine(const Entry& behind, const std::string& lin
     const bool ended = behind.next > behind.line.end;
     std::string text = text_;
     return text.insert(behind.next, ended ? line : std::string(kLineBreak) + line);
-}
-
-std::string ProfileText::Without(const std::vector<Entry>& lines) const {
-    std::string text = text_;
-    for (auto line = lines.rbegin(); line != lines.rend(); ++line)
-        text.erase(line->line.start, line->next - line->line.start);
-    return text;
 }
 
 } // namespace korlan

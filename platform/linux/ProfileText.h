@@ -5,7 +5,7 @@
 //   first "]" or with its line. Keys before the first section do not exist. Only ";" at the start of a line is a
 //   comment.
 // - The value is what follows the first "="; one pair of equal quotes around it goes. A line without "=" is a key
-//   without a value: it hides later keys of its name and reads as the default.
+//   without a value: it hides later keys of its name and reads as missing.
 #pragma once
 
 #include "platform/IniFile.h"
@@ -24,12 +24,11 @@ public:
     // not understood: it spoils the first line, as on Windows.)
     explicit ProfileText(std::string_view bytes);
 
-    // As ReadProfileValue; the fallback loses the blanks at its end.
-    std::string Read(OptionalText section, OptionalText key, OptionalText fallback, std::size_t bufferSize) const;
+    // As ReadProfileValue.
+    std::optional<std::string> Read(std::string_view section, std::string_view key, std::size_t bufferSize) const;
 
     // The whole file with that one change, in the form it has; nothing when it says so already.
-    // A null key deletes the section: its header and keys go, comments and blank lines stay.
-    std::optional<std::string> Write(std::string_view section, OptionalText key, OptionalText value) const;
+    std::optional<std::string> Write(std::string_view section, std::string_view key, std::string_view value) const;
 
 private:
     enum class Coding { Ascii, Utf8, CodePage, Utf16 };
@@ -59,12 +58,9 @@ private:
     std::string_view ValueOf(const Entry& entry) const;
 
     std::string Cut(std::string_view text, std::size_t most) const;
-    std::string SectionNames() const;
-    std::string KeyNames(const Section& section) const;
 
     std::string WithValue(const Entry& entry, std::string_view value) const;
     std::string WithNewLine(const Entry& behind, const std::string& line) const;
-    std::string Without(const std::vector<Entry>& lines) const;
 
     Coding coding_ = Coding::Ascii;
     std::string text_;    // UTF-8, without a UTF-16 mark

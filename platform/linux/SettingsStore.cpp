@@ -1,8 +1,7 @@
 // The user's settings lie in the folder "korlan" of the XDG configuration folder: settings/<application>.ini holds the
 // settings, registry.ini what other programs would find in the registry (section: root and key, key: value name).
 // Names and values are stored in plain ASCII: any other byte, "%" and what the profile rules would not give back stand
-// as
-// "%" and two hexadecimal digits.
+// as "%" and two hexadecimal digits.
 #include "platform/SettingsStore.h"
 
 #include "platform/RuntimeError.h"
@@ -112,15 +111,9 @@ std::string Unescaped(std::string_view text) {
     return value;
 }
 
-// The stored value; nothing when there is none. (Told by asking with two different defaults.)
 std::optional<std::string> ReadStored(const std::string& file, const std::string& section, const std::string& key) {
-    const std::string sectionName = EscapedName(section), keyName = EscapedName(key);
-    const auto read = [&](const char* fallback) {
-        return ReadProfileFile(sectionName, keyName, fallback, kAnyLength, file);
-    };
-    const std::string stored = read("%");
-    if (stored == "%" && read("").empty()) return std::nullopt;
-    return Unescaped(stored);
+    const auto stored = ReadProfileFile(EscapedName(section), EscapedName(key), kAnyLength, file);
+    return stored ? std::optional(Unescaped(*stored)) : std::nullopt;
 }
 
 std::string SettingsFile(const std::string& application) {

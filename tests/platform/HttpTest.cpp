@@ -19,30 +19,30 @@ namespace {
 
 constexpr std::uint64_t kMegabyte = 1024 * 1024;
 
-class Session {
-public:
-    explicit Session(WaitSlice wait = {}) : handle_(OpenHttpSession("KlnUpdt", std::move(wait))) {}
-    ~Session() { CloseHttpHandle(handle_); }
-    HttpHandle Open(const std::string& url) const { return OpenHttpUrl(handle_, url); }
+std::unique_ptr<HttpSession> Session(WaitSlice wait = {}) {
+    return OpenHttpSession("KlnUpdt", std::move(wait));
+}
 
-private:
-    HttpHandle handle_;
-};
+bool Opens(const std::string& url) {
+    return Session()->OpenUrl(url) != nullptr;
+}
 
 struct WholeBody {
     std::string bytes;
     std::vector<std::size_t> blocks;
-    bool well = true;
+    HttpBody::End end = HttpBody::End::None;
 };
 
-WholeBody ReadAll(HttpHandle url) {
+WholeBody ReadAll(HttpBody& opened) {
     WholeBody body;
     std::string block(1024, '\0');
-    for (std::size_t read = 99;; body.blocks.push_back(read)) {
-        body.well = ReadHttpBlock(url, block, read);
-        if (read == 0) return body;
+    while (body.end == HttpBody::End::None) {
+        std::size_t read = 99;
+        body.end = opened.Read(block, read);
+        body.blocks.push_back(read);
         body.bytes.append(block, 0, read);
     }
+    return body;
 }
 
 std::string Pattern(std::size_t size) {
@@ -72,7 +72,7 @@ protected:
 
 // Neither the session nor the probe gets anything there.
 void ExpectNothingAt(const std::string& url) {
-    EXPECT_EQ(0, Session().Open(url)) << url;
+    EXPECT_FALSE(Opens(url)) << url;
     TransferControl control("KlnUpdt");
     EXPECT_EQ("", Probe(control, url)) << url;
 }
@@ -80,7 +80,7 @@ void ExpectNothingAt(const std::string& url) {
 TEST_F(HttpTest, SendsTheAddressAsItStandsButForBlanksAndBackslashes) {
     const auto expect = [&](const char* given, const char* sent) {
         server_.Answer(sent, {.body = "x"});
-        EXPECT_NE(0, Session().Open(server_.Url(given))) << given;
+        EXPECT_TRUE(Opens(server_.Url(given))) << given;
         EXPECT_EQ(sent, server_.Targets().back()) << given;
     };
     expect("/a b.zip", "/a%20b.zip");
@@ -105,7 +105,7 @@ TEST_F(HttpTest, RefusesAddressesWithoutAServerBehindThem) {
 
 TEST_F(HttpTest, AsksWithFewHeaders) {
     server_.Answer("/a", {});
-    Session().Open(server_.Url("/a"));
+    Opens(server_.Url("/a"));
     TransferControl control("Probe");
     Probe(control, server_.Url("/a"));
     ASSERT_EQ(2u, server_.Requests().size());
@@ -119,15 +119,16 @@ TEST_F(HttpTest, FillsBlocksUntilTheBodyEnds) {
     const std::string body = Pattern(2500);
     const auto expect = [&](const std::vector<std::size_t>& blocks, const HttpAnswer& answer) {
         server_.Answer("/a", answer);
-        const Session session;
-        const HttpHandle url = session.Open(server_.Url("/a"));
-        const WholeBody read = ReadAll(url), again = ReadAll(url);
+        const auto session = Session();
+        const auto url = session->OpenUrl(server_.Url("/a"));
+        const WholeBody read = ReadAll(*url), again = ReadAll(*url);
         EXPECT_EQ(blocks, read.blocks);
         EXPECT_EQ(answer.body.substr(0, read.bytes.size()), read.bytes);
-        EXPECT_TRUE(read.well && again.well && again.bytes.empty()) << "the end is not the end";
+        for (const HttpBody::End end : {read.end, again.end}) EXPECT_EQ(HttpBody::End::OfBody, end);
+        EXPECT_EQ("", again.bytes) << "the end is not the end";
     };
     const std::vector<std::size_t> whole{1024, 1024, 452}, cut{1024, 476};
-    expect({1024}, {.body = Pattern(1024)});
+    expect({1024, 0}, {.body = Pattern(1024)});
     expect(whole, {.body = body, .pieceSize = 7});
     expect(whole, {.body = body, .chunked = true, .pieceSize = 100});
     expect(cut, {.body = body, .declaredLength = "9999", .cutsAfter = 1500});
@@ -139,31 +140,33 @@ TEST_F(HttpTest, OpensByTheStatusOfTheFinalAnswer) {
     server_.Answer("/good", {.body = "good"});
     for (const int status : {200, 206, 300, 304, 399, 400, 401, 404, 500}) {
         server_.Answer("/a", {.status = status, .reason = "Odd", .body = status == 304 ? "" : "page"});
-        EXPECT_EQ(status < 400, Session().Open(server_.Url("/a")) != 0) << status;
+        EXPECT_EQ(status < 400, Opens(server_.Url("/a"))) << status;
     }
     for (const int status : {301, 302, 303, 307, 308}) {
         server_.Redirect("/a", "/good", status);
-        const Session session;
-        EXPECT_EQ("good", ReadAll(session.Open(server_.Url("/a"))).bytes) << status;
+        const auto session = Session();
+        EXPECT_EQ("good", ReadAll(*session->OpenUrl(server_.Url("/a"))).bytes) << status;
     }
     server_.Redirect("/out", "file:///etc/passwd");
-    EXPECT_EQ(0, Session().Open(server_.Url("/out")));
+    EXPECT_FALSE(Opens(server_.Url("/out")));
     server_.Redirect("/loop", "/loop");
     const std::size_t before = server_.Requests().size();
-    EXPECT_EQ(0, Session().Open(server_.Url("/loop")));
+    EXPECT_FALSE(Opens(server_.Url("/loop")));
     EXPECT_EQ(before + 21, server_.Requests().size());
 }
 
 TEST_F(HttpTest, BoundsWhatAnUnreadBodyFetchesAndLeavesNoSocket) {
     for (const char* target : {"/unread", "/read"}) server_.Answer(target, {.filling = 30 * kMegabyte});
-    std::optional<Session> session(std::in_place);
-    const HttpHandle unread = session->Open(server_.Url("/unread"));
-    EXPECT_EQ(30 * kMegabyte, ReadAll(session->Open(server_.Url("/read"))).bytes.size());
-    EXPECT_LT(server_.BytesSent("/unread"), 16 * kMegabyte); // what the system's own buffers hold
-    EXPECT_EQ(2, server_.MostConnectionsAtOnce());
-    EXPECT_EQ(30 * kMegabyte, ReadAll(unread).bytes.size()) << "a paused body goes on";
+    auto session = Session();
+    const auto unread = session->OpenUrl(server_.Url("/unread")), read = session->OpenUrl(server_.Url("/read")),
+               open = session->OpenUrl(server_.Url("/unread"));
+    EXPECT_EQ(30 * kMegabyte, ReadAll(*read).bytes.size());
+    EXPECT_LT(server_.BytesSent("/unread"), 32 * kMegabyte); // what the system's own buffers hold
+    EXPECT_EQ(3, server_.MostConnectionsAtOnce());
+    EXPECT_EQ(30 * kMegabyte, ReadAll(*unread).bytes.size()) << "a paused body goes on";
     session.reset();
     EXPECT_TRUE(server_.AllConnectionsClosed());
+    EXPECT_EQ(HttpBody::End::Failed, ReadAll(*open).end) << "closed with its session";
 }
 
 TEST_F(HttpTest, EveryKindOfWaitIsAbandonedAtOnceOrAtTheTimeLimit) {
@@ -173,16 +176,19 @@ TEST_F(HttpTest, EveryKindOfWaitIsAbandonedAtOnceOrAtTheTimeLimit) {
     const std::string urls[] = {"http://stalled.test/a", silent.Url(), server_.Url("/headers")};
     for (const std::string& url : urls) {
         int slices = 0;
-        const Session session([&] { return ++slices < 3; });
-        EXPECT_EQ(0, session.Open(url)) << url;
+        EXPECT_EQ(nullptr, Session([&] { return ++slices < 3; })->OpenUrl(url)) << url;
         EXPECT_EQ(3, slices) << url;
     }
     SetHttpTimeLimit(std::chrono::milliseconds(200));
     for (const std::string& url : urls) ExpectNothingAt(url);
-    const Session session;
-    const WholeBody body = ReadAll(session.Open(server_.Url("/body")));
-    EXPECT_FALSE(body.well);
-    EXPECT_EQ(1024u, body.bytes.size());
+    for (const bool abandoned : {true, false}) { // what came before the end of the wait is not lost
+        int idle = 0;
+        const auto session = Session([&] { return !abandoned || server_.BytesSent("/body") < 1500 || idle++ == 0; });
+        const auto url = session->OpenUrl(server_.Url("/body"));
+        const WholeBody body = ReadAll(*url);
+        EXPECT_EQ(HttpBody::End::Failed, body.end);
+        EXPECT_EQ(Pattern(1500), body.bytes);
+    }
 }
 
 // A question may stand before the user for minutes while the connection comes about behind it.
@@ -197,8 +203,7 @@ TEST_F(HttpTest, TheTimeAHandlerTakesIsNotCounted) {
         lookUp.reset();
         return true;
     };
-    const Session session(handler);
-    EXPECT_NE(0, session.Open(url));
+    EXPECT_NE(nullptr, Session(handler)->OpenUrl(url));
 
     lookUp.emplace("slow.here.test");
     TransferControl control("KlnUpdt");
