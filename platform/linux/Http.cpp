@@ -1,11 +1,12 @@
 // platform/Http.h on libcurl's multi interface: one CURLM a session, turned by the caller's own reads.
 #include "platform/Http.h"
 
+#include "platform/HttpText.h"
+
 #include <curl/curl.h>
 
 #include <algorithm>
 #include <csignal>
-#include <cstring>
 #include <set>
 #include <string_view>
 #include <vector>
@@ -30,48 +31,6 @@ void StartLibrary() {
         if (sigaction(SIGPIPE, nullptr, &current) == 0 && current.sa_handler == SIG_DFL) std::signal(SIGPIPE, SIG_IGN);
         return curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
     }();
-}
-
-bool EqualNoCase(std::string_view a, std::string_view b) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-    return std::ranges::equal(a, b, {}, lower, lower);
-}
-
-std::string_view TrimmedBlanks(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(" \t\r\n");
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
-}
-
-// The address as it goes out; "" when it is none of http or https with a host.
-std::string WireUrl(std::string_view url) {
-    while (url.ends_with(' ')) url.remove_suffix(1);
-    const std::size_t query = std::min(url.find('?'), url.size());
-    std::string wire;
-    for (std::size_t i = 0; i < url.size(); ++i) {
-        if (url[i] == ' ')
-            wire += "%20";
-        else
-            wire += url[i] == '\\' && i < query ? '/' : url[i];
-    }
-    for (const std::string_view scheme : {"http://", "https://"}) {
-        const bool hostFollows = wire.size() > scheme.size() && !std::strchr("/?#", wire[scheme.size()]);
-        if (EqualNoCase(std::string_view(wire).substr(0, scheme.size()), scheme) && hostFollows) return wire;
-    }
-    return {};
-}
-
-// Value of one header of a header text, "" when missing.
-std::string_view HeaderValue(std::string_view text, std::string_view name) {
-    while (!text.empty()) {
-        const std::string_view line = text.substr(0, text.find('\n'));
-        const std::size_t colon = line.find(':');
-        if (colon != std::string_view::npos && EqualNoCase(line.substr(0, colon), name)) {
-            return TrimmedBlanks(line.substr(colon + 1));
-        }
-        text.remove_prefix(std::min(line.size() + 1, text.size()));
-    }
-    return {};
 }
 
 struct MultiCleanup {
@@ -254,7 +213,7 @@ bool Transfer::AddHeaderLine(std::string_view line) {
     RestartClock();
     if (answered_) return true; // trailers of a chunked body
     if (headersComplete_) headers_.clear();
-    headersComplete_ = TrimmedBlanks(line).empty();
+    headersComplete_ = line.find_first_not_of(" \t\r\n") == std::string_view::npos;
     if (headers_.size() + line.size() > kHeaderBytes) return false;
     headers_ += line;
     if (!headersComplete_) return true;

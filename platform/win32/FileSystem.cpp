@@ -139,8 +139,7 @@ void CreateOneFolder(const std::string& path) {
     const std::wstring wide = FilePath(path);
     if (CreateDirectoryW(wide.c_str(), nullptr)) return;
     const DWORD error = GetLastError();
-    if (error == ERROR_FILE_NOT_FOUND) RaiseFileError(kErrPathNotFound);
-    RaiseHostError(error, wide);
+    RaiseHostError(error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error, wide);
 }
 
 std::string CurrentFolder() {
@@ -154,8 +153,7 @@ void ChangeCurrentFolder(const std::string& path) {
     const std::wstring wide = FilePath(path);
     if (!wide.empty() && SetCurrentDirectoryW(wide.c_str())) return;
     const DWORD error = wide.empty() ? ERROR_PATH_NOT_FOUND : GetLastError();
-    if (error == ERROR_FILE_NOT_FOUND) RaiseFileError(kErrPathNotFound);
-    RaiseHostError(error, wide);
+    RaiseHostError(error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error, wide);
 }
 
 // --- Time stamps -----------------------------------------------------------------------------------------------------
@@ -216,8 +214,9 @@ OutputFile::OutputFile(const std::string& path, Mode mode) : impl_(std::make_uni
     impl_->mode = mode;
     // A hidden or system file keeps its attributes: an existing one is emptied, not created anew.
     impl_->file = FileHandle(impl_->path, mode == Mode::Append ? FILE_APPEND_DATA : GENERIC_WRITE, OPEN_ALWAYS);
-    if (!impl_->file || (mode == Mode::Create && !SetEndOfFile(impl_->file.Get())))
-        RaiseHostError(GetLastError(), impl_->path);
+    if (impl_->file && (mode == Mode::Append || SetEndOfFile(impl_->file.Get()))) return;
+    const DWORD error = GetLastError();
+    RaiseHostError(error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error, impl_->path); // it would be made
 }
 
 OutputFile::~OutputFile() {

@@ -15,9 +15,16 @@ std::int32_t NumberOfRefusal(const std::wstring& path) {
     return byKind ? kErrPathAccess : kErrPermissionDenied;
 }
 
+bool FolderOfIsThere(const std::wstring& path) {
+    const std::size_t end = path.find_last_of(L"\\/:", path.find_last_not_of(L"\\/"));
+    if (end == std::wstring::npos) return true;
+    const DWORD attributes = GetFileAttributesW(path.substr(0, end + 1).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
 std::int32_t ErrorNumberOf(DWORD error, const std::wstring& path) {
     switch (error) {
-    case ERROR_FILE_NOT_FOUND: return kErrFileNotFound;
+    case ERROR_FILE_NOT_FOUND: return FolderOfIsThere(path) ? kErrFileNotFound : kErrPathNotFound;
     case ERROR_PATH_NOT_FOUND:
     case ERROR_INVALID_DRIVE:
     case ERROR_INVALID_NAME:

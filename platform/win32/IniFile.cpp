@@ -43,17 +43,17 @@ std::optional<std::string> FilePathOf(const std::string& file) {
 std::optional<std::string> ReadProfileValue(std::string_view section, std::string_view key, std::size_t bufferSize,
                                             const std::string& file) {
     const auto path = FilePathOf(file);
-    if (!path || path->empty() || bufferSize == 0) return std::nullopt;
+    if (!path || path->empty()) return std::nullopt;
     const std::string fileBytes = BytesOfFile(file);
     const std::string sectionBytes = InFormOf(section, fileBytes), keyBytes = InFormOf(key, fileBytes);
-    std::string value(bufferSize, '\0');
-    // Told apart from a value by asking with two different defaults.
-    const auto read = [&](const char* fallback) {
-        return GetPrivateProfileStringA(sectionBytes.c_str(), keyBytes.c_str(), fallback, value.data(),
-                                        static_cast<DWORD>(value.size()), path->c_str());
+    const auto read = [&](const char* fallback, std::string& value) {
+        value.resize(GetPrivateProfileStringA(sectionBytes.c_str(), keyBytes.c_str(), fallback, value.data(),
+                                              static_cast<DWORD>(value.size()), path->c_str()));
+        return !value.empty();
     };
-    if (read("") == 0 && read("?") != 0) return std::nullopt;
-    value.resize(read(""));
+    std::string first(4, '\0'), second(4, '\0'), value(bufferSize, '\0');
+    if (!read("", first) && read("?", second)) return std::nullopt; // an empty value stays empty for any default
+    read("", value);
     return IsValidUtf8(fileBytes) ? value : TextFromCodePage(value);
 }
 

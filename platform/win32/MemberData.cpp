@@ -76,7 +76,7 @@ std::string_view MemberData::Next() {
     }
     written_ += bytes.size();
     damaged_ = damaged_ || written_ > member_.size;
-    if (damaged_) return {};
+    if (damaged_ || bytes.empty()) return {};
     sum_ = static_cast<std::uint32_t>(
         crc32(sum_, reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uInt>(bytes.size())));
     return bytes;

@@ -31,6 +31,8 @@ void MakeFolders(const std::string& path) {
     CreateDirectoryW(PathOrNone(path).c_str(), nullptr);
 }
 
+constexpr std::size_t kLongestName = 255; // UTF-16 units
+
 // Names that the system takes for devices in every folder, whatever extension they have.
 bool NamesADevice(const std::string& name) {
     const std::string stem = UpperCaseText(name.substr(0, name.find('.')));
@@ -83,13 +85,20 @@ public:
 
     void Remove(const std::string& temporaryName) const { DeleteFileW(Path(temporaryName).c_str()); }
 
-    // Gives the closed file its name; 0 or the system's error.
+    // Gives the closed file its name; 0 or the system's error. A library that runs, this program's own among them, can
+    // be renamed but not replaced: it goes aside as NAME.old, which the next one of that name clears away.
     DWORD Install(const std::string& temporaryName, const std::string& name) const {
+        const std::wstring from = Path(temporaryName), to = Path(name), aside = Path(name + ".old");
         const DWORD before = Attributes(name);
-        if (IsThere(name)) SetFileAttributesW(Path(name).c_str(), FILE_ATTRIBUTE_NORMAL);
-        if (MoveFileExW(Path(temporaryName).c_str(), Path(name).c_str(), MOVEFILE_REPLACE_EXISTING)) return 0;
+        if (IsThere(name)) SetFileAttributesW(to.c_str(), FILE_ATTRIBUTE_NORMAL);
+        if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING)) return 0;
         const DWORD error = GetLastError();
-        if (IsThere(name)) SetFileAttributesW(Path(name).c_str(), before);
+        const bool inUse = error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
+        if (inUse && MoveFileExW(to.c_str(), aside.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+            if (MoveFileExW(from.c_str(), to.c_str(), 0)) return DeleteFileW(aside.c_str()), 0;
+            MoveFileExW(aside.c_str(), to.c_str(), 0);
+        }
+        if (IsThere(name)) SetFileAttributesW(to.c_str(), before);
         return error;
     }
 
@@ -172,7 +181,7 @@ void Extraction::TakeMember(const ZipMember& member, std::uint64_t dataBegin) {
     if (!lists_.Want(member.name)) return;
     if (member.special) return LeaveOut(member, Outcome::Warning, "is not a file");
     const std::string name = LastComponent(member.name);
-    if (!MayNameAFile(name) || NamesADevice(name))
+    if (!MayNameAFile(name) || NamesADevice(name) || Wide(name).size() > kLongestName)
         return LeaveOut(member, Outcome::Warning, "has no name a file may have");
     if (functions_.message) functions_.message(Listed(member));
     const std::string target = folder_->Spelling(name);

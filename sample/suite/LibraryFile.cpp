@@ -180,12 +180,13 @@ void SaveLibrary(const LibraryFile& library, const std::string& path) {
     ParseLibrary(bytes); // names twice or with a zero byte would make a file that nobody reads
     const std::string temporary = path + ".new";
     std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
+    const bool opened = file.is_open();
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     file.close();
     std::error_code failed = std::make_error_code(std::errc::io_error);
     if (file) std::filesystem::rename(temporary, path, failed);
     if (!failed) return;
-    std::filesystem::remove(temporary, failed);
+    if (opened) std::filesystem::remove(temporary, failed);
     throw LibraryFileError("cannot write " + path);
 }
 

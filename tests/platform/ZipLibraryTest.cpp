@@ -1,14 +1,13 @@
 // Archives with everything that a server, a tool or an attacker may put into them, on real files.
 #include "platform/ZipLibrary.h"
 
+#include "platform/FileSystem.h"
+#include "tests/support/Failing.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/ZipWriter.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-
-#include <csignal>
 
 namespace korlan {
 namespace {
@@ -96,7 +95,7 @@ TEST_F(ZipLibraryTest, OnlyFilesAreMadeOfMembers) {
     const ZipEntry marked{.name = "marked", .data = "", .attributes = 0x10};
     EXPECT_EQ(Unzip(ZipWriter().Add({"folder/", ""}).Add(marked).Add(unixEntry("tool", 0100755))), 0);
     EXPECT_THAT(drive_.Names("OUT"), ElementsAre("tool"));
-    EXPECT_EQ(access(drive_.HostPathOf("OUT/tool").c_str(), X_OK), 0) << "a program stays one";
+    EXPECT_TRUE(kOnWindows || access(drive_.HostPathOf("OUT/tool").c_str(), 1) == 0) << "a program stays one";
     for (const std::uint32_t type : {0120777u, 0020666u, 0010666u}) { // links, devices, pipes
         EmptyOut();
         EXPECT_EQ(Unzip(ZipWriter().Add(unixEntry("link", type)).Add({"after", "x"})), 1) << type;
@@ -116,14 +115,17 @@ TEST_F(ZipLibraryTest, MembersKeepTheirOwnTime) {
         {kWest, DosDate(1980, 1, 1), DosTime(0, 0, 0), -86399, -86399},
     };
     for (const auto& [zone, date, time, extended, seconds] : cases) {
+        if (kOnWindows && !extended) continue; // the zone is the system's there, for all programs
         const ScopedVariable variable("TZ", zone);
         tzset();
         EmptyOut();
         const ZipEntry entry{.name = "A.TXT", .data = "x", .date = date, .time = time, .extendedTime = extended};
         EXPECT_EQ(Unzip(ZipWriter().Add(entry)), 0);
-        struct stat status {};
-        EXPECT_EQ(stat(drive_.HostPathOf("OUT/A.TXT").c_str(), &status), 0);
-        EXPECT_EQ(status.st_mtim.tv_sec, seconds) << zone << " " << date << " " << time;
+        const std::int32_t handle = OpenForStamp("C:\\OUT\\A.TXT");
+        std::int64_t ticks = 0;
+        EXPECT_TRUE(ReadWriteTime(handle, ticks));
+        CloseStamp(handle);
+        EXPECT_EQ(ticks / 10'000'000 - 11'644'473'600, seconds) << zone << " " << date << " " << time;
     }
     tzset();
 }
@@ -150,6 +152,7 @@ TEST_F(ZipLibraryTest, AsksBeforeItReplaces) {
 TEST_F(ZipLibraryTest, WhichFileAMemberReplaces) {
     EXPECT_EQ(Unzip(ZipWriter().Add({"x/A.TXT", "first"}).Add({"y/a.txt", "second"})), 0);
     EXPECT_THAT(asked_, ElementsAre("y/a.txt")) << "the second member of a name";
+    if (kOnWindows) return; // a user may make no links there
     answers_ = {kOverwriteYes};
     drive_.Write("OUTSIDE.TXT", "mine");
     std::filesystem::create_symlink(drive_.HostPathOf("OUTSIDE.TXT"), drive_.HostPathOf("OUT/LINK"));
@@ -198,21 +201,19 @@ TEST_F(ZipLibraryTest, EveryDamagedByteIsSurvived) {
     }
 }
 
+#ifndef _WIN32
 TEST_F(ZipLibraryTest, AFullDiskEndsTheExtraction) {
     const ZipEntry large{"LARGE.BIN", std::string(300'000, 'x')};
     drive_.Write("A.ZIP", ZipWriter().Add({"SMALL.TXT", "small"}).Add(large).Add({"LAST.TXT", "last"}).Bytes());
     drive_.Write("OUT/LARGE.BIN", "old");
     answers_ = {kOverwriteYes};
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit small{100'000, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
-    EXPECT_EQ(Unzip(), 50);
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
+    {
+        const FullDisk disk(100'000);
+        EXPECT_EQ(Unzip(), 50);
+    }
     EXPECT_EQ(Out(), "LARGE.BIN=old;SMALL.TXT=small;") << "no torn file, no temporary one";
 }
+#endif
 
 TEST_F(ZipLibraryTest, PasswordsOpenMembersOrLeaveThemOut) {
     // The members one.txt and two.txt are encrypted with "right", plain.txt is not.
@@ -222,7 +223,8 @@ TEST_F(ZipLibraryTest, PasswordsOpenMembersOrLeaveThemOut) {
         {{"wrong", "right"}, 2, 0},
         {{"a", "b", "c", "right"}, 3, 82},
     };
-    for (const char* encryption : {"zipcrypt", "aes256"}) {
+    for (const std::string encryption : {"zipcrypt", "aes256"}) {
+        if (kOnWindows && encryption == "aes256") continue; // left out as an unknown method
         std::ifstream file(std::string(KLN_TEST_DATA "/zip/") + encryption + ".zip", std::ios::binary);
         const std::string archive(std::istreambuf_iterator<char>(file), {});
         for (const auto& [passwords, asked, code] : cases) {

@@ -2,8 +2,13 @@
 #pragma once
 
 #include "platform/RuntimeError.h"
+#include "tests/support/Host.h"
 
-#include <unistd.h>
+#ifndef _WIN32
+#include <sys/resource.h>
+
+#include <csignal>
+#endif
 
 #include <cstdint>
 #include <stdexcept>
@@ -21,6 +26,29 @@ std::int32_t ErrorOf(Call&& call) {
     }
 }
 
+#ifdef _WIN32
+struct AsOrdinaryUser { // the tests are one
+    AsOrdinaryUser() {}
+};
+#else
+
+// While this lives no file may grow beyond that many bytes, as on a disk that is full.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit small{bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
+
+private:
+    rlimit before_{};
+};
+
 // The administrator may do anything on this host. While this lives, the process is somebody else.
 class AsOrdinaryUser {
 public:
@@ -37,5 +65,6 @@ public:
 private:
     uid_t user_ = geteuid();
 };
+#endif
 
 } // namespace korlan::test
