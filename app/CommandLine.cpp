@@ -39,7 +39,7 @@ void TakeFile(const std::string& argument) {
     if (!found.empty() && LowerCase(argument).ends_with(LowerCase(found))) Settings.CommandFile = argument;
 }
 
-// Kept: the letters end at Y, so drive Z is tried as a folder.
+// The letters end at Y: drive Z is tried as a folder, and one that is away gets its warning.
 bool IsBareDrive(const std::string& path) {
     return (path.size() == 2 || (path.size() == 3 && path[2] == '\\')) && path[1] == ':' && path[0] > 64 &&
            path[0] < 90;
@@ -51,7 +51,7 @@ void ParseCommandLine() {
     Settings.SysPath = GetAppFolder() + "\\sys";
     Settings.CommandFile.clear();
     const std::vector<std::string> arguments = SplitArguments(ProgramCommandLine());
-    if (arguments.size() > kMostArguments) return; // kept: even a valid one among them is not taken
+    if (arguments.size() > kMostArguments) return; // even a valid one among them is not taken
     for (const std::string& argument : arguments) {
         if (LowerCase(Left(argument, 5)) == kFolderPrefix) {
             TakeFolder(Trim(Mid(argument, 6)));

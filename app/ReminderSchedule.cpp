@@ -14,7 +14,7 @@ void Store(const char* key, const std::string& value) {
     RegistryWrite(kSettingsApplication, kSettingsSection, key, value);
 }
 
-// Day first, whatever the user's regional settings are. Kept: each part comes from a reading of the clock of its own.
+// Day first, whatever the user's regional settings are. Each part is read from the clock anew.
 std::string DateTextBeforeToday(std::int32_t days) {
     std::string text = DecimalText(DateBefore(Today(), days).day);
     text += "/" + DecimalText(DateBefore(Today(), days).month);

@@ -26,9 +26,9 @@ namespace korlan {
 namespace {
 
 void HideLaterControls() {
-    const std::initializer_list<Control*> later = {&frmUpdate.LblLive, &frmUpdate.Option2, &frmUpdate.Option3,
-                                                   &frmUpdate.Option4, &frmUpdate.CmdRetry};
-    for (Control* control : later) control->SetVisible(false);
+    for (Control* later : std::initializer_list<Control*>{&frmUpdate.LblLive, &frmUpdate.Option2, &frmUpdate.Option3,
+                                                          &frmUpdate.Option4, &frmUpdate.CmdRetry})
+        later->SetVisible(false);
 }
 
 void RefuseWhileSuiteRuns() {

@@ -30,17 +30,10 @@ void Quietly(Handler handler) {
     }
 }
 
-std::string InTempFolder(const std::string& name) {
-    return Settings.TempFolder + "\\" + name;
-}
-
 // True when the file of that name came from the server into the temporary folder.
 bool Fetch(const std::string& name) {
     std::int32_t done = 0;
-    std::int32_t expectedSize = 0;
-    std::int32_t showStatus = 1;
-    std::string label;
-    DownloadFile(Settings.UpdateUrl + "/" + name, InTempFolder(name), done, expectedSize, label, showStatus);
+    DownloadFile(Settings.UpdateUrl + "/" + name, InTempFolder(name), done, 0, "", 1);
     return done != 0; // an unknown size always counts as a failed download, so that flag says nothing here
 }
 
@@ -57,7 +50,7 @@ void ShowConnectionError() {
     frmUpdate.WizardState = 1;
     frmUpdate.cmdUpdate.SetVisible(false);
     frmUpdate.cmdCancel.SetCaption(GetLocalText("&Close", "9917"));
-    // Kept: "occured" and the missing blank.
+    // The text is fixed, "occured" and the missing blank included.
     frmUpdate.lblUpdate.SetCaption(
         GetLocalText("Live Update Error. An internet connection error occured.Please try again later", "991849"));
 }
@@ -67,27 +60,14 @@ void ShowConnectionError() {
 void CheckForNewerBuild() {
     const std::string note = "KlnUpdt.txt";
     LiveUpdateStatus();
-    if (FileExists(InTempFolder(note))) {
-        SetAttributesNormal(InTempFolder(note));
-        EraseFile(InTempFolder(note));
-    }
+    if (FileExists(InTempFolder(note))) RemoveFile(InTempFolder(note));
     if (!Fetch(note)) return;
     const std::string serverDate = FirstLine(InTempFolder(note));
-    std::string program = GetAppFolder();
-    AddBackslash(program);
     std::int32_t newer = 0;
-    CompareDates(GetFileStamp(program + "KlnUpdt.EXE"), serverDate, newer);
+    CompareDates(GetFileStamp(GetAppFolder() + "\\KlnUpdt.EXE"), serverDate, newer);
     if (newer == 0) return;
     StartProgram(GetAppFolder() + "\\KLNUPSLF.EXE", WindowStyle::NormalFocus);
     throw RuntimeError(kErrDeliberateAbort);
-}
-
-void ShowNoUpdates() {
-    frmUpdate.WizardState = 1;
-    frmUpdate.lblUpdate.SetCaption(GetLocalText("No updates found", "991848"));
-    frmUpdate.cmdUpdate.SetVisible(false);
-    frmUpdate.cmdCancel.SetCaption(GetLocalText("Finish", "11200"));
-    EditMsgline("");
 }
 
 // What Update and Retry alike do when no transfer failed.
@@ -123,7 +103,8 @@ void Update() {
     if (failed == 0) RecordSuccess(GetLocalText("Live Update completed Successfully", "10486"));
 }
 
-// Kept: Retry uses other identifiers than Update for the same texts, and names the button Next only after success.
+// Retry has other identifiers than Update for the same texts, by which they are translated, and names the button Next
+// only after success.
 void Retry() {
     frmUpdate.CmdRetry.SetEnabled(false);
     frmUpdate.IsRetry = 1;
@@ -136,15 +117,12 @@ void Retry() {
         return;
     }
     frmUpdate.CmdRetry.SetEnabled(true);
-    frmUpdate.cmdCancel.SetVisible(true);
-    frmUpdate.cmdUpdate.SetVisible(false);
-    frmUpdate.CmdRetry.SetCaption(GetLocalText("Retry", "991852"));
-    EditMsgline(GetLocalText("Live Update failed.", "991855") + GetLocalText("Click Retry to try again", "991856"));
+    ShowRetry(GetLocalText("Live Update failed.", "991855") + GetLocalText("Click Retry to try again", "991856"));
 }
 
 void TurnToReminderPage() {
     frmUpdate.lvwFilesList.SetVisible(false);
-    // Kept: 991860 and 991861 stand the other way round than after a search.
+    // 991860 and 991861 stand the other way round than after a search, on purpose.
     frmUpdate.lblUpdate.SetCaption(GetLocalText("Live Update completed Successfully", "991861"));
     frmUpdate.lblMsgline.SetVisible(false);
     ShowReminderOptions(GetLocalText("Configure Korlan Live Updates", "991860"));
@@ -153,7 +131,7 @@ void TurnToReminderPage() {
 }
 
 void QuitWhileBusy() {
-    // Kept: "Updation".
+    // The text is fixed, "Updation" included.
     const std::string question = GetLocalText("Updation in progress, do you want to quit live update", "991862");
     if (ShowMsgBox(question, kBoxYesNo + kBoxQuestion, GetSysName()) != kAnswerYes) return;
     RegistryWrite(kSettingsApplication, kSettingsSection, "LiveDay", "0");
@@ -224,7 +202,7 @@ void Option3_Click() {
     frmUpdate.LblOptionExplain.SetCaption(GetLocalText("Run Live Update Program after 30 days", "991876"));
 }
 
-void Option4_Click() { // kept: the identifier of the first option
+void Option4_Click() { // the identifier of the first option, whose text translations show
     frmUpdate.LblOptionExplain.SetCaption(GetLocalText("Turn Off any future Live Updates", "991869"));
 }
 

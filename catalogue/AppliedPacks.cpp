@@ -3,6 +3,7 @@
 #include "app/base/Settings.h"
 #include "app/base/TextHelpers.h"
 #include "catalogue/FileTables.h"
+#include "platform/IniFile.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -43,7 +44,7 @@ std::string Normalised(const std::string& archive) {
     return UpperCase(Trim(archive));
 }
 
-// Kept: a pack without marked members counts as applied.
+// A pack without marked members has nothing left to install and counts as applied.
 bool IsApplied(const SPRecord& pack, const std::unordered_set<std::string>& installed) {
     return std::all_of(pack.Files.begin(), pack.Files.end(), [&](const SPMember& member) {
         return member.UpdateFlag != 1 || installed.contains(Normalised(member.FileZipName));
@@ -72,6 +73,13 @@ void UpdateIniFile() {
 void UpdateIniNoUpdatesFound() {
     std::int32_t number = ReadCount(kPackSection);
     for (const SPRecord& pack : Tables.FileArraySP) WritePack(++number, pack.FileName);
+}
+
+void RecordModels(const std::string& archiveName) {
+    Tables.AppliedSPCList.Append(archiveName);
+    const std::string number = DecimalText(Tables.AppliedSPCList.UpperBound());
+    WriteProfileValue(kModelSection, "number", number, Settings.IniFilePath);
+    WriteProfileValue(kModelSection, number, archiveName, Settings.IniFilePath);
 }
 
 } // namespace korlan

@@ -2,6 +2,8 @@
 // simulation-model archives ("LIVEUPDATESPCFILEFROMWEB"). Key "Number" counts, keys "1" to "n" hold the entries.
 #pragma once
 
+#include <string>
+
 namespace korlan {
 
 // Reads both lists into Tables.AppliedSPList and AppliedSPCList (a missing key is an empty entry; at most 32767
@@ -14,5 +16,8 @@ void UpdateIniFile();
 
 // After a search that leaves nothing to install: records every pack of the search.
 void UpdateIniNoUpdatesFound();
+
+// Adds an archive of simulation models to its list. A file that refuses is passed over without a message.
+void RecordModels(const std::string& archiveName);
 
 } // namespace korlan

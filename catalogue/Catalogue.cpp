@@ -63,14 +63,11 @@ void MergeFolderRow(const FileRecord& record) {
 void FetchServicePack(std::int32_t index, std::string& cataloguePath, std::int32_t& result) {
     SPRecord& pack = Tables.FileArraySP[index];
     RequireInsideFolder(pack.FileName);
-    cataloguePath = Settings.TempFolder + "\\" + pack.FileName;
+    cataloguePath = InTempFolder(pack.FileName);
     LiveUpdateStatus();
     pack.Files.Clear();
-    std::int32_t expectedSize = 0;
-    std::int32_t showStatus = 1;
-    std::string label;
-    // Kept: result is the transfer's completion flag and is not reset between packs.
-    DownloadFile(Settings.UpdateUrl + "/" + pack.FileName, cataloguePath, result, expectedSize, label, showStatus);
+    // Not reset between packs: after a failed transfer an older copy of the pack, if there is one, is read.
+    DownloadFile(Settings.UpdateUrl + "/" + pack.FileName, cataloguePath, result, 0, "", 1);
     if (result != 0) GetFilesInsideSP(cataloguePath, index);
 }
 

@@ -29,15 +29,11 @@ std::string DestinationFolder(const FileRecord& record) {
 }
 
 void JudgeRecord(FileRecord& record, const std::string& targetPath) {
-    if (!FileExists(targetPath)) {
+    if (FileExists(targetPath)) {
+        CompareDates(GetFileStamp(targetPath), record.Filedate, record.UpdateFlag);
+    } else {
         record.UpdateFlag = 1;
-        return;
     }
-    const std::string local = Trim(GetFileStamp(targetPath));
-    const std::string server = Trim(record.Filedate);
-    if (local == server) return;
-    if (DiffersBeforeSeconds(local, server)) record.UpdateFlag = 1; // stands only when the next line raises
-    record.UpdateFlag = IsEarlier(local, server) ? 1 : 0;
 }
 
 bool ModelInstalledBefore(const FileRecord& record) {
@@ -60,7 +56,7 @@ void CompareRecord(std::int32_t index, std::unordered_set<std::string>& handled)
     if (record.UpdateFlag != 1) return;
     record.LocalFile = targetPath;
     record.ServerZipName = record.FileZipName;
-    record.TempZipFile = Settings.TempFolder + "\\" + record.ServerZipName;
+    record.TempZipFile = InTempFolder(record.ServerZipName);
     record.LocalFolder = folder;
 }
 
@@ -89,12 +85,12 @@ void CompareUpdatableFiles() {
 std::string GetFileStamp(const std::string& path) {
     if (FindNormalFile(path).empty()) return StampFailure("Can't find the file", kBoxExclamation);
     const StampHandle handle{OpenForStamp(path)};
-    // Kept: a failed open is -1 and passes; reading the time then fails.
+    // A failed open is -1 and passes: reading the time then tells.
     if (static_cast<std::int16_t>(handle.value) == 0) return StampFailure("Can't open the file", kBoxExclamation);
     std::int64_t ticks = 0;
     if (!ReadWriteTime(handle.value, ticks)) return StampFailure("GetFileTime Failed", kBoxOkOnly);
     CalendarTime time{};
-    // Kept: only -1 counts as a failure.
+    // Only -1 is a failure; 0 has filled the time as well.
     if (TicksToCalendar(ticks, time) == -1) return StampFailure("FileTimeToSystemTime Failed", kBoxOkOnly);
     return DateText(time);
 }

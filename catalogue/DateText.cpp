@@ -28,20 +28,12 @@ std::string DateText(const CalendarTime& time) {
            DecimalText(time.hour) + ":" + DecimalText(time.minute) + ":" + DecimalText(time.second);
 }
 
-bool IsEarlier(const std::string& date1, const std::string& date2) {
-    return Components(date1) < Components(date2);
-}
-
-bool DiffersBeforeSeconds(const std::string& date1, const std::string& date2) {
-    return WithoutLastThree(date1) != WithoutLastThree(date2);
-}
-
 void CompareDates(const std::string& date1, const std::string& date2, std::int32_t& result) {
     result = 0;
     const std::string trimmed2 = Trim(date2);
     if (Trim(date1) == trimmed2) return;
-    result = DiffersBeforeSeconds(date1, trimmed2) ? 1 : 0;
-    result = IsEarlier(date1, trimmed2) ? 1 : 0;
+    result = WithoutLastThree(date1) != WithoutLastThree(trimmed2) ? 1 : 0; // stands only when the next line raises
+    result = Components(date1) < Components(trimmed2) ? 1 : 0;
 }
 
 } // namespace korlan

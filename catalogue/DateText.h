@@ -11,15 +11,9 @@ namespace korlan {
 
 std::string DateText(const CalendarTime& time);
 
-// True when `date1` is earlier than `date2` by year, month, day, hour and minute. A text with fewer pieces raises 9, a
-// piece that is no number 13.
-bool IsEarlier(const std::string& date1, const std::string& date2);
-
-// True when the texts without their last three characters differ. A text shorter than that raises 5.
-bool DiffersBeforeSeconds(const std::string& date1, const std::string& date2);
-
-// result = 1 when `date1` is earlier than `date2`, else 0. Equal texts are not parsed. No trap of its own: a text that
-// cannot be parsed raises, and result then holds whether the texts differ before the seconds.
+// result = 1 when `date1` is earlier than `date2` by year, month, day, hour and minute, else 0. Equal texts are not
+// parsed. No trap of its own: a text of less than three characters raises 5, one with a piece too few 9, a piece that
+// is no number 13; after the last two result holds whether the texts without their last three characters differ.
 void CompareDates(const std::string& date1, const std::string& date2, std::int32_t& result);
 
 } // namespace korlan

@@ -20,7 +20,10 @@ bool CheckLibPartFile(std::int32_t index) {
 
 bool CheckOtherLibFile(std::int32_t index) {
     const std::string extension = FileExtension(Tables.FileArray[index].FileName);
-    Flags.LibElementKind = extension == "SYMBOL" ? 2 : extension == "PACKAGE" ? 3 : extension == "PADSTACK" ? 4 : 0;
+    Flags.LibElementKind = extension == "SYMBOL"     ? kSymbolKind
+                           : extension == "PACKAGE"  ? kPackageKind
+                           : extension == "PADSTACK" ? kPadstackKind
+                                                     : 0;
     return Flags.LibElementKind != 0;
 }
 

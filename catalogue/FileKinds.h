@@ -8,11 +8,14 @@
 
 namespace korlan {
 
+// Kinds of library, as everything counts them.
+inline constexpr std::int32_t kPartKind = 1, kSymbolKind = 2, kPackageKind = 3, kPadstackKind = 4;
+
 std::string FileExtension(const std::string& fileName); // upper-cased
 
 bool CheckSPCFile(std::int32_t index);     // simulation models
 bool CheckLibPartFile(std::int32_t index); // part libraries
-bool CheckOtherLibFile(
-    std::int32_t index); // symbol, package, padstack libraries; sets Flags.LibElementKind to 2, 3, 4, else 0
+// Symbol, package and padstack libraries; sets Flags.LibElementKind to the kind, else to 0.
+bool CheckOtherLibFile(std::int32_t index);
 
 } // namespace korlan

@@ -23,28 +23,20 @@ bool IsHelpFile(const std::string& name) {
     return Contains(upper, ".HLP") || Contains(upper, ".CNT") || Contains(upper, ".GID");
 }
 
-void AddListRow(const FileRecord& record) {
+void AddListRow(FileRecord& record) {
     ListView& list = frmUpdate.lvwFilesList;
-    const std::int32_t row = frmUpdate.CheckedCount + 1;
+    const std::int32_t row = list.Count() + 1;
     list.AddRow(row, "FILE-" + record.FilePath + "\\" + record.FileName, record.FileName, "NOTDELETE");
-    list.SetSubItem(row, 1,
-                    UpperCase(Left(record.LocalFolder, static_cast<std::int64_t>(record.LocalFolder.size()) - 1)));
+    const auto folderLength = static_cast<std::int64_t>(record.LocalFolder.size()) - 1; // without the backslash
+    list.SetSubItem(row, 1, UpperCase(Left(record.LocalFolder, folderLength)));
     list.SetSubItem(row, 2, record.FileSize);
     list.SetSubItem(row, 3, GetLocalText("Not updated", "991858"));
     list.SetSubItem(row, kDesignationSubItem, record.FilePath);
     list.SetRowTag(row, "FILE");
     list.SetChecked(row, true);
+    record.Row = row;
     ++frmUpdate.CheckedCount;
     EditMsgline(DecimalText(frmUpdate.CheckedCount) + GetLocalText(" File(s) Selected for Updation", "991859"));
-}
-
-void ShowNoUpdates() {
-    frmUpdate.lblUpdate.SetCaption(GetLocalText("No updates found", "991848"));
-    frmUpdate.WizardState = 1;
-    UpdateIniNoUpdatesFound();
-    frmUpdate.cmdUpdate.SetVisible(false);
-    frmUpdate.cmdCancel.SetCaption(GetLocalText("Finish", "11200"));
-    EditMsgline("");
 }
 
 // Gives row `row` the check mark `checked`; a row already in that state is left alone.
@@ -62,12 +54,21 @@ void CarryOver(std::int32_t row, bool checked) {
 
 } // namespace
 
+void ShowNoUpdates() {
+    frmUpdate.WizardState = 1;
+    frmUpdate.lblUpdate.SetCaption(GetLocalText("No updates found", "991848"));
+    frmUpdate.cmdUpdate.SetVisible(false);
+    frmUpdate.cmdCancel.SetCaption(GetLocalText("Finish", "11200"));
+    EditMsgline("");
+}
+
 void DisplayFilesInformationsFromWeb() {
     frmUpdate.lblUpdate.SetCaption(GetLocalText("Live update found the following new files:", "991857"));
-    for (const FileRecord& record : Tables.FileArray)
+    for (FileRecord& record : Tables.FileArray)
         if (record.UpdateFlag == 1) AddListRow(record);
     if (frmUpdate.CheckedCount == 0) {
         ShowNoUpdates();
+        UpdateIniNoUpdatesFound();
         return;
     }
     frmUpdate.lvwFilesList.SetVisible(true);
@@ -88,8 +89,8 @@ void lvwFilesList_ItemCheck(std::int32_t row) {
     ListView& list = frmUpdate.lvwFilesList;
     const ListRow item = list.Row(row);
     list.SetSmallIcon(row, item.checked ? kCheckedImage : kUncheckedImage);
-    frmUpdate.CheckedCount += item.checked ? 1 : -1; // kept: no floor for the clicked row itself
-    if (IsHelpFile(item.text)) return;               // kept: button and message line stay as they are
+    frmUpdate.CheckedCount += item.checked ? 1 : -1; // no floor, unlike for the rows that follow it
+    if (IsHelpFile(item.text)) return;               // it carries nothing along
     for (std::int32_t j = 1; j <= list.Count(); ++j)
         if (RowsLinked(Designation(item), Designation(list.Row(j)), list.Row(j).text)) CarryOver(j, item.checked);
     frmUpdate.cmdUpdate.SetEnabled(frmUpdate.CheckedCount != 0);

@@ -6,8 +6,11 @@
 
 namespace korlan {
 
-// Adds one checked row for each marked record of FileArray, or ends the search with "No updates found". No trap of its
-// own: a marked record without its LocalFolder raises 5.
+// The page of a search that found nothing: WizardState 1, Finish instead of Cancel.
+void ShowNoUpdates();
+
+// Adds one checked row for each marked record of FileArray, or shows that page and records every pack as applied. No
+// trap of its own: a marked record without its LocalFolder raises 5.
 void DisplayFilesInformationsFromWeb();
 
 // The user has toggled a row; its new state is already set. Keeps icons, counter, Update button and message line in

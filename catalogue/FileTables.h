@@ -24,6 +24,7 @@ struct FileRecord {
     std::string TempZipFile;        // where the archive is kept during a run
     std::string LocalFolder;        // destination folder, ending in "\"
     std::int32_t TransferState = 0; // 1 = the archive is in the temporary folder
+    std::int32_t Row = 0;           // of the wizard's list, 0 = not listed
 };
 
 struct SPMember {
@@ -73,6 +74,6 @@ struct FileTables {
     std::unique_ptr<Database> CatalogueDatabase; // at most one catalogue open at a time
 };
 
-extern FileTables Tables;
+inline FileTables Tables;
 
 } // namespace korlan

@@ -14,11 +14,9 @@
 
 namespace korlan {
 
-LibraryElements Elements;
-
 namespace {
 
-constexpr std::int32_t kOverwriteStyle = 40; // kept
+constexpr std::int32_t kOverwriteStyle = 40;
 constexpr std::int32_t kChoiceYes = -1, kChoiceCancel = 1;
 constexpr std::int32_t kLibraryNotOpened = 80;
 
@@ -42,22 +40,32 @@ struct ElementKind {
 };
 
 constexpr ElementKind SymbolLike(LocalWord alreadyStored, LocalWord word) {
-    return {kSymbolLibraryType, alreadyStored, word, 6, 5, 19, 10, S_Symbol, DB_SymbMap, S_LoadSymbol, S_SaveSymbol};
+    return {.libraryType = kSymbolLibraryType,
+            .alreadyStored = alreadyStored,
+            .word = word,
+            .notFound = 6,
+            .notLoaded = 5,
+            .notRenamed = 19,
+            .notSaved = 10,
+            .create = S_Symbol,
+            .map = DB_SymbMap,
+            .load = S_LoadSymbol,
+            .save = S_SaveSymbol};
 }
 
 // Padstacks have no question of their own; they ask as packages.
 constexpr ElementKind kKinds[] = {
-    {kPartLibraryType,
-     {" Part is already stored in lib:", "991483"},
-     {"Part ", "5828"},
-     13,
-     15,
-     17,
-     20,
-     D_Device,
-     DB_DeviceMap,
-     D_LoadDevice,
-     D_SaveDevice},
+    {.libraryType = kPartLibraryType,
+     .alreadyStored = {" Part is already stored in lib:", "991483"},
+     .word = {"Part ", "5828"},
+     .notFound = 13,
+     .notLoaded = 15,
+     .notRenamed = 17,
+     .notSaved = 20,
+     .create = D_Device,
+     .map = DB_DeviceMap,
+     .load = D_LoadDevice,
+     .save = D_SaveDevice},
     SymbolLike({" Symbol is already stored in lib:", "991882"}, {"Symbol ", "4467"}),
     SymbolLike({" Package is already stored in lib:", "991482"}, {" Package ", "991884"}),
     SymbolLike({" Package is already stored in lib:", "991482"}, {" Padstack ", "991883"}),
@@ -193,7 +201,7 @@ struct Merge {
 
 void FillItemsList(const std::string& libraryPath) {
     Elements = {};
-    const OpenedLibrary library(libraryPath, Right(libraryPath, 5) == ".PART" ? kPartLibraryType : kSymbolLibraryType);
+    const OpenedLibrary library(libraryPath, libraryPath.ends_with(".PART") ? kPartLibraryType : kSymbolLibraryType);
     Elements.library = library.Handle();
     if (!library.IsOpen()) return;
     for (std::string name; !(name = SuiteText(E_GetLibDirName())).empty();) Elements.names.Append(name);
@@ -220,7 +228,6 @@ std::int32_t OverwriteChoice(std::int32_t boxAnswer) {
     switch (boxAnswer) {
     case kAnswerCancel: return kChoiceCancel;
     case kAnswerYes: return kChoiceYes;
-    case kAnswerNo: return 0;
     case 8: return 8;
     default: return 0;
     }

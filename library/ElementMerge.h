@@ -3,7 +3,7 @@
 // docs/decisions/0012-suite-library.md.
 #pragma once
 
-#include "catalogue/FileTables.h"
+#include "app/base/Table.h"
 #include "platform/SuiteLibrary.h"
 
 #include <cstdint>
@@ -15,14 +15,14 @@ struct LibraryElements {
     Table<std::string> names;
     LibraryHandle library = 0; // of the last FillItemsList; 0 or less = it could not be opened
 };
-extern LibraryElements Elements;
+inline LibraryElements Elements;
 
 // Fills Elements with the names in a library file, none when it cannot be opened. A path that ends with exactly ".PART"
 // is a part library, any other a symbol library. Errors of the suite's library go to the caller.
 void FillItemsList(const std::string& libraryPath);
 
-// Merges every element of the source into the target, by Flags.LibElementKind (1 part, 2 symbol, 3 package, 4 padstack;
-// any other kind does nothing). Both are full paths of existing files. An element that fails is reported and left; a
+// Merges every element of the source into the target, by Flags.LibElementKind (one that is no kind does
+// nothing). Both are full paths of existing files. An element that fails is reported and left; a
 // library that cannot be opened, or Cancel at the overwrite question, ends the merge. Run-time errors end the merge of
 // their element without a message. Shows boxes and the message line.
 void SaveToLib(const std::string& sourceLibrary, const std::string& targetLibrary);

@@ -9,7 +9,6 @@
 #include "platform/RuntimeError.h"
 
 #include <algorithm>
-#include <iterator>
 #include <string_view>
 #include <vector>
 
@@ -26,15 +25,11 @@ constexpr std::int64_t kSmallestPart = 12;
 constexpr std::int64_t kLibraryHeader = 20;    // bytes up to the end of the part count
 constexpr std::int32_t kMostParts = 1'000'000; // a file of zeros packs to next to nothing and could hold any count
 
-constexpr std::string_view kNoElementCode[] = {
-    "None", "", "None,None", "None,None,None", "None,None,None,None", "None,None,None,None,None"};
-constexpr std::string_view kNoMixedMode[] = {"0", "", "0,0", "0,0,0", "0,0,0,0", "0,0,0,0,0"};
-constexpr std::string_view kNoModel[] = {
-    "NONE", "", "NONE,NONE", "NONE,NONE,NONE", "NONE,NONE,NONE,NONE", "NONE,NONE,NONE,NONE,NONE"};
-
-template <std::size_t count>
-bool IsAmong(const std::string_view (&texts)[count], const std::string& text) {
-    return std::find(std::begin(texts), std::end(texts), text) != std::end(texts);
+// Whether it is empty or the word alone, once a section of the part and up to five times, with commas between.
+bool SaysNothing(const std::string& text, std::string_view word) {
+    const std::vector<std::string> pieces = Split(text, ",");
+    return pieces.size() <= 5 &&
+           std::all_of(pieces.begin(), pieces.end(), [&](const auto& piece) { return piece == word; });
 }
 
 struct PartRow {
@@ -53,16 +48,16 @@ PartRow RowFromDescriptor(const std::string& name, const std::string& descriptor
     }
     row.fields = Split(rest, kFieldSeparator);
     if (row.fields.size() < kFieldCount) throw RuntimeError(kErrSubscript);
-    // Kept: these comparisons mind the case, the one for the model class does not.
-    if (IsAmong(kNoElementCode, row.fields[kElementCodeField])) row.fields[kElementCodeField] = "NONE";
-    if (IsAmong(kNoMixedMode, row.fields[kMixedModeField])) row.fields[kMixedModeField] = "0";
+    // Mind the case, unlike the model class.
+    if (SaysNothing(row.fields[kElementCodeField], "None")) row.fields[kElementCodeField] = "NONE";
+    if (SaysNothing(row.fields[kMixedModeField], "0")) row.fields[kMixedModeField] = "0";
     return row;
 }
 
 // The first character of the element code in capitals, empty when the part has no model.
 std::string ModelClass(const std::string& elementCode) {
     const std::string code = UpperCase(Trim(elementCode));
-    if (IsAmong(kNoModel, code)) return {};
+    if (SaysNothing(code, "NONE")) return {};
     const auto next = std::find_if(code.begin() + 1, code.end(), [](char c) { return (c & 0xC0) != 0x80; });
     return {code.begin(), next};
 }
@@ -157,8 +152,8 @@ void AddOrRefreshPart(const std::string& libraryName, ElementHandle deviceHandle
         rows->Edit();
     }
     SetTextColumns(*rows, row, libraryName);
-    rows->SetNumber("SSQOn", 1);  // kept: spelt otherwise than above
-    rows->SetNumber("SSQNum", 1); // kept: 1 whatever the library's real place
+    rows->SetNumber("SSQOn", 1);  // columns do not mind the case
+    rows->SetNumber("SSQNum", 1); // not the library's place
     rows->Update();
     rows->Close();
 }

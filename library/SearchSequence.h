@@ -3,14 +3,13 @@
 // Lists count from 1, names match without regard to case and are stored in capitals when this program adds them.
 #pragma once
 
-#include "catalogue/FileTables.h"
+#include "app/base/Table.h"
+#include "catalogue/FileKinds.h"
 
 #include <cstdint>
 #include <string>
 
 namespace korlan {
-
-inline constexpr std::int32_t kPartKind = 1, kSymbolKind = 2, kPackageKind = 3, kPadstackKind = 4;
 
 struct LibraryFlag {
     std::string name;

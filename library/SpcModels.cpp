@@ -4,6 +4,7 @@
 #include "app/base/Settings.h"
 #include "app/base/TextHelpers.h"
 #include "app/base/frmUpdate.h"
+#include "catalogue/AppliedPacks.h"
 #include "catalogue/FileTables.h"
 #include "platform/FileSystem.h"
 #include "platform/IniFile.h"
@@ -13,23 +14,13 @@ namespace korlan {
 
 namespace {
 
-constexpr const char* kAppliedSection = "LIVEUPDATESPCFILEFROMWEB";
 constexpr const char* kRebuildSection = "LIVEUPDATESPCFROMWEB";
 constexpr std::int64_t kMostModels = 64 << 20; // bytes; far above any models, and what memory must hold at once
 
-// Whether it was extracted. The completion flag alone says nothing of a missing or damaged archive; the library's code
-// does, and then a file that came out all the same still counts.
-bool Extract(const FileRecord& record, std::int32_t index, std::string folder) {
-    std::string archive = record.TempZipFile;
-    std::int32_t completed = 0;
-    std::int32_t result = 0;
-    Unzip(completed, index, archive, folder, result);
-    return completed != 0 && (result == 0 || FileExists(folder + record.FileName));
-}
-
-void RemoveFile(const std::string& path) {
-    SetAttributesNormal(path);
-    EraseFile(path);
+// The library's code tells a missing or damaged archive; a file that came out all the same still counts.
+bool Extracted(const FileRecord& record, const std::string& folder) {
+    const auto result = ExtractArchive(record.TempZipFile, folder);
+    return result && (*result == 0 || FileExists(folder + record.FileName));
 }
 
 void RequestRebuild() {
@@ -37,27 +28,20 @@ void RequestRebuild() {
     ReCreateMDBFileforSPC(result);
 }
 
-void AppendModels(std::int32_t& success, const FileRecord& record, std::int32_t index) {
-    const std::string workFile = Settings.TempFolder + "\\" + record.FileName;
+void AppendModels(std::int32_t& success, const FileRecord& record) {
+    const std::string workFile = InTempFolder(record.FileName);
     if (FileExists(workFile)) RemoveFile(workFile);
-    if (!Extract(record, index, Settings.TempFolder + "\\")) return;
+    if (!Extracted(record, InTempFolder(""))) return;
     if (FileLength(workFile) > kMostModels) return RemoveFile(workFile); // as good as not extracted
     SetAttributesNormal(record.LocalFile);
     CopyContentsToSPC(success, workFile, record.LocalFile);
-    if (record.LocalFolder == Settings.SysDir + "\\") RequestRebuild(); // kept: minds the case
+    if (record.LocalFolder == Settings.SysDir + "\\") RequestRebuild(); // minds the case, unlike below
     RemoveFile(workFile);
 }
 
-void InstallNewFile(const FileRecord& record, std::int32_t index) {
-    if (!Extract(record, index, record.LocalFolder)) return;
-    if (UpperCase(record.LocalFolder) == UpperCase(Settings.SysDir + "\\")) RequestRebuild(); // kept: does not mind it
-}
-
-void RecordApplied(const std::string& archiveName) {
-    Tables.AppliedSPCList.Append(archiveName);
-    const std::string number = DecimalText(Tables.AppliedSPCList.UpperBound());
-    WriteProfileValue(kAppliedSection, "number", number, Settings.IniFilePath);
-    WriteProfileValue(kAppliedSection, number, archiveName, Settings.IniFilePath);
+void InstallNewFile(const FileRecord& record) {
+    if (!Extracted(record, record.LocalFolder)) return;
+    if (UpperCase(record.LocalFolder) == UpperCase(Settings.SysDir + "\\")) RequestRebuild();
 }
 
 } // namespace
@@ -65,12 +49,12 @@ void RecordApplied(const std::string& archiveName) {
 void UpdateSPCFile(std::int32_t& success, std::int32_t index) {
     const FileRecord& record = Tables.FileArray[index];
     if (FileExists(record.LocalFile)) {
-        AppendModels(success, record, index);
+        AppendModels(success, record);
     } else {
-        InstallNewFile(record, index);
+        InstallNewFile(record);
     }
-    RecordApplied(record.FileZipName);
-    success = 1; // kept: even when nothing was extracted
+    RecordModels(record.FileZipName);
+    success = 1; // a bad archive, too, is not to be offered again
 }
 
 void CopyContentsToSPC(std::int32_t& /*success*/, const std::string& newFile, const std::string& targetFile) {

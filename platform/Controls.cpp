@@ -31,6 +31,10 @@ void Control::SetFont(const FontSpec& font) {
     Tell(Aspect::Font);
 }
 
+void Control::SetFocus() {
+    if (visible_ && enabled_) Tell(Aspect::Focus);
+}
+
 void Control::Refresh() {
     Tell(Aspect::Repaint);
 }
@@ -70,9 +74,8 @@ void OptionButton::Select() {
 }
 
 void OptionButton::SetFocus() {
-    if (!Visible() || !Enabled()) return;
-    Tell(Aspect::Focus);
-    if (!value_) Select();
+    Control::SetFocus();
+    if (!value_) UserClick();
 }
 
 void OptionButton::UserClick() {
@@ -101,8 +104,8 @@ void ListView::ClearColumns() {
     Tell(Aspect::Columns);
 }
 
-void ListView::AddColumn(std::string title, std::int32_t widthTwips) {
-    columns_.push_back({std::move(title), widthTwips});
+void ListView::AddColumn(std::string title, std::int32_t widthTwips, std::string fits) {
+    columns_.push_back({std::move(title), widthTwips, std::move(fits)});
     Tell(Aspect::Columns);
 }
 
@@ -170,6 +173,11 @@ void ListView::ClearRows() {
     Tell(Aspect::Cleared);
 }
 
+void ListView::EnsureVisible(std::int32_t row) {
+    At(row);
+    Tell(Aspect::RowShown, row);
+}
+
 void ListView::SetLocked(bool locked) {
     locked_ = locked;
     Tell(Aspect::Enabled);
@@ -179,6 +187,20 @@ void ListView::UserToggle(std::int32_t row) {
     if (!Visible() || !Enabled() || locked_) return;
     SetChecked(row, !At(row).checked);
     if (OnItemCheck) OnItemCheck(row);
+}
+
+void ListView::UserToggleRows(const std::vector<std::int32_t>& rows) {
+    const bool checked = !std::all_of(rows.begin(), rows.end(), [this](std::int32_t row) { return At(row).checked; });
+    for (const std::int32_t row : rows)
+        if (At(row).checked != checked) UserToggle(row);
+}
+
+ProgressBar::ProgressBar(std::string name) : Control(ControlKind::ProgressBar, std::move(name)) {}
+
+void ProgressBar::SetProgress(std::int32_t value, std::int32_t maximum) {
+    maximum_ = std::max(maximum, 0);
+    value_ = std::clamp(value, 0, maximum_);
+    Tell(Aspect::Value);
 }
 
 PictureBox::PictureBox(std::string name) : Control(ControlKind::PictureBox, std::move(name)) {}

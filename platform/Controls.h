@@ -15,7 +15,7 @@
 
 namespace korlan {
 
-enum class ControlKind { Form, Label, Button, OptionButton, ListView, ImageList, PictureBox, FileListBox };
+enum class ControlKind { Form, Label, Button, OptionButton, ListView, ImageList, PictureBox, FileListBox, ProgressBar };
 
 // What of a control has changed; the host re-reads that part of the record.
 enum class Aspect {
@@ -28,6 +28,7 @@ enum class Aspect {
     Columns,
     RowAdded,
     RowChanged,
+    RowShown, // is to be scrolled into view
     Cleared,
     Repaint,
     Place
@@ -35,8 +36,8 @@ enum class Aspect {
 
 // Where a control lies and how it is dressed; filled in where the form is made. A back end lays the regions out as the
 // form is drawn: the side picture left of everything; right of it, from top to bottom, heading, status, list and
-// reminder page, message, and the row of buttons. Controls of one region stand in the form's order. Region::None is not
-// laid out.
+// reminder page (shown while one of its option buttons is), message, and the row of buttons. Controls of one region
+// stand in the form's order. Region::None is not laid out.
 enum class Region { None, Side, Heading, Status, List, Reminder, Message, Buttons };
 enum class FontRole { Body, Heading, Title };
 
@@ -64,7 +65,8 @@ public:
     void SetVisible(bool visible);
     void SetEnabled(bool enabled);
     void SetFont(const FontSpec& font);
-    void Refresh(); // asks the host to paint now (at most once a display frame)
+    virtual void SetFocus(); // a hidden or disabled control takes none
+    void Refresh();          // asks the host to paint now (at most once a display frame)
 
 protected:
     void Tell(Aspect aspect, std::int32_t row = 0);
@@ -110,7 +112,7 @@ public:
     OptionButton(std::string name, std::string tag, std::string designCaption);
     bool Value() const { return value_; }
     void SetGroup(std::vector<OptionButton*> group) { group_ = std::move(group); }
-    void SetFocus(); // selects it and runs its click
+    void SetFocus() override; // selects it and runs its click
     std::function<void()> OnClick;
     void UserClick(); // gesture: selects it and runs its click
 
@@ -134,7 +136,8 @@ private:
 
 struct ListColumn {
     std::string title;
-    std::int32_t width = 1440; // twips; 0 = hidden
+    std::int32_t width = 1440; // twips; 0 = hidden: neither shown nor told to a screen reader
+    std::string fits;          // a text that must fit even when bold, whatever the font; empty: none
 };
 
 struct ListRow {
@@ -153,7 +156,7 @@ public:
     ListView(std::string name, const ImageList& smallIcons);
     const std::vector<ListColumn>& Columns() const { return columns_; }
     void ClearColumns();
-    void AddColumn(std::string title, std::int32_t widthTwips);
+    void AddColumn(std::string title, std::int32_t widthTwips, std::string fits = {});
     void SetColumnWidth(std::int32_t column, std::int32_t widthTwips);
 
     std::int32_t Count() const { return static_cast<std::int32_t>(rows_.size()); }
@@ -166,6 +169,7 @@ public:
     void SetChecked(std::int32_t row, bool checked); // raises no ItemCheck
     void SetBold(std::int32_t row, bool bold);
     void ClearRows();
+    void EnsureVisible(std::int32_t row); // scrolls the list until the row is in view
 
     bool Locked() const { return locked_; } // a locked list takes no toggle
     void SetLocked(bool locked);
@@ -173,6 +177,9 @@ public:
 
     std::function<void(std::int32_t row)> OnItemCheck; // the new state is already set
     void UserToggle(std::int32_t row);                 // gesture
+    // Gesture on several rows at once: all come to one state, unchecked when all were checked and checked otherwise. A
+    // row that has that state already, or comes to it by the handler of another, is not toggled.
+    void UserToggleRows(const std::vector<std::int32_t>& rows);
 
 private:
     ListRow& At(std::int32_t row);
@@ -181,6 +188,19 @@ private:
     std::vector<ListRow> rows_;
     std::unordered_set<std::string> keys_;
     bool locked_ = false;
+};
+
+// How much of a work is done. It shows no text.
+class ProgressBar : public Control {
+public:
+    explicit ProgressBar(std::string name);
+    std::int32_t Value() const { return value_; } // 0 to Maximum()
+    std::int32_t Maximum() const { return maximum_; }
+    void SetProgress(std::int32_t value, std::int32_t maximum);
+
+private:
+    std::int32_t value_ = 0;
+    std::int32_t maximum_ = 0;
 };
 
 class PictureBox : public Control {

@@ -15,11 +15,11 @@ namespace korlan {
 
 bool FileOpensForReading(const std::string& path); // opened and closed again; false on any failure
 // Name (real spelling, without folder) of the first normal file that matches; "" when there is none or the folder is
-// missing. Hidden files (leading dot) and folders are not normal; read-only files are. "*" and "?" match in the last
-// component.
+// missing. Folders are not normal, nor are files with a name that no path can say; read-only files are. "*" and "?"
+// match in the last component.
 std::string FindNormalFile(const std::string& pattern);
 std::vector<std::string> ListNormalFiles(const std::string& folder); // names, sorted without regard to case
-void SetAttributesNormal(const std::string& path);
+void SetAttributesNormal(const std::string& path);                   // of a link: nothing, what it names stays as it is
 bool EraseFile(const std::string& path); // false when it is missing, read-only, a folder or in a folder that refuses
 std::int64_t FileLength(const std::string& path); // bytes
 
@@ -57,7 +57,7 @@ std::string ReadWholeFile(const std::string& path); // bytes as they stand
 // At most `count` bytes from byte `offset` on.
 std::string ReadFilePart(const std::string& path, std::uint64_t offset, std::size_t count);
 
-// Writes out to the disk what the file system that holds `path` still keeps in memory.
+// Writes out to the disk what the file system that holds `path` still keeps in memory. Never raises.
 void SyncFileSystem(const std::string& path);
 
 } // namespace korlan

@@ -14,7 +14,6 @@ enum MsgBoxStyle : std::int32_t {
     kBoxCritical = 16,
     kBoxQuestion = 32,
     kBoxExclamation = 48,
-    kBoxDefaultButton2 = 256,
     kBoxSystemModal = 4096,
 };
 

@@ -16,7 +16,6 @@ enum ErrorNumber : std::int32_t {
     kErrSubscript = 9,           // an index lies outside a table
     kErrTypeMismatch = 13,       // a text is not a number
     kErrFileNotFound = 53,       // no such file, or no such library
-    kErrFileAlreadyOpen = 55,    // a file is in use by somebody else
     kErrDeviceIo = 57,           // reading or writing failed
     kErrDiskFull = 61,           // no room left
     kErrPastEndOfFile = 62,      // input past the end of a file
@@ -34,19 +33,17 @@ enum ErrorNumber : std::int32_t {
 
 class RuntimeError : public std::exception {
 public:
-    explicit RuntimeError(std::int32_t number, std::string description = {}, std::string source = {})
-        : number_(number), description_(std::move(description)), source_(std::move(source)) {
+    explicit RuntimeError(std::int32_t number, std::string description = {})
+        : number_(number), description_(std::move(description)) {
         what_ = "run-time error " + std::to_string(number_) + (description_.empty() ? "" : ": " + description_);
     }
     std::int32_t Number() const { return number_; }
     const std::string& Description() const { return description_; }
-    const std::string& Source() const { return source_; }
     const char* what() const noexcept override { return what_.c_str(); }
 
 private:
     std::int32_t number_;
     std::string description_;
-    std::string source_;
     std::string what_;
 };
 

@@ -1,9 +1,9 @@
 #include "platform/SuiteLibrary.h"
 
 #include "platform/RuntimeError.h"
-#include "sdk/KlwUpdt.h"
 #include "platform/SuiteBinding.h"
 #include "platform/TextEncoding.h"
+#include "sdk/KlwUpdt.h"
 
 #include <vector>
 

@@ -1,8 +1,8 @@
 // The zip library through its single-call interface: an option record, a callback record, one call an archive.
 // Paths are Windows-form. Members land in the extraction folder under their last path component only; one that is
-// empty,
-// "." or "..", or holds a colon or a control character, a link or a device member is refused. A member is written under
-// a temporary name in the extraction folder, closed, given its own time and renamed: it is absent or whole, never torn.
+// empty, "." or "..", or holds a colon or a control character, a link or a device member is refused. A member is
+// written under a temporary name in the extraction folder, given its own time and renamed: it is absent or whole, never
+// torn. Temporary files that a killed process left in a folder go when the next process extracts to it.
 #pragma once
 
 #include <cstddef>
@@ -45,15 +45,15 @@ struct USERFUNCTIONS {
     std::function<std::int32_t(const std::string& member)> replace; // an existing file: one of the kOverwrite answers
     // Fills `password` (at most maxLength characters); one of the kPassword answers.
     std::function<std::int32_t(std::string& password, std::size_t maxLength, const std::string& member)> password;
-    std::function<void(const ListedMember& member)> message;                            // before a member is extracted
-    std::function<std::int32_t(const std::string& member, std::uint64_t size)> service; // a member done; non-0 stops
+    std::function<void(const ListedMember& member)> message; // before a member is extracted
+    std::function<void()> service; // at least every 50 ms of the work; what it throws ends the extraction
 };
 
-// Extracts the whole archive (no name lists: both counts 0) or the members that the lists name, each by its full stored
-// name. A callback that is not there answers No, skips, or is passed over. The library's code, the gravest where there
-// are several: 0 well, 1 a member was refused or the archive is empty, 3 archive damaged, 9 no archive, 50 the folder
-// cannot be written (disk full), 80 stopped by the service callback, 81 a member was left out for want of a method, 82
-// for want of its password. 50 and 80 end the extraction, otherwise it goes on with the next member.
+// Extracts the whole archive: this library takes no lists of names, both counts are 0. A callback that is not there
+// answers No, skips, or is passed over. The library's code, the gravest where there are several: 0 well, 1 a member was
+// refused or the archive is empty, 3 archive damaged, 9 no archive, 50 the folder cannot be written (disk full), 81 a
+// member was left out for want of a method, 82 for want of its password. 50 ends the extraction, otherwise it goes on
+// with the next member.
 std::int32_t Wiz_SingleEntryUnzip(std::int32_t includeCount, const std::vector<std::string>& include,
                                   std::int32_t excludeCount, const std::vector<std::string>& exclude,
                                   const DCL& options, USERFUNCTIONS& functions);

@@ -1,9 +1,9 @@
 /* The suite's library as it lies in the program folder: KLWUPDT.DLL on Windows, a shared object on Linux, with these C
    procedures; on Windows their names are exported without decoration.
    Paths and the texts of E_SetString and E_GetString are the host's own (UTF-8; on Windows its code page). All other
-   texts are Windows-1252, as the library files hold them; in a descriptor the byte 0x80 separates the fields. Every text
-   ends with a zero byte. A text handed out stays valid until the same procedure is called again. Procedures are called
-   from one thread. */
+   texts are Windows-1252, as the library files hold them; in a descriptor the byte 0x80 separates the fields. Every
+   text ends with a zero byte. A text handed out stays valid until the same procedure is called again. Procedures are
+   called from one thread. */
 #ifndef KLN_KLWUPDT_H
 #define KLN_KLWUPDT_H
 
@@ -39,9 +39,11 @@ int32_t KLN_SUITE_CALL E_SetString(const char* name, const char* value);
 const char* KLN_SUITE_CALL E_GetString(const char* name); /* null or empty when there is none */
 int32_t KLN_SUITE_CALL DB_CreateDataBase(void);
 
-int32_t KLN_SUITE_CALL E_GetPartInfo(const char* libraryPath, int32_t count, SuitePartInformation* first); /* records filled, or -1 */
+int32_t KLN_SUITE_CALL E_GetPartInfo(const char* libraryPath, int32_t count,
+                                     SuitePartInformation* first); /* records filled, or -1 */
 
-int32_t KLN_SUITE_CALL E_OpenLibrary(const char* path, const char* libraryType, int32_t mode); /* handle, or 0 or less */
+int32_t KLN_SUITE_CALL E_OpenLibrary(const char* path, const char* libraryType,
+                                     int32_t mode); /* handle, or 0 or less */
 int32_t KLN_SUITE_CALL E_OpenLibToRead(int32_t library, const char* elementName);
 int32_t KLN_SUITE_CALL E_OpenLibToWrite(int32_t library, const char* elementName);
 int32_t KLN_SUITE_CALL E_CloseLibWrite(int32_t library);

@@ -11,9 +11,6 @@ namespace {
 
 constexpr const char* kNotFound = "Not Found"; // what reading the registry answers
 
-std::unique_ptr<CacheHandler> cacheHandler; // held until the program ends
-std::string cacheFolder;
-
 class CleanUpCallback : public CacheCallback {
 public:
     std::int32_t ScanProgress(std::int64_t spaceUsed) override {
@@ -25,14 +22,14 @@ public:
 };
 
 CacheHandler& Handler() {
-    if (!cacheHandler) throw RuntimeError(kErrObjectNotSet, "Object variable not set");
-    return *cacheHandler;
+    if (!modCache.handler) throw RuntimeError(kErrObjectNotSet, "Object variable not set");
+    return *modCache.handler;
 }
 
 } // namespace
 
 std::int32_t TemporaryIntenetFilesCleanUp() {
-    CreateCacheHandler("{9B0EFD60-F7B0-11D0-BAEF-00C04FC308C9}", cacheHandler);
+    CreateCacheHandler("{9B0EFD60-F7B0-11D0-BAEF-00C04FC308C9}", modCache.handler);
     InitializeCacheHandler();
     CleanUpCallback callback;
     const std::int64_t spaceUsed = Handler().GetSpaceUsed(callback);
@@ -59,17 +56,15 @@ std::int32_t IEmptyVolumeCacheCallBack_PurgeProgress(std::int64_t, std::int64_t)
 }
 
 std::int32_t GetInternetTempDirectory() {
-    cacheFolder = ReadRegistryText(RegistryRoot::CurrentUser,
-                                   "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell folders\\", "Cache");
+    modCache.folder = ReadRegistryText(
+        RegistryRoot::CurrentUser, "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell folders\\", "Cache");
     return 0;
 }
 
 std::int32_t DeleteTempoararyFile(const std::string& name) {
-    if (cacheFolder == kNotFound) return 0;
-    const std::string path = cacheFolder + "\\" + name;
-    if (!FileExists(path)) return 0;
-    SetAttributesNormal(path);
-    EraseFile(path);
+    if (modCache.folder == kNotFound) return 0;
+    const std::string path = modCache.folder + "\\" + name;
+    if (FileExists(path)) RemoveFile(path);
     return 0;
 }
 

@@ -1,4 +1,5 @@
 // The system's internet cache is emptied before a search, so that the catalogue and the files come from the server.
+// The spelling of the names is deliberate.
 #pragma once
 
 #include "platform/CacheHandler.h"
@@ -9,8 +10,14 @@
 
 namespace korlan {
 
+struct CacheModule {
+    std::unique_ptr<CacheHandler> handler; // held until the program ends
+    std::string folder;                    // set by GetInternetTempDirectory
+};
+
+inline CacheModule modCache;
+
 // Empties the cache and keeps the handler. A failure of the handler, or its want, is a run-time error for the caller.
-// (Kept: the name.)
 std::int32_t TemporaryIntenetFilesCleanUp();
 
 // handler: the object of that class, null when there is none.
@@ -26,7 +33,7 @@ std::int32_t IEmptyVolumeCacheCallBack_PurgeProgress(std::int64_t spaceFreed, st
 // Keeps the cache folder's path, or "Not Found", for DeleteTempoararyFile. No step calls it: the path stays empty.
 std::int32_t GetInternetTempDirectory();
 
-// Deletes the file of that name from the cache folder. No step calls it. (Kept: the name.)
+// Deletes the file of that name from the cache folder. No step calls it.
 std::int32_t DeleteTempoararyFile(const std::string& name);
 
 } // namespace korlan

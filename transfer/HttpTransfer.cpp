@@ -53,7 +53,7 @@ void EraseOlderCopy(const std::string& path) {
 }
 
 std::string KilobyteText(std::int32_t bytes) {
-    return SignedText(RoundHalfEven(bytes / 1024.0));
+    return SignedText(Kilobytes(bytes));
 }
 
 // Counts what has come and shows it on the message line. The counts are 32-bit; outgrowing that raises 6.
@@ -102,8 +102,8 @@ void ReadToFile(HttpBody& body, OutputFile& file, Progress& progress, std::int32
 
 } // namespace
 
-void DownloadFile(const std::string& url, const std::string& saveAs, std::int32_t& done, std::int32_t& fileSize,
-                  std::string& fileName, std::int32_t& showStatus) {
+void DownloadFile(const std::string& url, const std::string& saveAs, std::int32_t& done, std::int32_t fileSize,
+                  const std::string& fileName, std::int32_t showStatus) {
     try {
         if (url.empty() || saveAs.empty()) throw RuntimeError(kErrInvalidCall);
         const auto session = OpenSession();

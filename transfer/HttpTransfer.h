@@ -19,7 +19,7 @@ std::int32_t GetWebFileInformation(const std::string& url, std::int32_t& size, b
 // fileName: label of the progress text. showStatus: not 0 turns the status line at every block.
 // Flags.DownloadFailed: at the end of the data 0 when the last rounded percentage is 100, else 1; left alone by Cancel
 // and by errors. Cancel ends any wait for the server.
-void DownloadFile(const std::string& url, const std::string& saveAs, std::int32_t& done, std::int32_t& fileSize,
-                  std::string& fileName, std::int32_t& showStatus);
+void DownloadFile(const std::string& url, const std::string& saveAs, std::int32_t& done, std::int32_t fileSize,
+                  const std::string& fileName, std::int32_t showStatus);
 
 } // namespace korlan

@@ -47,7 +47,7 @@ std::int32_t UnregisterFile(std::int32_t recordIndex) {
     const FileRecord& record = Tables.FileArray[recordIndex];
     if (!IsRegistered(record)) return 0;
     const std::string extension = FileExtension(record.FileName);
-    if (extension == "DLL" || extension == "OCX" || extension == "EXE") // kept: executables through regsvr32 too
+    if (extension == "DLL" || extension == "OCX" || extension == "EXE") // executables, too
         Start("regsvr32 /u /s \"" + record.LocalFile + "\"");
     else if (extension == "TLB")
         UnregisterTypeLibrary(record.LocalFile);
@@ -62,7 +62,7 @@ std::int32_t RegisterTypeLibrary(const std::string& path) {
 std::int32_t UnregisterTypeLibrary(const std::string& path) {
     try {
         UnregisterTypeLib(DescribeTypeLib(path));
-    } catch (const RuntimeError&) { // kept: silent
+    } catch (const RuntimeError&) { // nothing tells of it
     }
     return 0;
 }

@@ -26,22 +26,6 @@ namespace {
 constexpr std::int32_t kSizeSubItem = 2;
 constexpr std::int32_t kStatusSubItem = 3;
 
-// The record at which a pass stands, and its row: rows hold the marked records only, in table order.
-struct Place {
-    std::int32_t index = 0;
-    std::int32_t row = 0;
-};
-
-std::int32_t RowsBefore(std::int32_t index) {
-    std::int32_t rows = 0;
-    for (std::int32_t i = 1; i < index; ++i) rows += Tables.FileArray[i].UpdateFlag == 1 ? 1 : 0;
-    return rows;
-}
-
-std::int32_t Kilobytes(std::int32_t bytes) {
-    return RoundHalfEven(bytes / 1024.0);
-}
-
 // Makes the folders named by `relativePath` below `base`, which is there already.
 void CreateFoldersBelow(std::string base, const std::string& relativePath) {
     for (const std::string& component : Split(relativePath, "\\")) {
@@ -51,31 +35,12 @@ void CreateFoldersBelow(std::string base, const std::string& relativePath) {
     }
 }
 
-void ShowRetry(const std::string& message) {
-    frmUpdate.CmdRetry.SetVisible(true);
-    frmUpdate.cmdCancel.SetVisible(true);
-    frmUpdate.cmdUpdate.SetVisible(false);
-    frmUpdate.CmdRetry.SetCaption(GetLocalText("Retry", "991852"));
-    EditMsgline(message);
-}
-
-// False when the archive library could not be called; what it made of the archive is not looked at.
-bool Extract(const FileRecord& record, std::int32_t index, std::string folder) {
-    std::string archive = record.TempZipFile;
-    std::int32_t completed = 0;
-    std::int32_t result = 0;
-    Unzip(completed, index, archive, folder, result);
-    return completed != 0;
-}
-
 // ---- download pass ----
 
 // Whether the archive left over from an earlier run holds the catalogue's version of the file.
-bool ArchiveIsCurrent(const FileRecord& record, std::int32_t index) {
-    std::string folder = Settings.TempFolder;
-    AddBackslash(folder);
-    Extract(record, index, folder);
-    const std::string extracted = folder + record.FileName;
+bool ArchiveIsCurrent(const FileRecord& record) {
+    ExtractArchive(record.TempZipFile, InTempFolder(""));
+    const std::string extracted = InTempFolder(record.FileName);
     if (!FileExists(extracted)) return false;
     const bool current = Trim(GetFileStamp(extracted)) == Trim(record.Filedate);
     if (current) SetAttributesNormal(extracted);
@@ -92,15 +57,14 @@ void FetchArchive(FileRecord& record, const std::string& url, std::int32_t size,
     if (Flags.DownloadFailed != 1 && done != 0) record.TransferState = 1;
 }
 
-void TransferRecord(const Place& place) {
-    FileRecord& record = Tables.FileArray[place.index];
+void TransferRecord(FileRecord& record) {
     ListView& list = frmUpdate.lvwFilesList;
     EditMsgline(GetLocalText("Transferring : ", "991877") + record.FileName);
     const std::string url = Settings.UpdateUrl + "/" + record.ServerZipName;
     record.TransferState = 0;
 
     const bool leftOver = FileExists(record.TempZipFile);
-    if (leftOver && ArchiveIsCurrent(record, place.index)) {
+    if (leftOver && ArchiveIsCurrent(record)) {
         record.TransferState = 1;
     } else {
         std::int32_t size = 0;
@@ -109,27 +73,25 @@ void TransferRecord(const Place& place) {
         if (size == 0 && !leftOver) throw RuntimeError(kErrDeliberateAbort);
         if (size != 0) {
             const std::int32_t kilobytes = Kilobytes(size);
-            // Kept: an archive fetched again shows its size untrimmed, with a 0 as it is and the localised unit.
-            list.SetSubItem(place.row, kSizeSubItem,
+            // An archive fetched again is told by its size: untrimmed, a 0 as it is, the unit localised.
+            list.SetSubItem(record.Row, kSizeSubItem,
                             leftOver ? SignedText(kilobytes) + GetLocalText("KB", "991850")
                                      : DecimalText(std::max(kilobytes, 1)) + "KB");
             FetchArchive(record, url, size, showStatus);
         }
     }
-    if (record.TransferState == 1) list.SetSubItem(place.row, kStatusSubItem, "Copied from web");
-    list.SetBold(place.row, true);
+    if (record.TransferState == 1) list.SetSubItem(record.Row, kStatusSubItem, "Copied from web");
+    list.SetBold(record.Row, true);
 }
 
-// False when a transfer failed; ResumeIndex then stands at its record.
-bool DownloadPass(Place& place) {
-    std::int32_t& resume = frmUpdate.ResumeIndex;
-    place.row = RowsBefore(resume);
-    for (place.index = resume; place.index <= Tables.FileArray.UpperBound(); ++place.index) {
-        resume = place.index;
-        const FileRecord& record = Tables.FileArray[place.index];
-        if (record.UpdateFlag != 1) continue;
-        ++place.row;
-        if (frmUpdate.lvwFilesList.Row(place.row).checked) TransferRecord(place);
+// False when a transfer failed; ResumeIndex then stands at its record. Like the install pass it leaves the record at
+// which it stands in `index`.
+bool DownloadPass(std::int32_t& index) {
+    for (index = frmUpdate.ResumeIndex; index <= Tables.FileArray.UpperBound(); ++index) {
+        frmUpdate.ResumeIndex = index;
+        FileRecord& record = Tables.FileArray[index];
+        if (record.Row == 0) continue;
+        if (frmUpdate.lvwFilesList.Row(record.Row).checked) TransferRecord(record);
         if (Flags.DownloadFailed != 1) continue;
         if (FileExists(record.TempZipFile)) EraseFile(record.TempZipFile);
         ShowRetry(GetLocalText("Live Update Failed.Click Retry to try again", "991851"));
@@ -151,74 +113,76 @@ void ReportFailure(const FileRecord& record, const std::string& message) {
     ShowMsgBox(message + record.LocalFile, kBoxCritical, GetSysName());
 }
 
-void RecordInstalled(const FileRecord& record, std::int32_t row, const std::string& status) {
+void RecordInstalled(const FileRecord& record, const std::string& status) {
     Tables.UpdatedFiles.Append(record.FileZipName);
-    frmUpdate.lvwFilesList.SetSubItem(row, kStatusSubItem, status);
+    frmUpdate.lvwFilesList.SetSubItem(record.Row, kStatusSubItem, status);
 }
 
-void InstallPartLibrary(const FileRecord& record, const Place& place) {
-    RemoveInstalledFile(record, place.index);
-    if (!Extract(record, place.index, record.LocalFolder)) {
-        ReportFailure(record, "File not updated properly : "); // kept: not localised here
+// False when the archive library could not be called; what it made of the archive is not looked at.
+bool Extract(const FileRecord& record) {
+    return ExtractArchive(record.TempZipFile, record.LocalFolder).has_value();
+}
+
+void InstallPartLibrary(const FileRecord& record, std::int32_t index) {
+    RemoveInstalledFile(record, index);
+    if (!Extract(record)) {
+        ReportFailure(record, "File not updated properly : ");
         return;
     }
     if (Trim(Settings.SuiteVersion) != "1.20") { // installations of that version have their index left alone
         UpdateLibDBDeleteFile(record.FileName);
         UpdateLibDBAddFileElements(record.FileName);
     }
-    RecordInstalled(record, place.row, "Updated"); // kept: not localised here
+    RecordInstalled(record, "Updated"); // a literal, unlike below
 }
 
-void InstallModels(const FileRecord& record, const Place& place) {
+void InstallModels(const FileRecord& record, std::int32_t index) {
     std::int32_t success = 0;
-    UpdateSPCFile(success, place.index);
+    UpdateSPCFile(success, index);
     if (success == 0) {
         ReportFailure(record, GetLocalText("File not updated properly : ", "991853"));
         return;
     }
-    RecordInstalled(record, place.row, GetLocalText("Updated", "991854"));
+    RecordInstalled(record, GetLocalText("Updated", "991854"));
 }
 
-void InstallOther(const FileRecord& record, const Place& place) {
-    RemoveInstalledFile(record, place.index);
-    if (!Extract(record, place.index, record.LocalFolder)) {
+void InstallOther(const FileRecord& record, std::int32_t index) {
+    RemoveInstalledFile(record, index);
+    if (!Extract(record)) {
         ReportFailure(record, GetLocalText("File not updated properly : ", "991853"));
         return;
     }
-    if (CheckOtherLibFile(place.index)) UpdateLibSSQ(record.FileName, Flags.LibElementKind);
+    if (CheckOtherLibFile(index)) UpdateLibSSQ(record.FileName, Flags.LibElementKind);
     if (UpperCase(record.FileName) == "SUBCIR.IDX") {
         std::int32_t written = 0;
         ReCreateMDBFileforSPC(written);
     }
-    RegisterFile(place.index);
-    RecordInstalled(record, place.row, GetLocalText("Updated", "991854"));
+    RegisterFile(index);
+    RecordInstalled(record, GetLocalText("Updated", "991854"));
 }
 
-void InstallPass(Place& place) {
-    place.row = 0;
-    for (place.index = 1; place.index <= Tables.FileArray.UpperBound(); ++place.index) {
-        const FileRecord& record = Tables.FileArray[place.index];
-        if (record.UpdateFlag != 1) continue;
-        ++place.row;
-        if (record.TransferState != 1) continue;
+void InstallPass(std::int32_t& index) {
+    for (index = 1; index <= Tables.FileArray.UpperBound(); ++index) {
+        const FileRecord& record = Tables.FileArray[index];
+        if (record.Row == 0 || record.TransferState != 1) continue;
         EditMsgline(GetLocalText("Uncompressing : ", "991878") + record.FileName);
         if (UpperCase(record.FileName) == "KLNUPDTA.EXE") Flags.NewUpdaterLoaded = 1;
-        if (CheckLibPartFile(place.index)) {
-            InstallPartLibrary(record, place);
-        } else if (CheckSPCFile(place.index)) {
-            InstallModels(record, place);
+        if (CheckLibPartFile(index)) {
+            InstallPartLibrary(record, index);
+        } else if (CheckSPCFile(index)) {
+            InstallModels(record, index);
         } else {
-            InstallOther(record, place);
+            InstallOther(record, index);
         }
     }
     SyncFileSystem(GetAppFolder());
 }
 
-void EndInError(const Place& place) {
+void EndInError(std::int32_t index) {
     Flags.DownloadFailed = 1;
-    if (place.index >= 1 && place.index <= Tables.FileArray.UpperBound()) {
-        const FileRecord& record = Tables.FileArray[place.index];
-        // Kept: it is the installed file that goes, not the archive.
+    if (index >= 1 && index <= Tables.FileArray.UpperBound()) {
+        const FileRecord& record = Tables.FileArray[index];
+        // Not the archive but the installed file goes, so that the next search offers it again.
         if (FileExists(record.TempZipFile)) EraseFile(record.LocalFile);
     }
     ShowRetry(GetLocalText("LiveUpdate Failed.", "991855") + GetLocalText("Click Retry to try again", "991856"));
@@ -226,16 +190,24 @@ void EndInError(const Place& place) {
 
 } // namespace
 
+void ShowRetry(const std::string& message) {
+    frmUpdate.CmdRetry.SetVisible(true);
+    frmUpdate.cmdCancel.SetVisible(true);
+    frmUpdate.cmdUpdate.SetVisible(false);
+    frmUpdate.CmdRetry.SetCaption(GetLocalText("Retry", "991852"));
+    EditMsgline(message);
+}
+
 std::int32_t UpdateFilesFromWeb() {
-    Place place;
+    std::int32_t index = 0;
     try {
         Flags.NewUpdaterLoaded = 0;
         Tables.UpdatedFiles.Clear();
         if (frmUpdate.IsRetry == 0) frmUpdate.ResumeIndex = 1;
-        if (DownloadPass(place)) InstallPass(place);
+        if (DownloadPass(index)) InstallPass(index);
         return 0;
     } catch (const RuntimeError&) {
-        EndInError(place);
+        EndInError(index);
         return 1;
     }
 }
@@ -256,11 +228,7 @@ void CleanUpTemporaryFiles() {
         FileListBox& files = frmUpdate.files_temp;
         files.SetPath(Settings.TempFolder);
         const std::int32_t count = files.ListCount();
-        for (std::int32_t i = 0; i < count; ++i) {
-            const std::string path = Settings.TempFolder + "\\" + files.List(i);
-            SetAttributesNormal(path);
-            EraseFile(path);
-        }
+        for (std::int32_t i = 0; i < count; ++i) RemoveFile(InTempFolder(files.List(i)));
     } catch (const RuntimeError&) { // what is left goes at the next end
     }
 }

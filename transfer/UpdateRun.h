@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace korlan {
 
@@ -10,6 +11,9 @@ namespace korlan {
 // record); 1 when a run-time error ended it, with DownloadFailed = 1 and Retry shown. Fills Tables.UpdatedFiles afresh
 // and sets NewUpdaterLoaded. Yields; shows boxes.
 std::int32_t UpdateFilesFromWeb();
+
+// Retry instead of Update, and the message why.
+void ShowRetry(const std::string& message);
 
 // Makes the folders of the catalogue's folder list below the program folder. The first failure ends it quietly.
 void CreateNewFolders();

@@ -1,6 +1,7 @@
 #include "transfer/modZip.h"
 
 #include "app/base/TextHelpers.h"
+#include "platform/FormHost.h"
 #include "platform/MsgBox.h"
 #include "platform/RuntimeError.h"
 #include "platform/ZipLibrary.h"
@@ -9,11 +10,9 @@
 
 namespace korlan {
 
-ZipModule modZip;
-
 namespace {
 
-// Kept: the two parts of the style are joined as texts, which gives 483 and not 51. The box shows Yes, No and Cancel,
+// The two parts of the style are joined as texts, which gives 483 and not 51. The box shows Yes, No and Cancel,
 // "No" as default.
 std::int32_t OverwriteStyle() {
     return ToInteger(DecimalText(kBoxExclamation) + DecimalText(kBoxYesNoCancel));
@@ -44,7 +43,7 @@ std::string Padded(std::string text, std::size_t width) {
 }
 
 std::string TwoDigits(std::int32_t number) {
-    return Right("0" + DecimalText(number), 2);
+    return (number < 10 ? "0" : "") + DecimalText(number);
 }
 
 void CollectListing(const ListedMember& member) {
@@ -74,7 +73,7 @@ USERFUNCTIONS MakeCallbacks() {
         return AnswerPassword(password, maxLength);
     };
     functions.message = CollectListing;
-    functions.service = [](const std::string&, std::uint64_t) { return 0; };
+    functions.service = DoEvents; // Cancel is answered while a large member is written
     return functions;
 }
 
@@ -82,21 +81,18 @@ USERFUNCTIONS MakeCallbacks() {
 
 std::int32_t VBUnzip(const std::string& zipFile, const std::string& folder,
                      const std::array<std::int16_t, 15>& optionFlags) {
-    try {
-        modZip.SkipPassword = 0;
-        modZip.TextBuffer.clear();
-        modZip.ListText.clear();
-        UnzipVersion version;
-        version.structlen = sizeof version;
-        UzpVersion2(version);
-        USERFUNCTIONS functions = MakeCallbacks();
-        return Wiz_SingleEntryUnzip(0, {}, 0, {}, MakeOptions(zipFile, folder, optionFlags), functions);
-    } catch (const RuntimeError& error) {
-        throw RuntimeError(error.Number(), error.Description(), "CodeModule::VBUnzip");
-    }
+    modZip.SkipPassword = 0;
+    modZip.TextBuffer.clear();
+    modZip.ListText.clear();
+    UnzipVersion version;
+    version.structlen = sizeof version;
+    UzpVersion2(version);
+    USERFUNCTIONS functions = MakeCallbacks();
+    return Wiz_SingleEntryUnzip(0, {}, 0, {}, MakeOptions(zipFile, folder, optionFlags), functions);
 }
 
-void Unzip(std::int32_t& completed, std::int32_t, std::string& zipFile, std::string& folder, std::int32_t& result) {
+void Unzip(std::int32_t& completed, std::int32_t /*recordIndex*/, const std::string& zipFile, const std::string& folder,
+           std::int32_t& result) {
     completed = 0;
     try {
         if (!zipFile.empty()) modZip.ZipFileName = zipFile;
@@ -105,6 +101,13 @@ void Unzip(std::int32_t& completed, std::int32_t, std::string& zipFile, std::str
         completed = 1;
     } catch (const RuntimeError&) { // seen by the completion flag
     }
+}
+
+std::optional<std::int32_t> ExtractArchive(const std::string& zipFile, const std::string& folder) {
+    std::int32_t completed = 0;
+    std::int32_t result = 0;
+    Unzip(completed, 0, zipFile, folder, result);
+    return completed != 0 ? std::optional(result) : std::nullopt;
 }
 
 } // namespace korlan

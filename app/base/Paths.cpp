@@ -19,6 +19,11 @@ bool FileExists(const std::string& path) {
     return FileOpensForReading(path);
 }
 
+void RemoveFile(const std::string& path) {
+    SetAttributesNormal(path);
+    EraseFile(path);
+}
+
 void TryFolder(const std::string& folder) {
     std::string previous;
     try {

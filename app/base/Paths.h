@@ -8,6 +8,7 @@ namespace korlan {
 
 void AddBackslash(std::string& path);     // trims it, then appends "\" unless it ends with one
 bool FileExists(const std::string& path); // it can be opened for reading
+void RemoveFile(const std::string& path); // a read-only one, too
 
 // Enters the folder and goes back to where it came from. Raises when the folder cannot be entered.
 void TryFolder(const std::string& folder);

@@ -10,8 +10,6 @@
 
 namespace korlan {
 
-SuiteSettings Settings;
-
 namespace {
 
 constexpr std::size_t kIniBufferSize = 1024;
@@ -68,13 +66,15 @@ std::string GetSysName() {
 }
 
 void SetTempFolder() {
-    std::string folder = GetAppFolder();
-    AddBackslash(folder);
-    Settings.TempFolder = folder + "Temp";
+    Settings.TempFolder = GetAppFolder() + "\\Temp";
     try {
         TryFolder(Settings.TempFolder);
     } catch (const RuntimeError&) { // a missing folder is not reported here
     }
+}
+
+std::string InTempFolder(const std::string& name) {
+    return Settings.TempFolder + "\\" + name;
 }
 
 void GetKorlanFilePath(const std::string& cataloguePath, std::string& installationPath) {

@@ -9,7 +9,7 @@ namespace korlan {
 // Folders are Windows-form, as the INI file has them (no trailing backslash added) unless said otherwise.
 struct SuiteSettings {
     std::string SysPath;     // folder of the suite INI file, with a trailing backslash once start-up has normalised it
-    std::string CommandFile; // an existing file named on the command line, or empty
+    std::string CommandFile; // existing file named on the command line, or empty; read by nothing here
     std::string IniFilePath; // TESSARY.INI
     std::string SysName = "Korlan";
     std::string JobDir, LibDir, SysDir, KDScml, KDSudn, KDSmod, KDSsbk, KDSwrk;
@@ -18,7 +18,7 @@ struct SuiteSettings {
     std::string TempFolder; // program folder + "\Temp"
 };
 
-extern SuiteSettings Settings;
+inline SuiteSettings Settings;
 
 // The application and section under which the per-user settings lie.
 inline constexpr const char* kSettingsApplication = "Korlan";
@@ -38,6 +38,7 @@ void ReadSuiteSettings();
 
 std::string GetSysName();
 void SetTempFolder(); // reports nothing when the folder is missing
+std::string InTempFolder(const std::string& name);
 
 // Maps a catalogue designation ("\LIB\SUB") to an installation folder: a folder code gives the folder configured for
 // it, anything else the program folder with the designation behind it. One without a second component raises 9, one

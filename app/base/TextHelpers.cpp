@@ -42,12 +42,6 @@ std::string Left(std::string_view text, std::int64_t length) {
     return std::string(text.substr(0, static_cast<std::size_t>(length)));
 }
 
-std::string Right(std::string_view text, std::int64_t length) {
-    if (length < 0) throw RuntimeError(kErrInvalidCall);
-    const auto count = static_cast<std::size_t>(length);
-    return std::string(count >= text.size() ? text : text.substr(text.size() - count));
-}
-
 std::string Mid(std::string_view text, std::int64_t start) {
     if (start < 1) throw RuntimeError(kErrInvalidCall);
     const auto offset = static_cast<std::size_t>(start - 1);
@@ -123,6 +117,10 @@ std::int32_t RoundHalfEven(double value) {
     const double rounded = std::nearbyint(value);
     if (!(rounded >= kMinInteger && rounded <= kMaxInteger)) throw RuntimeError(kErrOverflow);
     return static_cast<std::int32_t>(rounded);
+}
+
+std::int32_t Kilobytes(std::int32_t bytes) {
+    return RoundHalfEven(bytes / 1024.0);
 }
 
 std::string DecimalText(std::int32_t number) {

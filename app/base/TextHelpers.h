@@ -18,7 +18,6 @@ std::string UpperCase(std::string_view text);
 std::string LowerCase(std::string_view text);
 
 std::string Left(std::string_view text, std::int64_t length);        // shorter texts whole; length < 0 raises 5
-std::string Right(std::string_view text, std::int64_t length);       // likewise
 std::string Mid(std::string_view text, std::int64_t start);          // from `start` on; start < 1 raises 5
 std::int64_t InStr(std::string_view text, std::string_view what);    // first place of `what`, 0 = none
 std::int64_t InStrRev(std::string_view text, std::string_view what); // last place
@@ -36,6 +35,7 @@ std::int32_t ToInteger(std::string_view text);
 std::int32_t Val(std::string_view text);
 
 std::int32_t RoundHalfEven(double value);     // 6 when it does not fit
+std::int32_t Kilobytes(std::int32_t bytes);   // rounded like that
 std::string DecimalText(std::int32_t number); // "-3", "0", "12"
 std::string SignedText(std::int32_t number);  // a blank in the sign's place of a number that is not negative
 

@@ -34,7 +34,7 @@ struct FrmUpdate {
     std::int32_t WizardState = 0;  // 0 searching or listing, 1 ended without a list, 2 a run has ended
     std::int32_t IsRetry = 0;      // the run is repeated
     std::int32_t ResumeIndex = 0;  // record at which the download pass stands
-    std::int32_t UpdateDone = 0;   // a run has ended
+    std::int32_t UpdateDone = 0;   // a run has ended; part of the record, read by nothing here
     std::int32_t CheckedCount = 0; // checked rows as the list's handler has counted them
 
 private:

@@ -13,8 +13,6 @@
 
 namespace korlan {
 
-Localisation Language;
-
 namespace {
 
 constexpr const char* kCountrySection = "COUNTRY";
@@ -95,9 +93,7 @@ void ApplyLanguage(Control& control) {
 
 void LoadLocalisation() {
     Language.countries = ReadCountryTable();
-    std::string folder = GetAppFolder();
-    AddBackslash(folder);
-    Language.languagePath = folder + "COUNTRY\\" + LanguageFolder(Language.countries);
+    Language.languagePath = GetAppFolder() + "\\COUNTRY\\" + LanguageFolder(Language.countries);
     TellSuiteLibrary(Language.languagePath);
     L32_Object_Create(Trim(Language.languagePath + "\\KLNLOCAL.TXT"));
     Language.fonts = ReadFonts(Language.languagePath + "\\KLW32VFONT.EVF");

@@ -10,8 +10,8 @@
 namespace korlan {
 
 struct CountryEntry {
-    std::string languageName;
-    std::string folderName; // below the program folder's "COUNTRY"
+    std::string languageName; // part of the entry, read by nothing here
+    std::string folderName;   // below the program folder's "COUNTRY"
     std::int32_t number = 0;
 };
 
@@ -33,7 +33,7 @@ struct Localisation {
     FormFonts fonts;
 };
 
-extern Localisation Language;
+inline Localisation Language;
 
 // Reads the country table, hands the language folder to the suite's library, loads texts and fonts, and dresses the
 // form. Whatever is missing (table, folder, text file, font file, suite library) leaves the English defaults.

@@ -3,6 +3,7 @@
 #include "platform/NamePattern.h"
 #include "platform/RuntimeError.h"
 #include "platform/TextCase.h"
+#include "platform/linux/ExecuteBits.h"
 #include "platform/linux/FileHandle.h"
 #include "platform/linux/HostError.h"
 #include "platform/linux/HostPath.h"
@@ -37,11 +38,11 @@ FileHandle OpenRegularFile(const std::string& hostPath) {
 
 // --- Lists of names --------------------------------------------------------------------------------------------------
 
-// A normal file by the rules of Windows: no folder, not hidden. A name with a backslash cannot be said in a path.
-bool IsNormalFile(int folder, const char* name) {
-    if (name[0] == '.' || std::string_view(name).find('\\') != std::string_view::npos) return false;
+// No path can say a name that holds a backslash or ends in a blank or a dot.
+bool IsNormalFile(int folder, std::string_view name) {
+    if (name.find('\\') != std::string_view::npos || name.ends_with(' ') || name.ends_with('.')) return false;
     struct stat status {};
-    return fstatat(folder, name, &status, 0) == 0 && S_ISREG(status.st_mode);
+    return fstatat(folder, name.data(), &status, 0) == 0 && S_ISREG(status.st_mode);
 }
 
 // The normal files of a folder that match, sorted without regard to case. An errno value when it cannot be read.
@@ -72,20 +73,18 @@ bool FileOpensForReading(const std::string& path) {
 
 std::string FindNormalFile(const std::string& pattern) {
     const std::size_t start = pattern.find_last_of("\\/:") + 1; // npos + 1 is 0
-    std::string name = UpperCaseText(std::string_view(pattern).substr(start));
-    if (name == "*.*") name = "*";
-    if (name.empty() || name.find('\0') != std::string::npos) return {};
-    const std::string folder = pattern.substr(0, start);
+    std::string name = pattern.substr(start);
     try {
-        const std::string hostFolder = HostPath(folder.empty() ? "." : folder);
         if (name.find_first_of("*?") == std::string::npos) {
-            const auto spelling = SpellingInFolder(hostFolder, std::string_view(pattern).substr(start));
-            const FileHandle opened(hostFolder, O_RDONLY | O_DIRECTORY);
-            return spelling && opened && IsNormalFile(opened.Descriptor(), spelling->c_str()) ? *spelling
-                                                                                              : std::string();
+            const std::string hostPath = HostPath(pattern);
+            struct stat status {};
+            if (stat(hostPath.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
+            return hostPath.substr(hostPath.rfind('/') + 1);
         }
+        const std::string folder = pattern.substr(0, start);
         std::vector<std::string> names;
-        return ListMatching(hostFolder, name, names) == 0 && !names.empty() ? names.front() : std::string();
+        ListMatching(HostPath(folder.empty() ? "." : folder), name == "*.*" ? "*" : UpperCaseText(name), names);
+        return names.empty() ? std::string() : names.front();
     } catch (const RuntimeError&) {
         return {};
     }
@@ -102,8 +101,9 @@ std::vector<std::string> ListNormalFiles(const std::string& folder) {
 
 void SetAttributesNormal(const std::string& path) {
     const std::string hostPath = HostPath(path);
-    const struct stat status = StatusOf(hostPath);
-    if ((status.st_mode & S_IWUSR) != 0) return;
+    struct stat status {};
+    if (lstat(hostPath.c_str(), &status) != 0) RaiseHostError(errno, hostPath);
+    if (S_ISLNK(status.st_mode) || (status.st_mode & S_IWUSR) != 0) return; // what a link names stays as it is
     if (chmod(hostPath.c_str(), (status.st_mode & 07777) | S_IWUSR) != 0) RaiseHostError(errno, hostPath);
 }
 
@@ -112,7 +112,9 @@ bool EraseFile(const std::string& path) {
         const std::string hostPath = HostPath(path);
         struct stat status {};
         if (lstat(hostPath.c_str(), &status) != 0 || IsReadOnly(status)) return false;
-        return unlink(hostPath.c_str()) == 0; // refuses folders
+        if (unlink(hostPath.c_str()) != 0) return false; // refuses folders
+        NoteErased(hostPath, status);
+        return true;
     } catch (const RuntimeError&) {
         return false;
     }
@@ -172,10 +174,6 @@ std::set<std::int32_t>& OpenStamps() {
 } // namespace
 
 std::int32_t OpenForStamp(const std::string& path) {
-    constexpr std::size_t kLongestPath = 127; // kept: the call this stands for takes no more
-    const auto isTail = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
-    const auto tails = static_cast<std::size_t>(std::count_if(path.begin(), path.end(), isTail));
-    if (path.empty() || path.size() - tails > kLongestPath) return -1;
     try {
         FileHandle file = OpenRegularFile(HostPath(path));
         return *OpenStamps().insert(file.Release()).first;
@@ -284,9 +282,12 @@ std::string ReadWholeFile(const std::string& path) {
 }
 
 void SyncFileSystem(const std::string& path) {
-    const std::string hostPath = HostPath(path);
-    const FileHandle file(hostPath, O_RDONLY | O_NONBLOCK);
-    if (!file || syncfs(file.Descriptor()) != 0) RaiseHostError(errno, hostPath);
+    try {
+        const FileHandle file(HostPath(path), O_RDONLY | O_NONBLOCK);
+        if (file && syncfs(file.Descriptor()) == 0) return;
+    } catch (const RuntimeError&) { // no such drive
+    }
+    sync();
 }
 
 } // namespace korlan

@@ -1,96 +1,29 @@
 #include "platform/linux/HostPath.h"
 
 #include "platform/RuntimeError.h"
-#include "platform/TextCase.h"
 #include "platform/linux/ChangeStamp.h"
+#include "platform/linux/FolderIndex.h"
 #include "platform/linux/HostError.h"
 
 #include <dirent.h>
-#include <fcntl.h>
-#include <linux/magic.h>
 #include <sys/stat.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <memory>
-#include <mutex>
-#include <unordered_map>
+#include <optional>
 #include <utility>
 #include <vector>
 
 namespace korlan {
 namespace {
 
-// --- Spelling of names -----------------------------------------------------------------------------------------------
-
-// File systems of this machine that are known to stamp a folder at each change of its names. On any other a listing is
-// read anew whenever it is asked for.
-bool StampsItsFolders(int folder) {
-    struct statfs system {};
-    if (fstatfs(folder, &system) != 0) return false;
-    constexpr unsigned long kXfs = 0x58465342, kF2fs = 0xF2F52010;
-    const auto type = static_cast<unsigned long>(system.f_type);
-    return type == EXT4_SUPER_MAGIC || type == BTRFS_SUPER_MAGIC || type == TMPFS_MAGIC ||
-           type == OVERLAYFS_SUPER_MAGIC || type == kXfs || type == kF2fs;
+FolderIndex& Index() {
+    static FolderIndex index;
+    return index;
 }
-
-// Keeps the listings of folders. One is kept only when the folder's stamp had settled before it was read, and used only
-// while the folder still has that stamp: an old listing can therefore not hide a new file.
-class ListingCache {
-public:
-    // The spelling of that name in the folder, the first in byte order; nothing when there is none.
-    std::optional<std::string> Find(const std::string& hostFolder, const std::string& foldedName) {
-        const std::lock_guard lock(mutex_);
-        const std::int64_t now = ChangeStamp::Now();
-        struct stat status {};
-        if (stat(hostFolder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return std::nullopt;
-        auto known = listings_.find(Identity(status));
-        if (known == listings_.end() || known->second.stamp != ChangeStamp::Of(status)) {
-            const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(hostFolder.c_str()), closedir);
-            if (!folder || fstat(dirfd(folder.get()), &status) != 0) return std::nullopt;
-            const ChangeStamp stamp = ChangeStamp::Of(status);
-            if (!stamp.Settled(now) || !StampsItsFolders(dirfd(folder.get()))) return Scan(folder.get(), foldedName);
-            if (listings_.size() >= kMostFolders) listings_.clear();
-            known = listings_.insert_or_assign(Identity(status), Read(folder.get(), stamp)).first;
-        }
-        const auto spelling = known->second.spellingOf.find(foldedName);
-        if (spelling == known->second.spellingOf.end()) return std::nullopt;
-        return spelling->second;
-    }
-
-private:
-    struct Listing {
-        ChangeStamp stamp;
-        std::unordered_map<std::string, std::string> spellingOf; // by the name in upper case
-    };
-
-    static std::pair<dev_t, ino_t> Identity(const struct stat& status) { return {status.st_dev, status.st_ino}; }
-
-    static void TakeFirst(std::string& spelling, const char* other) {
-        if (spelling.empty() || other < spelling) spelling = other;
-    }
-
-    static Listing Read(DIR* folder, const ChangeStamp& stamp) {
-        Listing listing{stamp, {}};
-        while (const dirent* entry = readdir(folder))
-            TakeFirst(listing.spellingOf[UpperCaseText(entry->d_name)], entry->d_name);
-        return listing;
-    }
-
-    static std::optional<std::string> Scan(DIR* folder, const std::string& foldedName) { // for a folder in motion
-        std::string spelling;
-        while (const dirent* entry = readdir(folder))
-            if (UpperCaseText(entry->d_name) == foldedName) TakeFirst(spelling, entry->d_name);
-        return spelling.empty() ? std::nullopt : std::optional(spelling);
-    }
-
-    static constexpr std::size_t kMostFolders = 256;
-    std::mutex mutex_;
-    std::map<std::pair<dev_t, ino_t>, Listing> listings_;
-};
 
 bool IsThere(const std::string& hostPath) {
     struct stat status {};
@@ -125,7 +58,6 @@ bool IsLetter(char letter) {
 class LinkCache {
 public:
     std::string Target(const std::string& link) {
-        const std::lock_guard lock(mutex_);
         const std::int64_t now = ChangeStamp::Now();
         struct stat status {};
         if (lstat(link.c_str(), &status) != 0) return {};
@@ -138,7 +70,6 @@ public:
     }
 
 private:
-    std::mutex mutex_;
     std::map<std::string, std::pair<ChangeStamp, std::string>> targets_;
 };
 
@@ -183,12 +114,19 @@ struct SplitPath {
     std::vector<std::string> components;
 };
 
+// Windows takes one dot off the end of any name in a path, and all dots and blanks off the end of the last one. (".."
+// and the like are names of their own.)
+std::string_view WithoutTail(std::string_view name, bool last) {
+    const std::size_t length = name.find_last_not_of(" .") + 1; // npos + 1 is 0
+    if (length == 0) return name;
+    if (last) return name.substr(0, length);
+    return name.ends_with('.') && name[name.size() - 2] != '.' ? name.substr(0, name.size() - 1) : name;
+}
+
 void AppendComponents(std::string_view path, std::vector<std::string>& components) {
     while (!path.empty()) {
         const std::size_t end = std::min(path.find_first_of("\\/"), path.size());
-        std::string_view component = path.substr(0, end);
-        if (component.size() > 1 && component.ends_with('.') && component[component.size() - 2] != '.')
-            component.remove_suffix(1); // Windows takes one dot off the end of any name in a path
+        const std::string_view component = WithoutTail(path.substr(0, end), end == path.size());
         path.remove_prefix(std::min(end + 1, path.size()));
         if (component == "..") {
             if (!components.empty()) components.pop_back();
@@ -198,19 +136,10 @@ void AppendComponents(std::string_view path, std::vector<std::string>& component
     }
 }
 
-// Blanks and dots at the end of a path are not part of its last name. (".." and the like are names of their own.)
-std::string_view WithoutTrailingDots(std::string_view path) {
-    const std::size_t start = path.find_last_of("\\/:") + 1; // npos + 1 is 0
-    const std::size_t last = path.find_last_not_of(" .");
-    if (last == std::string_view::npos || last < start) return path;
-    return path.substr(0, last + 1);
-}
-
 SplitPath Split(std::string_view path) {
     const auto isSlash = [](char character) { return character == '\\' || character == '/'; };
     if (path.find('\0') != std::string_view::npos) RaiseFileError(kErrPathNotFound);
     if (path.size() >= 2 && isSlash(path[0]) && isSlash(path[1])) RaiseFileError(kErrPathNotFound);
-    path = WithoutTrailingDots(path);
 
     SplitPath split;
     if (path.size() >= 2 && path[1] == ':' && IsLetter(path[0])) {
@@ -235,18 +164,15 @@ std::string RootOf(const SplitPath& split) {
 }
 
 // Finds the first `count` components under `root`, whatever the case of their letters.
-std::string FindComponents(std::string path, const std::vector<std::string>& components, std::size_t count) {
-    std::string exact = path;
-    for (std::size_t i = 0; i < count; ++i) exact += "/" + components[i];
-    if (IsThere(exact.empty() ? "/" : exact)) return exact;
-    bool missing = false;
-    for (std::size_t i = 0; i < count; ++i) {
-        std::optional<std::string> spelling;
-        if (!missing) spelling = SpellingInFolder(path, components[i]);
-        missing = !spelling;
-        path += "/" + (missing ? components[i] : *spelling);
-    }
-    return path;
+std::string FindComponents(const std::string& root, const std::vector<std::string>& components, std::size_t count) {
+    if (count == 0) return root;
+    const std::string& name = components[count - 1];
+    std::string folder = root;
+    for (std::size_t i = 0; i + 1 < count; ++i) folder += "/" + components[i];
+    if (const auto known = Index().KnownSpelling(folder + "/", name)) return folder + "/" + *known;
+    if (IsThere(folder + "/" + name)) return folder + "/" + name;
+    if (!IsThere(folder + "/")) folder = FindComponents(root, components, count - 1);
+    return folder + "/" + Index().Spelling(folder + "/", name);
 }
 
 // The rest of `path` below `root`, with its leading slash; nothing when it lies elsewhere.
@@ -297,23 +223,15 @@ DriveMatch LongestDrive(const std::string& path) {
 
 } // namespace
 
-std::optional<std::string> SpellingInFolder(const std::string& hostFolder, std::string_view name) {
-    static ListingCache cache;
-    const std::string folder = hostFolder + "/";
-    if (IsThere(folder + std::string(name))) return std::string(name);
-    return cache.Find(folder, UpperCaseText(name));
+std::string SpellingInFolder(const std::string& hostFolder, const std::string& name) {
+    if (auto known = Index().KnownSpelling(hostFolder + "/", name)) return *known;
+    return IsThere(hostFolder + "/" + name) ? name : Index().Spelling(hostFolder + "/", name);
 }
 
 std::string HostPath(const std::string& windowsPath) {
     const SplitPath split = Split(windowsPath);
     const std::string path = FindComponents(RootOf(split), split.components, split.components.size());
     return path.empty() ? "/" : path;
-}
-
-std::string HostPathAsSpelled(const std::string& windowsPath) {
-    const SplitPath split = Split(windowsPath);
-    if (split.components.empty()) return HostPath(windowsPath);
-    return FindComponents(RootOf(split), split.components, split.components.size() - 1) + "/" + split.components.back();
 }
 
 std::string WindowsPath(const std::string& hostPath) {

@@ -2,9 +2,7 @@
 // "d:" ...: $KLN_DRIVES, else $WINEPREFIX/dosdevices, else ~/.wine/dosdevices. Z: is "/" when that folder lacks it.
 #pragma once
 
-#include <optional>
 #include <string>
-#include <string_view>
 
 namespace korlan {
 
@@ -13,9 +11,6 @@ namespace korlan {
 // Blanks and dots at the end go, as on Windows. A drive that is not there, a NUL or a network path raises 76.
 std::string HostPath(const std::string& windowsPath);
 
-// The same with the last component as it is spelled, for names about to be given to something new.
-std::string HostPathAsSpelled(const std::string& windowsPath);
-
 // The Windows form of a host path: the drive whose folder is the longest part of it, else Z:.
 std::string WindowsPath(const std::string& hostPath);
 
@@ -23,7 +18,7 @@ std::string WindowsPath(const std::string& hostPath);
 bool DriveIsThere(const std::string& windowsPath);
 
 // The spelling under which `name` is in the host's folder: as given, else the first in byte order that differs in case
-// only; nothing when there is none.
-std::optional<std::string> SpellingInFolder(const std::string& hostFolder, std::string_view name);
+// only, else as given.
+std::string SpellingInFolder(const std::string& hostFolder, const std::string& name);
 
 } // namespace korlan

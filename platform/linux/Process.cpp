@@ -194,7 +194,7 @@ int Spawn(std::vector<std::string> words) {
 } // namespace
 
 void EndProcess() {
-    _exit(0);
+    std::quick_exit(0); // a file under way goes
 }
 
 void SetProgramArguments(int argc, char** argv) {

@@ -60,8 +60,7 @@ public:
         RegOpenKeyExW(HKEY_LOCAL_MACHINE, kHandlerKey, 0, KEY_READ, &key);
         LPWSTR displayName = nullptr, description = nullptr;
         DWORD flags = 0;
-        const HRESULT result =
-            handler_->Initialize(key, Wide(volume).c_str(), &displayName, &description, &flags);
+        const HRESULT result = handler_->Initialize(key, Wide(volume).c_str(), &displayName, &description, &flags);
         CoTaskMemFree(description);
         CoTaskMemFree(displayName);
         if (key) RegCloseKey(key);

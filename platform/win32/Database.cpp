@@ -37,7 +37,8 @@ std::unique_ptr<Database> OpenDatabase(const std::string& path, bool exclusive, 
     constexpr std::size_t kSignatureSize = 32;
     const std::string signature = StartOfDatabase(path, kSignatureSize);
     if (!connect.empty()) return OpenDaoDatabase(path, exclusive, readOnly, connect);
-    if (!jet::LooksLikeJet(signature)) throw RuntimeError(kErrUnrecognizedFormat, "Unrecognized database format: " + path);
+    if (!jet::LooksLikeJet(signature))
+        throw RuntimeError(kErrUnrecognizedFormat, "Unrecognized database format: " + path);
     return jet::OpenJetDatabase(StartOfDatabase(path, jet::kLargestFile + 1), connect, DecodeCodePage);
 }
 

@@ -254,10 +254,8 @@ std::string ReadWholeFile(const std::string& path) {
 
 // Only an administrator may flush a whole volume. For everybody else the system writes out what it holds by itself.
 void SyncFileSystem(const std::string& path) {
-    const std::wstring wide = FilePath(path);
-    if (GetFileAttributesW(wide.c_str()) == INVALID_FILE_ATTRIBUTES) RaiseHostError(GetLastError(), wide);
-    if (wide.size() < 2 || wide[1] != L':') return;
-    const FileHandle volume(L"\\\\.\\" + wide.substr(0, 2), GENERIC_WRITE, OPEN_EXISTING);
+    if (path.size() < 2 || path[1] != ':') return;
+    const FileHandle volume(L"\\\\.\\" + Wide(path.substr(0, 2)), GENERIC_WRITE, OPEN_EXISTING);
     if (volume) FlushFileBuffers(volume.Get());
 }
 

@@ -1,5 +1,5 @@
-// platform/Http.h on the system's internet layer. Its calls block, so each transfer has a thread of its own that keeps a
-// few hundred KB ahead; the caller waits for it in slices. A transfer that is given up is told so and ends by itself.
+// platform/Http.h on the system's internet layer. Its calls block, so each transfer has a thread of its own that keeps
+// a few hundred KB ahead; the caller waits for it in slices. A transfer that is given up is told so and ends by itself.
 #include "platform/Http.h"
 
 #include "platform/HttpText.h"
@@ -51,8 +51,8 @@ struct Session {
 
 std::shared_ptr<Session> NewSession(const std::string& agent, WaitSlice wait) {
     auto session = std::make_shared<Session>();
-    session->net = std::make_shared<NetHandle>(
-        InternetOpenA(agent.c_str(), INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0));
+    session->net =
+        std::make_shared<NetHandle>(InternetOpenA(agent.c_str(), INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0));
     session->wait = std::move(wait);
     if (!session->net->Get()) return nullptr;
     ULONG connections = 64; // the wizard opens each address twice
@@ -204,8 +204,10 @@ public:
             if (done() || transfer_->ended) return true;
             const auto before = SteadyClock::now();
             const std::uint64_t progress = transfer_->progress;
-            transfer_->changed.wait_for(lock, std::min<SteadyClock::duration>(kSlice, timeLimit), [&] { return done() || transfer_->ended; });
-            idle_ = transfer_->progress == progress && progress == seen_ ? idle_ + (SteadyClock::now() - before) : SteadyClock::duration{0};
+            transfer_->changed.wait_for(lock, std::min<SteadyClock::duration>(kSlice, timeLimit),
+                                        [&] { return done() || transfer_->ended; });
+            idle_ = transfer_->progress == progress && progress == seen_ ? idle_ + (SteadyClock::now() - before)
+                                                                         : SteadyClock::duration{0};
             seen_ = transfer_->progress;
             if (done() || transfer_->ended) return true;
         }
@@ -222,7 +224,8 @@ private:
 
 class WebBody : public HttpBody {
 public:
-    WebBody(const std::shared_ptr<Session>& session, const std::string& url) : session_(session), waiting_(session, url, true) {}
+    WebBody(const std::shared_ptr<Session>& session, const std::string& url)
+        : session_(session), waiting_(session, url, true) {}
 
     bool WaitForAnswer() {
         Transfer& transfer = waiting_.Shared();

@@ -63,9 +63,8 @@ std::int32_t WriteProfileValue(std::string_view section, std::string_view key, s
     const auto path = FilePathOf(file);
     if (!path) return ERROR_PATH_NOT_FOUND;
     const std::string fileBytes = BytesOfFile(file);
-    const BOOL well =
-        WritePrivateProfileStringA(InFormOf(section, fileBytes).c_str(), InFormOf(key, fileBytes).c_str(),
-                                   InFormOf(value, fileBytes).c_str(), path->c_str());
+    const BOOL well = WritePrivateProfileStringA(InFormOf(section, fileBytes).c_str(), InFormOf(key, fileBytes).c_str(),
+                                                 InFormOf(value, fileBytes).c_str(), path->c_str());
     return well ? 0 : static_cast<std::int32_t>(GetLastError());
 }
 

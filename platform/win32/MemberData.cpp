@@ -18,9 +18,8 @@ bool MethodIsKnown(std::uint32_t method) {
     return method == kStored || method == kDeflated;
 }
 
-MemberData::MemberData(const FileHandle& file, const ZipMember& member, std::uint64_t begin,
-                       const std::string& password)
-    : file_(file), member_(member), at_(begin), end_(begin + member.packed) {
+MemberData::MemberData(const FileHandle& file, const ZipMember& member, const std::string& password)
+    : file_(file), member_(member), at_(member.data), end_(member.data + member.packed) {
     damaged_ = inflateInit2(&stream_, -MAX_WBITS) != Z_OK;
     if (!member.encrypted) return;
     for (const char c : password) Turn(static_cast<unsigned char>(c));

@@ -17,8 +17,7 @@ bool MethodIsKnown(std::uint32_t method);
 
 class MemberData {
 public:
-    // `begin`: where the packed data lies in the file.
-    MemberData(const FileHandle& file, const ZipMember& member, std::uint64_t begin, const std::string& password);
+    MemberData(const FileHandle& file, const ZipMember& member, const std::string& password);
     MemberData(const MemberData&) = delete;
     MemberData& operator=(const MemberData&) = delete;
     ~MemberData();

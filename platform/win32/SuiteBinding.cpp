@@ -2,14 +2,14 @@
 
 #include "platform/Process.h"
 #include "platform/RuntimeError.h"
-#include "sdk/KlwUpdt.h"
 #include "platform/win32/Wide.h"
+#include "sdk/KlwUpdt.h"
 
 namespace korlan {
 
 void* SuiteProcedure(const char* name) {
     static HMODULE library = nullptr; // stays loaded: the handles it gives out are the suite's
-    if (!library) { // its own helpers lie beside it
+    if (!library) {                   // its own helpers lie beside it
         const std::string program = ProgramPath();
         const std::string path = program.substr(0, program.find_last_of('\\') + 1) + KLN_SUITE_LIBRARY;
         library = LoadLibraryExW(Wide(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);

@@ -6,11 +6,13 @@
 #include <array>
 #include <chrono>
 #include <ctime>
+#include <set>
 
 namespace korlan {
 namespace {
 
 constexpr std::size_t kEndSize = 22, kEntrySize = 46, kLocalSize = 30, kLongestComment = 65535;
+constexpr std::string_view kEntryMark = "PK\1\2";
 constexpr std::uint64_t kLargestDirectory = 64u << 20; // far above any archive of the update server
 
 // --- Bytes -----------------------------------------------------------------------------------------------------------
@@ -112,17 +114,14 @@ struct DirectoryPlace {
     std::uint64_t shift = 0;            // what offsets in the directory are short of those in the file
 };
 
-std::optional<DirectoryPlace> FindDirectory(std::uint64_t fileSize, const ReadBytes& read) {
-    const auto tailSize = static_cast<std::size_t>(std::min<std::uint64_t>(fileSize, kEndSize + kLongestComment));
-    const std::string tail = read(fileSize - tailSize, tailSize);
-    const std::size_t at = tail.rfind("PK\5\6");
-    if (at == std::string::npos || at + kEndSize > tail.size()) return std::nullopt;
-
-    std::uint64_t end = fileSize - tailSize + at;
+// The place that the end record at `at` of the file's tail speaks of; nothing when there is no directory.
+std::optional<DirectoryPlace> PlaceOf(std::uint64_t tailBegin, std::string_view tail, std::size_t at,
+                                      const ReadBytes& read) {
+    std::uint64_t end = tailBegin + at;
     std::uint64_t size = Number32(tail, at + 12), offset = Number32(tail, at + 16);
     if (at >= 20 && tail.compare(at - 20, 4, "PK\6\7") == 0) { // a large archive has its numbers in a longer record
         const std::uint64_t longEnd = Number(tail, at - 20 + 8, 8);
-        const std::string record = longEnd < fileSize ? read(longEnd, 56) : std::string();
+        const std::string record = longEnd < end ? read(longEnd, 56) : std::string();
         if (record.size() == 56 && record.starts_with("PK\6\6")) {
             end = longEnd;
             size = Number(record, 40, 8);
@@ -130,7 +129,22 @@ std::optional<DirectoryPlace> FindDirectory(std::uint64_t fileSize, const ReadBy
         }
     }
     if (size > end || offset > end - size) return std::nullopt;
+    if (size > 0 && read(end - size, kEntryMark.size()) != kEntryMark) return std::nullopt;
     return DirectoryPlace{end - size, size, end - size - offset};
+}
+
+// The last end record that has a directory: a comment behind it may hold its mark.
+std::optional<DirectoryPlace> FindDirectory(std::uint64_t fileSize, const ReadBytes& read) {
+    const auto tailSize = static_cast<std::size_t>(std::min<std::uint64_t>(fileSize, kEndSize + kLongestComment));
+    const std::string tail = read(fileSize - tailSize, tailSize);
+    std::optional<DirectoryPlace> place;
+    for (std::size_t before = tail.size(); !place && before >= kEndSize;) {
+        const std::size_t at = tail.rfind("PK\5\6", before - kEndSize);
+        if (at == std::string::npos) break;
+        place = PlaceOf(fileSize - tailSize, tail, at, read);
+        before = at + kEndSize - 1;
+    }
+    return place;
 }
 
 // Fills in the sizes that do not fit 32 bits and returns the offset of the local header.
@@ -148,35 +162,43 @@ std::uint64_t ReadSizes(std::string_view entry, std::string_view extra, ZipMembe
     return sizeAt(42);
 }
 
-// Makers on Unix keep the file's mode in the upper half of the attributes, all makers those of DOS in the lower.
+// Makers on Unix keep the file's mode in the upper half of the attributes.
 void ReadKind(std::uint32_t maker, std::uint32_t attributes, ZipMember& member) {
-    constexpr std::uint32_t kUnix = 3, kDosFolder = 0x10;
-    constexpr std::uint32_t kTypeOfFile = 0170000, kRegularFile = 0100000, kFolder = 0040000;
-    const std::uint32_t type = maker >> 8 == kUnix ? attributes >> 16 & kTypeOfFile : 0;
-    member.special = type != 0 && type != kRegularFile && type != kFolder;
-    member.folder = type == kFolder || (type == 0 && (attributes & kDosFolder) != 0);
+    constexpr std::uint32_t kUnix = 3, kTypeOfFile = 0170000, kRegularFile = 0100000, kFolder = 0040000,
+                            kOwnerRuns = 0100, kDosFolder = 0x10;
+    const std::uint32_t mode = maker >> 8 == kUnix ? attributes >> 16 : 0, type = mode & kTypeOfFile;
+    const bool named = !member.name.empty() && IsZipSeparator(member.name.back());
+    const bool folder = named || (type == 0 ? (attributes & kDosFolder) != 0 : type == kFolder);
+    member.executable = (mode & kOwnerRuns) != 0;
+    if (folder)
+        member.kind = member.size == 0 ? ZipMember::Kind::Folder : ZipMember::Kind::NoFile;
+    else
+        member.kind = type == 0 || type == kRegularFile ? ZipMember::Kind::File : ZipMember::Kind::NoFile;
 }
 
-// Adds the member of one directory record. Its local header says where the data begins and has its own extra field.
-void AddMember(const ReadBytes& read, std::string_view entry, const DirectoryPlace& place, ZipMembers& members) {
+// The member of one directory entry. Its local header says where the data begins and has its own extra field.
+ZipMember MemberOf(const ReadBytes& read, std::string_view entry, const DirectoryPlace& place) {
     const std::size_t nameSize = Number16(entry, 28);
     const std::string_view name = entry.substr(kEntrySize, nameSize), extra = entry.substr(kEntrySize + nameSize);
     ZipMember member;
-    const std::uint64_t header = ReadSizes(entry, extra, member) + place.shift;
-    const std::string local = header < place.offset ? read(header, kLocalSize) : std::string();
-    if (local.size() < kLocalSize || !local.starts_with("PK\3\4")) return;
-    const std::uint32_t localNameSize = Number16(local, 26), localExtraSize = Number16(local, 28);
-    const std::string localExtra = read(header + kLocalSize + localNameSize, localExtraSize);
-
     member.name = NameAsText(name, Number16(entry, 4), extra);
+    member.header = ReadSizes(entry, extra, member) + place.shift;
+    const std::string local = member.header < place.offset ? read(member.header, kLocalSize) : std::string();
+    if (local.size() < kLocalSize || !local.starts_with("PK\3\4")) return member;
+    const std::uint32_t localNameSize = Number16(local, 26), localExtraSize = Number16(local, 28);
+    member.data = member.header + kLocalSize + localNameSize + localExtraSize;
+    if (member.data > place.offset || member.packed > place.offset - member.data) return member;
+    const std::string localExtra = read(member.data - localExtraSize, localExtraSize);
+
     member.method = Number16(entry, 10);
     member.checkSum = Number32(entry, 16);
-    ReadKind(Number16(entry, 4), Number32(entry, 38), member);
     member.encrypted = (Number16(entry, 8) & 1) != 0;
     auto modified = ExtendedTime(localExtra);
     if (!modified) modified = ExtendedTime(extra);
     member.modified = modified ? *modified : InstantOfDosTime(Number16(entry, 14), Number16(entry, 12));
-    members.emplace(header + kLocalSize + localNameSize + localExtraSize, std::move(member));
+    member.entry = entry;
+    ReadKind(Number16(entry, 4), Number32(entry, 38), member);
+    return member;
 }
 
 } // namespace
@@ -188,7 +210,7 @@ std::int64_t InstantOfDosTime(std::uint32_t date, std::uint32_t time) {
     constexpr std::int64_t kDay = 86'400; // more than any zone is away from UTC
     const auto instantByOffsetAt = [&](std::int64_t about) { return wall - (LocalClockAt(about) - about); };
     const std::int64_t before = instantByOffsetAt(wall - kDay), after = instantByOffsetAt(wall + kDay);
-    return LocalClockAt(before) == wall || LocalClockAt(after) != wall ? before : after;
+    return before == after || LocalClockAt(before) == wall || LocalClockAt(after) != wall ? before : after;
 }
 
 std::optional<ZipMembers> ReadZipDirectory(std::uint64_t fileSize, const ReadBytes& read) {
@@ -198,13 +220,19 @@ std::optional<ZipMembers> ReadZipDirectory(std::uint64_t fileSize, const ReadByt
     const std::string directory = read(place->offset, static_cast<std::size_t>(place->size));
     std::string_view rest = directory;
     ZipMembers members;
-    while (rest.size() >= kEntrySize && rest.starts_with("PK\1\2")) {
+    std::set<std::uint64_t> headers;
+    while (!rest.empty() && !rest.starts_with("PK\5\5")) { // a signature of the whole
         const std::size_t length = kEntrySize + Number16(rest, 28) + Number16(rest, 30) + Number16(rest, 32);
-        if (length > rest.size()) break;
-        AddMember(read, rest.substr(0, length - Number16(rest, 32)), *place, members);
+        if (!rest.starts_with(kEntryMark) || length > rest.size()) {
+            members.emplace_back();
+            break;
+        }
+        members.push_back(MemberOf(read, rest.substr(0, length - Number16(rest, 32)), *place));
+        ZipMember& member = members.back();
+        if (member.kind == ZipMember::Kind::File && !headers.insert(member.header).second)
+            member.kind = ZipMember::Kind::NoFile;
         rest.remove_prefix(length);
     }
-    if (members.empty() && place->size > 0) return std::nullopt;
     return members;
 }
 

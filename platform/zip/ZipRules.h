@@ -1,16 +1,16 @@
-// What every back end's archive library answers, and the names it lets members have.
+// What the archive libraries of all back ends decide alike: the names that members may have, which outcome outweighs
+// which, and what the user has answered once and for all.
 #pragma once
 
-#include <algorithm>
-#include <array>
+#include "platform/ZipLibrary.h"
+
 #include <cstdint>
-#include <iterator>
 #include <string>
 
 namespace korlan {
 
-// What the call returns, from harmless to grave.
-enum class Outcome : std::int32_t {
+// What an extraction returns.
+enum class ZipOutcome : std::int32_t {
     Well = 0,
     Warning = 1,
     NoMethod = 81,
@@ -18,38 +18,35 @@ enum class Outcome : std::int32_t {
     Damaged = 3,
     NoArchive = 9,
     CannotWrite = 50,
-    Stopped = 80,
 };
+ZipOutcome Graver(ZipOutcome one, ZipOutcome other);
 
-inline int Gravity(Outcome outcome) {
-    constexpr std::array kOrder{Outcome::Well,    Outcome::Warning,   Outcome::NoMethod,    Outcome::NoPassword,
-                                Outcome::Damaged, Outcome::NoArchive, Outcome::CannotWrite, Outcome::Stopped};
-    return static_cast<int>(std::distance(kOrder.begin(), std::ranges::find(kOrder, outcome)));
-}
+// The last component of a member's name, which its file gets, without blanks and dots at its end; "" when no file may
+// have it.
+std::string FileNameOfMember(const std::string& member);
 
-inline constexpr std::size_t kLongestPassword = 256;   // characters
-inline constexpr std::int32_t kMostWrongPasswords = 3; // in a row
+bool HasParentComponent(const std::string& path); // ".."
 
-inline bool IsSeparator(char character) {
-    return character == '/' || character == '\\';
-} // archives made on Windows hold both
+// Raises 5 for an option that is set and for lists of names: these libraries know neither.
+void RequireNoOptions(const DCL& options, std::int32_t listedNames);
 
-inline std::string LastComponent(const std::string& member) {
-    return {std::find_if(member.rbegin(), member.rend(), IsSeparator).base(), member.end()};
-}
+// The questions of one extraction.
+class ZipQuestions {
+public:
+    explicit ZipQuestions(USERFUNCTIONS& functions) : functions_(functions) {}
 
-inline bool MayNameAFile(const std::string& component) {
-    if (component.empty() || component == "." || component == "..") return false;
-    return std::ranges::none_of(component, [](char c) { return c == ':' || static_cast<unsigned char>(c) < 32; });
-}
+    bool MayReplace(const std::string& member); // asks until the answer is for all or for none
+    // Asks for the member's password unless the user has had enough; false when there is none.
+    bool AskPassword(const std::string& member);
+    void PasswordFits() { wrongPasswords_ = 0; }
+    const std::string& Password() const { return password_; } // the last one given
+    bool SkipsPasswords() const { return skipPasswords_; }
 
-inline bool HasParentComponent(const std::string& path) {
-    for (auto at = path.begin(); at != path.end();) {
-        const auto end = std::find_if(at, path.end(), IsSeparator);
-        if (std::string(at, end) == "..") return true;
-        at = end == path.end() ? end : end + 1;
-    }
-    return false;
-}
+private:
+    USERFUNCTIONS& functions_;
+    bool replaceAll_ = false, replaceNone_ = false, skipPasswords_ = false;
+    std::string password_;
+    std::int32_t wrongPasswords_ = 0; // since the last one that fitted
+};
 
 } // namespace korlan

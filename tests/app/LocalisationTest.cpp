@@ -32,7 +32,6 @@ TEST_F(LocalisationTest, TheCountryTableChoosesTheLanguageFolder) {
         LoadLocalisation();
         EXPECT_EQ(Language.languagePath, std::string("C:\\KORLAN\\COUNTRY\\") + folder) << section;
     }
-    EXPECT_EQ(Language.countries.selectedNumber, 7);
 }
 
 TEST_F(LocalisationTest, TheFormIsDressedInTextsAndFonts) {

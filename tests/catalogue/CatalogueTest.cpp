@@ -1,4 +1,5 @@
 #include "catalogue/Catalogue.h"
+#include "TestData.h"
 
 #include "tests/support/HttpServer.h"
 #include "tests/support/ProgramTest.h"

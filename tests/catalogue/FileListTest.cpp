@@ -52,7 +52,8 @@ TEST_F(FileListTest, ShowsOneCheckedRowForEachMarkedRecord) {
     const ListRow& row = list.Row(2);
     EXPECT_EQ(row.key, "FILE-\\Sys\\sub\\C.DLL");
     EXPECT_EQ(row.subItems, (std::vector<std::string>{"C:\\KORLAN\\SYS\\SUB", "4096", "Not updated", "\\Sys\\sub"}));
-    EXPECT_EQ(frmUpdate.CheckedCount, 2);
+    EXPECT_EQ(Tables.FileArray[2].Row, 0);
+    EXPECT_EQ(Tables.FileArray[3].Row, frmUpdate.CheckedCount);
 }
 
 TEST_F(FileListTest, AToggleCarriesOverToLinkedRows) {

@@ -2,6 +2,7 @@
 // In a .tsv, %09 %0A %0D %25 stand for tab, line feed, carriage return and percent, and %N alone for NULL.
 #pragma once
 
+#include "TestData.h"
 #include "platform/jet/JetDatabase.h"
 #include "tests/support/Table.h"
 

@@ -8,8 +8,8 @@ namespace {
 
 using testing::ElementsAre;
 
-constexpr const char* kSource = "C:\\Korlan\\Temp\\NEW";
-constexpr const char* kTarget = "C:\\Korlan\\LIB\\OLD";
+constexpr const char* kSource = "C:\\KORLAN\\Temp\\NEW";
+constexpr const char* kTarget = "C:\\KORLAN\\LIB\\OLD";
 constexpr const char* kTitle = "Korlan Live Update";
 
 struct KindCase {

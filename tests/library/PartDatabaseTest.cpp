@@ -20,7 +20,7 @@ const std::string kFields = "Quad NAND|IX1|SIM1|Texas|IC|TTL|DIL|0|None|SYM0";
 class PartDatabaseTest : public Installation {
 protected:
     void WriteParts(const std::string& name, std::vector<suite::Element> parts) const {
-        WriteLibrary("Korlan/LIB/" + name, suite::Kind::Part, std::move(parts));
+        WriteLibrary("KORLAN/LIB/" + name, suite::Kind::Part, std::move(parts));
     }
     std::vector<std::string> Names() const {
         return Index("SELECT Library || ':' || Name FROM PartFields ORDER BY rowid");
@@ -76,13 +76,13 @@ TEST_F(PartDatabaseTest, BadLibraryFilesEndTheOperation) {
     MakeIndex();
     for (const std::string& bad : {bytes.substr(0, 19), std::string(), suite::LibraryBytes({suite::Kind::Part, {}}),
                                    suite::LibraryBytes({suite::Kind::Symbol, {part}})}) {
-        drive.Write("Korlan/LIB/BAD.PART", bad);
+        drive.Write("KORLAN/LIB/BAD.PART", bad);
         UpdateLibDBAddFileElements("BAD.PART");
         EXPECT_THAT(Names(), testing::IsEmpty()) << testing::PrintToString(bad);
     }
     WriteParts("SHORT.PART", {{"A", "P " + kFields, ""}, {"B", "P 1|2|3|4|5|6|7|8|9", ""}, {"C", "P " + kFields, ""}});
     UpdateLibDBAddFileElements("SHORT.PART");
-    drive.Write("Korlan/LIB/GOOD.PART", bytes);
+    drive.Write("KORLAN/LIB/GOOD.PART", bytes);
     UpdateLibDBAddFileElements("GOOD.PART");
     EXPECT_THAT(Names(), ElementsAre("SHORT.PART:A", "GOOD.PART:A")); // rows before the error stay
 }
@@ -92,7 +92,7 @@ TEST_F(PartDatabaseTest, AQuoteInANameIsNotDoubled) {
     WriteParts("O'HARA.PART", {{"X", "P " + kFields, ""}});
     UpdateLibDBAddFileElements("O'HARA.PART");
     EXPECT_GE(ErrorOf([] { UpdateLibDBDeleteFile("O'HARA.PART"); }), kErrDatabase);
-    UpdateLibDB("C:\\Korlan\\LIB\\O'HARA.PART", LoadedPart("O'HARA.PART", "X"));
+    UpdateLibDB("C:\\KORLAN\\LIB\\O'HARA.PART", LoadedPart("O'HARA.PART", "X"));
     EXPECT_THAT(Names(), ElementsAre("O'HARA.PART:X"));
 
     // Names come from the server: one that ends the text early is still one statement, on this file alone.
@@ -106,12 +106,12 @@ TEST_F(PartDatabaseTest, ASinglePartIsAddedThenRefreshed) {
     LoadSearchSequences();
     WriteParts("A.PART", {{"X", "P one|IX1|SIM1|Texas|IC|TTL|DIL|0|resistor|SYM0", ""}, {"Y", "P " + kFields, ""}});
     UpdateLibDBAddFileElements("A.PART");
-    UpdateLibDBDeleteFromFile("C:\\Korlan\\LIB\\A.PART", "Y");
+    UpdateLibDBDeleteFromFile("C:\\KORLAN\\LIB\\A.PART", "Y");
     EXPECT_THAT(Names(), ElementsAre("A.PART:X"));
     WriteParts("A.PART", {{"X", " P two|IX1|SIM1|Texas|IC|TTL|DIL|0|None|SYM0 ", ""},
                           {"LONG", "P " + std::string(1022 - 2 - kFields.size(), 'n') + kFields, ""},
                           {"FIT", "P " + std::string(1021 - 2 - kFields.size(), 'n') + kFields, ""}});
-    for (const char* part : {"X", "LONG", "FIT"}) UpdateLibDB("C:\\Korlan\\LIB\\A.PART", LoadedPart("A.PART", part));
+    for (const char* part : {"X", "LONG", "FIT"}) UpdateLibDB("C:\\KORLAN\\LIB\\A.PART", LoadedPart("A.PART", part));
     EXPECT_THAT(
         Index("SELECT Name, Library, Package, length(FullName), Symbol, KdsModel, SSQON, SSQNum FROM PartFields"),
         ElementsAre("X|A.PART|P|3|SYM0|R|1|1", // an unset model class stays as it was

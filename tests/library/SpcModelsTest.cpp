@@ -8,8 +8,8 @@ namespace korlan::test {
 
 namespace {
 
-constexpr const char* kArchive = "Korlan/Temp/sp/M.zip";
-constexpr const char* kInstalled = "Korlan/SYS/M.SPC";
+constexpr const char* kArchive = "KORLAN/Temp/sp/M.zip";
+constexpr const char* kInstalled = "KORLAN/SYS/M.SPC";
 const std::string kModels = std::string("* models \x80\xFF\0 end", 17) + "\n.ENDS"; // bytes of no encoding
 const std::string kAppended = "\r\n\r\n\r\n\r\n" + kModels + "\r\n";
 
@@ -18,8 +18,7 @@ protected:
     SpcModelsTest() {
         drive.Write(kArchive, ZipWriter().Add({.name = "M.SPC", .data = kModels}).Bytes());
         drive.Write(kIni, "[X]\r\n");
-        Flags.StatusSpinner = "|";
-        Record("C:\\Korlan\\SYS\\");
+        Record("C:\\KORLAN\\SYS\\");
     }
     void Record(const std::string& folder) {
         Tables.FileArray.Clear();
@@ -28,7 +27,7 @@ protected:
         record.FileZipName = "sp/M.zip";
         record.LocalFolder = folder;
         record.LocalFile = folder + "M.SPC";
-        record.TempZipFile = "C:\\Korlan\\Temp\\sp\\M.zip";
+        record.TempZipFile = "C:\\KORLAN\\Temp\\sp\\M.zip";
     }
     std::int32_t Update() {
         std::int32_t success = 0;
@@ -43,10 +42,10 @@ TEST_F(SpcModelsTest, AppendsTheBytesAndRecordsTheArchive) {
     const std::string own = "* the user's own models, no line end";
     drive.Write(kInstalled, own);
     drive.SetMode(kInstalled, 0444);
-    drive.Write("Korlan/Temp/M.SPC", "left over from an earlier run");
+    drive.Write("KORLAN/Temp/M.SPC", "left over from an earlier run");
     EXPECT_EQ(Update(), 1);
     EXPECT_EQ(drive.Read(kInstalled), own + kAppended);
-    EXPECT_FALSE(drive.Exists("Korlan/Temp/M.SPC"));
+    EXPECT_FALSE(drive.Exists("KORLAN/Temp/M.SPC"));
     EXPECT_EQ(Update(), 1); // once more in the same run
     EXPECT_EQ(drive.Read(kInstalled), own + kAppended + kAppended);
     EXPECT_EQ(drive.Read(kIni), "[X]\r\n[LIVEUPDATESPCFROMWEB]\r\nSPCFILEMDB=1\r\n"

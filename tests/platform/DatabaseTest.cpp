@@ -1,5 +1,6 @@
 // Databases as the program sees them: the kinds of file, what reading and writing give, and every error number.
 #include "platform/Database.h"
+#include "TestData.h"
 
 #include "platform/DatabaseError.h"
 #include "tests/support/Failing.h"

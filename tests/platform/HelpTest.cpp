@@ -1,5 +1,6 @@
 // The help window on the manual of the sample, on damaged copies of it and on hostile pages.
 #include "platform/Help.h"
+#include "TestData.h"
 #include "platform/linux/desktop/CompiledHelp.h"
 #include "platform/linux/desktop/HelpWindow.h"
 

@@ -1,4 +1,5 @@
 #include "platform/IniFile.h"
+#include "TestData.h"
 
 #include "platform/TextEncoding.h"
 #include "tests/support/Table.h"

@@ -19,9 +19,8 @@ std::string Saved(const std::string& application, const std::string& section, co
 
 TEST(Settings, GiveBackWhateverWasStored) {
     const TempDrive drive;
-    std::vector<std::string> values = {
-        ""s,          " outer blanks "s,      "\"quoted\""s, "a=b;c"s,       "%41"s,
-        "Größe € Ж"s, "two\r\n[lines]\nx=1"s, "zero\0inside"s};
+    std::vector<std::string> values = {""s,    " outer blanks "s, "\"quoted\""s,          "a=b;c"s,
+                                       "%41"s, "Größe € Ж"s,      "two\r\n[lines]\nx=1"s, "zero\0inside"s};
     if (!test::kOnWindows) values.push_back("\xE9"); // a store of bytes, not of characters
     const std::string names[] = {"NoUpdt", "a=b", "[Setup]", ";c", " blanks ", "", "Ж", "x]y", "line\nbreak"};
     for (const std::string& value : values)

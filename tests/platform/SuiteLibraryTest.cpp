@@ -8,7 +8,7 @@ namespace korlan::test {
 
 namespace {
 
-constexpr const char* kFile = "C:\\Korlan\\LIB\\A.PART";
+constexpr const char* kFile = "C:\\KORLAN\\LIB\\A.PART";
 
 struct SuiteLibraryTest : Installation {
     // Reads the file in every way there is; the names it holds, none when it is refused.

@@ -1,13 +1,17 @@
 // Archives with everything that a server, a tool or an attacker may put into them, on real files.
 #include "platform/ZipLibrary.h"
+#include "TestData.h"
 
 #include "platform/FileSystem.h"
+#include "platform/Process.h"
 #include "tests/support/Failing.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/ZipWriter.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <thread>
 
 namespace korlan {
 namespace {
@@ -75,9 +79,9 @@ TEST_F(ZipLibraryTest, MembersLandUnderTheirLastComponent) {
         EXPECT_THAT(drive_.Names(), ElementsAre("A.ZIP", "OUT"));
     };
     const std::pair<std::string, std::string> plainNames[] = {
-        {"sub/deep/A.DLL", "A.DLL"},           {"sub\\deep\\A.DLL", "A.DLL"},   {"../../up.txt", "up.txt"},
-        {"/tmp/root.txt", "root.txt"},         {"C:\\WINDOWS\\a.txt", "a.txt"}, {longest, longest},
-        {"\x81lwechsel.txt", "ülwechsel.txt"},
+        {"sub/deep/A.DLL", "A.DLL"},   {"sub\\deep\\A.DLL", "A.DLL"},         {"../../up.txt", "up.txt"},
+        {"/tmp/root.txt", "root.txt"}, {"C:\\WINDOWS\\a.txt", "a.txt"},       {longest, longest},
+        {"tail.txt. .", "tail.txt"},   {"\x81lwechsel.txt", "ülwechsel.txt"},
     };
     for (const auto& [name, landed] : plainNames) lands({name, "x"}, landed);
     for (const auto& name :
@@ -93,14 +97,65 @@ TEST_F(ZipLibraryTest, OnlyFilesAreMadeOfMembers) {
         return ZipEntry{.name = name, .data = "/etc/passwd", .maker = 0x0314, .attributes = mode << 16};
     };
     const ZipEntry marked{.name = "marked", .data = "", .attributes = 0x10};
-    EXPECT_EQ(Unzip(ZipWriter().Add({"folder/", ""}).Add(marked).Add(unixEntry("tool", 0100755))), 0);
+    EXPECT_EQ(Unzip(ZipWriter()
+                        .Add({"folder/", ""})
+                        .Add(marked)
+                        .Add(unixEntry("tool", 0100755))
+                        .Bytes("PK\5\6, "s + std::string(30, '.'))),
+              0)
+        << "a comment may hold the mark of the end";
     EXPECT_THAT(drive_.Names("OUT"), ElementsAre("tool"));
-    EXPECT_TRUE(kOnWindows || access(drive_.HostPathOf("OUT/tool").c_str(), 1) == 0) << "a program stays one";
-    for (const std::uint32_t type : {0120777u, 0020666u, 0010666u}) { // links, devices, pipes
+    ZipEntry unreadable = unixEntry("link", 0120777);
+    unreadable.method = 97;
+    const ZipWriter refused[] = {
+        ZipWriter().Add(unixEntry("link", 0120777)), ZipWriter().Add(unixEntry("device", 0020666)),
+        ZipWriter().Add(unixEntry("pipe", 0010666)), ZipWriter().Add(unreadable),
+        ZipWriter().Add({"folder/", "data"}),        ZipWriter().Add({"after", "x"}).RepeatEntry(),
+    };
+    for (ZipWriter archive : refused) {
         EmptyOut();
-        EXPECT_EQ(Unzip(ZipWriter().Add(unixEntry("link", type)).Add({"after", "x"})), 1) << type;
-        EXPECT_THAT(drive_.Names("OUT"), ElementsAre("after")) << type;
+        EXPECT_EQ(Unzip(archive.Add({"after", "x"})), 1) << &archive - refused;
+        EXPECT_THAT(drive_.Names("OUT"), ElementsAre("after")) << &archive - refused;
+        answers_.assign(2, kOverwriteYes);
     }
+}
+
+#ifndef _WIN32 // where every file may run
+TEST_F(ZipLibraryTest, ProgramsStayPrograms) {
+    const auto runs = [&](const char* name) { return access(drive_.HostPathOf(name).c_str(), X_OK) == 0; };
+    answers_ = {kOverwriteYes};
+    for (const char* name : {"OUT/There", "OUT/Erased", "OUT/Data"}) drive_.Write(name, "old");
+    for (const char* name : {"OUT/There", "OUT/Erased"}) drive_.SetMode(name, 0755);
+    EXPECT_TRUE(EraseFile("C:\\OUT\\ERASED") && EraseFile("C:\\OUT\\DATA"));
+    const std::string elf = "\x7F"
+                            "ELF";
+    EXPECT_EQ(Unzip(ZipWriter()
+                        .Add({"there", "x"})
+                        .Add({"ERASED", "x"})
+                        .Add({"data", "x"})
+                        .Add({"elf", elf})
+                        .Add({"script", "#!/bin/sh\n"})
+                        .Add({.name = "tool", .data = "x", .maker = 0x0314, .attributes = 0100755u << 16})),
+              0);
+    for (const char* name : {"OUT/There", "OUT/ERASED", "OUT/elf", "OUT/script", "OUT/tool"}) EXPECT_TRUE(runs(name)) << name;
+    EXPECT_FALSE(runs("OUT/data"));
+}
+#endif
+
+TEST_F(ZipLibraryTest, AFileUnderWayGoesWithWhoeverEndsTheWork) {
+    drive_.Write("OUT/.klnunzip1", "of a process that was killed");
+    const ZipWriter archive = ZipWriter().Add({"A.TXT", "new"});
+    functions_.message = [](const ListedMember&) { std::this_thread::sleep_for(std::chrono::milliseconds(50)); };
+    functions_.service = [this] {
+        EXPECT_EQ(drive_.Names("OUT").size(), 1u) << "the file under way, no other";
+        throw 1;
+    };
+    EXPECT_THROW(Unzip(archive), int);
+    EXPECT_EQ(Out(), "");
+    if (kOnWindows) return; // the file goes when the next process extracts to the folder
+    functions_.service = [] { EndProcess(); };
+    EXPECT_EXIT(Unzip(archive), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(Out(), "");
 }
 
 TEST_F(ZipLibraryTest, MembersKeepTheirOwnTime) {

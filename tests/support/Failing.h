@@ -26,12 +26,7 @@ std::int32_t ErrorOf(Call&& call) {
     }
 }
 
-#ifdef _WIN32
-struct AsOrdinaryUser { // the tests are one
-    AsOrdinaryUser() {}
-};
-#else
-
+#ifndef _WIN32
 // While this lives no file may grow beyond that many bytes, as on a disk that is full.
 class FullDisk {
 public:

@@ -1,32 +1,21 @@
-// A small installation on a temporary drive, with the sample suite library, scripted people and a fresh program.
+// The installation with the sample suite library in it: base of tests of what the program does through that library.
 #pragma once
 
-#include "app/base/Settings.h"
-#include "app/base/frmUpdate.h"
-#include "catalogue/FileTables.h"
 #include "platform/SuiteLibrary.h"
 #include "sample/suite/LibraryFile.h"
-#include "tests/support/ResetProgram.h"
-#include "tests/support/ScriptedDesktop.h"
-#include "tests/support/TempFolder.h"
+#include "tests/support/ProgramTest.h"
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
 namespace korlan::test {
 
-inline constexpr const char* kIni = "Korlan/SYS/TESSARY.INI";
-inline constexpr const char* kIndex = "Korlan/LIB/Parts.abd";
+inline constexpr const char* kIni = "KORLAN/SYS/TESSARY.INI";
+inline constexpr const char* kIndex = "KORLAN/LIB/Parts.abd";
 
-struct Installation : testing::Test {
+struct Installation : ProgramTest {
     Installation() {
-        ResetProgram();
-        ResetDesktop();
-        for (const char* folder : {"Korlan/LIB", "Korlan/SYS", "Korlan/Temp"}) drive.MakeFolders(folder);
-        std::filesystem::create_symlink(KLN_SUITE_SO, drive.HostPathOf("Korlan/libklwupdt.so"));
-        Settings.IniFilePath = "C:\\Korlan\\SYS\\TESSARY.INI";
-        Settings.LibDir = "C:\\Korlan\\LIB", Settings.SysDir = "C:\\Korlan\\SYS",
-        Settings.TempFolder = "C:\\Korlan\\Temp";
+        std::filesystem::create_symlink(KLN_SUITE_SO, drive.HostPathOf("KORLAN/libklwupdt.so"));
         frmUpdate.form.SetCaption("Korlan Live Update");
         DB_CreateDataBase();
     }
@@ -57,8 +46,6 @@ struct Installation : testing::Test {
         Index("CREATE TABLE PartFields (Name,Library,FullName,ExtIndexCode,KdsSimRef,Manufacturer,Type,Technology,"
               "PackageType,MMSimCode,KdsElementCode,Symbol,Package,KdsModel,SSQON,SSQNum)");
     }
-
-    TempDrive drive;
 };
 
 } // namespace korlan::test

@@ -84,7 +84,9 @@ public:
         return TextOfPath(top_ / (kOnWindows ? "" : "c")) + (kOnWindows || path.empty() ? path : "/" + path);
     }
 
-    std::filesystem::path HostFile(std::string_view relative) const { return PathOfText(HostPathOf(relative)); }
+    std::filesystem::path HostFile(std::string_view relative) const {
+        return PathOfText(HostPathOf(relative));
+    }
 
     void Write(std::string_view path, std::string_view bytes) const { // makes the folders too
         const std::filesystem::path host = HostFile(path);
@@ -104,7 +106,9 @@ public:
         return std::filesystem::exists(std::filesystem::symlink_status(HostFile(path)));
     }
 
-    void MakeFolders(std::string_view path) const { std::filesystem::create_directories(HostPathOf(path)); }
+    void MakeFolders(std::string_view path) const {
+        std::filesystem::create_directories(HostPathOf(path));
+    }
 
     std::vector<std::string> Names(std::string_view folder = {}) const { // sorted
         std::vector<std::string> names;
@@ -134,7 +138,9 @@ public:
         std::filesystem::last_write_time(HostPathOf(path), file_clock::from_sys(time + seconds(second)));
     }
 
-    const std::filesystem::path& Top() const { return top_; } // on Linux it holds "c", "drives", "config" and "cache"
+    const std::filesystem::path& Top() const {
+        return top_;
+    } // on Linux it holds "c", "drives", "config" and "cache"
 
 #ifdef _WIN32
 private:

@@ -37,16 +37,23 @@ public:
         const std::string common = Short(entry.flags) + Short(entry.method) + Short(entry.time) + Short(entry.date) +
                                    Long(CheckSum(entry.data) + entry.checkSumError) + Long(Size(entry.data)) +
                                    Long(Size(entry.data) + entry.sizeError) + Short(Size(entry.name));
-        directory_ += "PK\1\2" + Short(entry.maker) + Short(20) + common + Short(Size(stamp)) + Short(0) + Short(0) +
-                      Short(0) + Long(entry.attributes) + Long(Size(members_)) + entry.name + stamp;
+        entry_ = "PK\1\2" + Short(entry.maker) + Short(20) + common + Short(Size(stamp)) + Short(0) + Short(0) +
+                 Short(0) + Long(entry.attributes) + Long(Size(members_)) + entry.name + stamp;
+        directory_ += entry_;
         members_ += "PK\3\4" + Short(20) + common + Short(Size(stamp)) + entry.name + stamp + entry.data;
         ++count_;
         return *this;
     }
 
-    std::string Bytes() const {
+    ZipWriter& RepeatEntry() { // a second one for the same data
+        directory_ += entry_;
+        ++count_;
+        return *this;
+    }
+
+    std::string Bytes(const std::string& comment = {}) const {
         return members_ + directory_ + "PK\5\6" + Long(0) + Short(count_) + Short(count_) + Long(Size(directory_)) +
-               Long(Size(members_)) + Short(0);
+               Long(Size(members_)) + Short(Size(comment)) + comment;
     }
 
     static std::uint32_t CheckSum(std::string_view bytes) {
@@ -66,7 +73,7 @@ private:
     static std::uint32_t Bits(std::int32_t number) { return static_cast<std::uint32_t>(number); }
     static std::uint32_t Size(std::string_view bytes) { return static_cast<std::uint32_t>(bytes.size()); }
 
-    std::string members_, directory_;
+    std::string members_, directory_, entry_;
     std::uint32_t count_ = 0;
 };
 

@@ -1,8 +1,10 @@
 // The wrapper over the real library, with the user scripted.
 #include "transfer/modZip.h"
+#include "TestData.h"
 
 #include "platform/MsgBox.h"
 #include "tests/support/ScriptedDesktop.h"
+#include "tests/support/ScriptedProcess.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/ZipWriter.h"
 
@@ -24,7 +26,7 @@ protected:
     }
 
     // Completion flag and result after an extraction; both start with a value of no meaning.
-    Outcome Extract(std::string zipFile, std::string folder = "C:\\OUT\\") {
+    static Outcome Extract(const std::string& zipFile, const std::string& folder = "C:\\OUT\\") {
         std::int32_t completed = 55, result = 55;
         Unzip(completed, 1, zipFile, folder, result);
         return {completed, result};
@@ -61,6 +63,23 @@ TEST_F(ModZipTest, AnEmptyPasswordIsNotAskedForAgain) {
     EXPECT_THAT(drive_.Names("OUT1"), testing::ElementsAre("plain.txt"));
     Desktop().inputs = {std::string(300, 'p'), "right"};
     EXPECT_EQ(Extract("C:\\LOCKED.ZIP", "C:\\ELSE"), Outcome(1, 0)) << "a wrong one, then the right one";
+}
+
+TEST_F(ModZipTest, CancelIsAnsweredWhileItWrites) {
+    ZipWriter archive;
+    for (int i = 0; i < 2000; ++i) archive.Add({"F" + std::to_string(i), "x"});
+    drive_.Write("MANY.ZIP", archive.Bytes());
+    Desktop().onDoEvents = [] { throw ProcessEnded(); };
+    EXPECT_THROW(Extract("C:\\MANY.ZIP"), ProcessEnded);
+    EXPECT_THAT(drive_.Names("OUT"), testing::Not(testing::Contains(testing::StartsWith("."))));
+}
+
+TEST_F(ModZipTest, ListsWhatItExtracts) {
+    const ScopedVariable zone("TZ", "UTC");
+    EXPECT_EQ(Extract("C:\\A.ZIP"), Outcome(1, 0));
+    EXPECT_EQ(modZip.ListText, "Filename:" + std::string(42, ' ') + "Size       Date       Time\n" + "sub/A.TXT" +
+                                   std::string(42, ' ') + "3          2003-06-15 12:30\n" + "B.TXT" +
+                                   std::string(46, ' ') + "3          2003-06-15 12:30\n");
 }
 
 TEST_F(ModZipTest, CompletesWhateverTheLibrarySays) {

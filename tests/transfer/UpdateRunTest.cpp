@@ -25,7 +25,7 @@ protected:
     static std::string Archive(const std::string& member, const std::string& data) {
         return test::ZipWriter().Add({.name = member, .data = data, .extendedTime = kStamp}).Bytes();
     }
-    // A marked record with its row, checked, and its archive on the server.
+    // A record with its row, checked, and its archive on the server.
     void Offer(const std::string& name, const std::string& folder, const std::string& data) {
         FileRecord record;
         record.FileName = name;
@@ -34,10 +34,10 @@ protected:
         record.LocalFolder = "C:\\KORLAN\\" + folder;
         record.LocalFile = record.LocalFolder + name;
         record.TempZipFile = Settings.TempFolder + "\\" + record.ServerZipName;
-        record.UpdateFlag = 1;
+        record.Row = list.Count() + 1;
         Tables.FileArray.Append(record);
-        list.AddRow(list.Count() + 1, name, name, "NOTDELETE");
-        list.SetChecked(list.Count(), true);
+        list.AddRow(record.Row, name, name, "NOTDELETE");
+        list.SetChecked(record.Row, true);
         server.Answer("/u/" + name + ".zip", {.body = Archive(name, data)});
     }
     std::string Status(std::int32_t row) const {
@@ -102,12 +102,12 @@ TEST_F(UpdateRunTest, AFailedTransferStopsBeforeTheInstallPassAndRetryResumesThe
 // Kept: only Update clears the flag of a failed run, and only a whole transfer otherwise. After an error of the install
 // pass the download pass stands at the last record, and what that one is decides what a Retry comes to.
 TEST_F(UpdateRunTest, AnErrorOfTheInstallPassStaysUntilTheNextTransfer) {
-    enum Last { Fetched, Unchecked, Unmarked };
+    enum Last { Fetched, Unchecked, Unlisted };
     const struct {
         Last last;
         std::int32_t failedAfterRetry, failedAfterAnother;
         bool installed;
-    } cases[] = {{Fetched, 1, 0, true}, {Unchecked, 1, 1, false}, {Unmarked, 1, 1, true}};
+    } cases[] = {{Fetched, 1, 0, true}, {Unchecked, 1, 1, false}, {Unlisted, 1, 1, true}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.last);
         Tables.FileArray.Clear();
@@ -117,7 +117,7 @@ TEST_F(UpdateRunTest, AnErrorOfTheInstallPassStaysUntilTheNextTransfer) {
         Offer("P.PART", "LIB\\", "parts");
         Offer("Z.DLL", "", "new z");
         list.SetChecked(3, c.last != Unchecked);
-        Tables.FileArray[3].UpdateFlag = c.last == Unmarked ? 0 : 1;
+        Tables.FileArray[3].Row = c.last == Unlisted ? 0 : 3;
         drive.Write("KORLAN/LIB/Parts.abd", "no database");
         EXPECT_EQ(UpdateFilesFromWeb(), 1);
         EXPECT_EQ(frmUpdate.ResumeIndex, 3);

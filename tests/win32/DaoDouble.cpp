@@ -1,5 +1,6 @@
 // A database engine for late binding. A database is a text file: its columns in the first line, a row a line, values
-// parted by tabulators, "%N" for NULL; its one table is PartFields, its password kqz. It raises the real engine's numbers.
+// parted by tabulators, "%N" for NULL; its one table is PartFields, its password kqz. It raises the real engine's
+// numbers.
 #include "platform/SqlText.h"
 #include "platform/TextEncoding.h"
 #include "tests/win32/Doubles.h"
@@ -92,9 +93,9 @@ std::wstring Wide(const std::string& utf8) {
 }
 std::string Narrow(const std::wstring& wide) {
     std::string utf8(wide.size() * 3, 0);
-    utf8.resize(static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()),
-                                                             utf8.data(), static_cast<int>(utf8.size()), nullptr,
-                                                             nullptr)));
+    utf8.resize(
+        static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()),
+                                                     utf8.data(), static_cast<int>(utf8.size()), nullptr, nullptr)));
     return utf8;
 }
 bool Same(const std::wstring& a, const std::wstring& b) {

@@ -9,9 +9,9 @@
 
 #include <QBoxLayout>
 #include <QPainter>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
-#include <algorithm>
 
 namespace korlan {
 
@@ -19,11 +19,7 @@ namespace {
 
 constexpr int kMargin = 18;
 constexpr int kGap = 8;
-
-// Lines a label has room for. Status, message and explanation are sentences that grow when translated.
-int LinesOf(const std::string& name) {
-    return name == "lblUpdate" || name == "lblMsgline" || name == "LblOptionExplain" ? 2 : 1;
-}
+constexpr int kBarHeight = 6;
 
 // As wide as its caption, and never narrower than buttons usually are.
 class WideButton : public QPushButton {
@@ -49,12 +45,14 @@ protected:
 } // namespace
 
 QWidget* FormView::MakeWidget(Control& control) {
+    if (control.Place().region == Region::None) return nullptr;
     switch (control.Kind()) {
-    case ControlKind::Label: return new FrameLabel(LinesOf(control.Name()), this);
+    case ControlKind::Label: return new FrameLabel(control.Place().lines, this);
     case ControlKind::Button: return MakeButton(static_cast<Button&>(control));
     case ControlKind::OptionButton: return MakeOption(static_cast<OptionButton&>(control));
     case ControlKind::ListView: return new ListMirror(static_cast<ListView&>(control), this);
     case ControlKind::PictureBox: return new SidePicture(this);
+    case ControlKind::ProgressBar: return MakeBar();
     case ControlKind::Form:
     case ControlKind::ImageList:
     case ControlKind::FileListBox: break; // never seen
@@ -73,50 +71,47 @@ QWidget* FormView::MakeOption(OptionButton& option) {
     widget->installEventFilter(this);
     OutlineIndicators(*widget);
     connect(widget, &QRadioButton::clicked, this, [&option] { RunGesture([&option] { option.UserClick(); }); });
-    reminderControls_.push_back(&option);
     return widget;
 }
 
-QWidget* FormView::Place(const std::string& name) {
-    const auto found = std::find_if(unplaced_.begin(), unplaced_.end(),
-                                    [&](const QWidget* widget) { return widget->objectName() == ToQString(name); });
-    if (found == unplaced_.end()) return nullptr;
-    QWidget* widget = *found;
-    unplaced_.erase(found);
-    return widget;
+QWidget* FormView::MakeBar() {
+    auto* bar = new QProgressBar(this);
+    bar->setTextVisible(false);
+    bar->setFixedHeight(kBarHeight);
+    QSizePolicy policy = bar->sizePolicy();
+    policy.setRetainSizeWhenHidden(true); // nothing moves when it comes and goes
+    bar->setSizePolicy(policy);
+    return bar;
+}
+
+void FormView::Fill(QBoxLayout& layout, Region region, int stretch) {
+    for (const Control* control : form_.Controls())
+        if (control->Place().region == region) layout.addWidget(widgets_.at(control), stretch);
 }
 
 void FormView::LayOut() {
     auto* all = new QHBoxLayout(this);
     all->setContentsMargins(0, 0, 0, 0);
     all->setSpacing(0);
-    if (QWidget* picture = Place("picSteps")) all->addWidget(picture);
+    Fill(*all, Region::Side);
 
     auto* page = new QVBoxLayout;
     page->setContentsMargins(kMargin, kMargin, kMargin, kMargin - 4);
     page->setSpacing(kGap);
     all->addLayout(page, 1);
-    const auto add = [&](QWidget* widget, int stretch = 0) {
-        if (widget) page->addWidget(widget, stretch);
-    };
-    add(Place("lblMainHead"));
-    add(Place("lblUpdate"));
-    add(Place("lvwFilesList"), 1);
-    add(LayOutReminderPage());
-    auto* rest = new QVBoxLayout; // controls this layout does not know, one below the other
-    page->addLayout(rest);
+    Fill(*page, Region::Heading);
+    Fill(*page, Region::Status);
+    Fill(*page, Region::List, 1);
+    page->addWidget(LayOutReminderPage());
     page->addItem(new QSpacerItem(0, 0, QSizePolicy::Minimum, QSizePolicy::Expanding)); // while the list is hidden
-    add(Place("lblMsgline"));
-    QBoxLayout* buttons = LayOutButtons();
-    for (QWidget* widget : unplaced_) {
-        if (qobject_cast<QPushButton*>(widget))
-            buttons->addWidget(widget);
-        else
-            rest->addWidget(widget);
-    }
-    unplaced_.clear();
+    Fill(*page, Region::Message);
     page->addWidget(new Hairline);
     page->addSpacing(2);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->setSpacing(kGap);
+    buttons->addStretch(1);
+    Fill(*buttons, Region::Buttons);
     page->addLayout(buttons);
 }
 
@@ -125,28 +120,17 @@ QWidget* FormView::LayOutReminderPage() {
     auto* page = new QVBoxLayout(reminderPage_);
     page->setContentsMargins(0, 0, 0, 0);
     page->setSpacing(kGap);
-    if (QWidget* heading = Place("LblLive")) {
-        reminderControls_.push_back(form_.Find("LblLive"));
-        page->addWidget(heading);
-    }
     auto* frame = new QWidget(reminderPage_); // makes the options one group for the arrow keys
     auto* options = new QVBoxLayout(frame);
     options->setContentsMargins(kGap, 0, 0, 0);
     options->setSpacing(kGap - 2);
-    for (const Control* control : form_.Controls())
-        if (control->Kind() == ControlKind::OptionButton) options->addWidget(Place(control->Name()));
-    page->addWidget(frame);
-    if (QWidget* explanation = Place("LblOptionExplain")) page->addWidget(explanation);
+    for (const Control* control : form_.Controls()) {
+        if (control->Place().region != Region::Reminder) continue;
+        const bool isOption = control->Kind() == ControlKind::OptionButton;
+        (isOption ? options : page)->addWidget(widgets_.at(control));
+        if (isOption && page->indexOf(frame) < 0) page->addWidget(frame);
+    }
     return reminderPage_;
-}
-
-QBoxLayout* FormView::LayOutButtons() {
-    auto* row = new QHBoxLayout;
-    row->setSpacing(kGap);
-    row->addStretch(1);
-    for (const char* name : {"cmdUpdate", "CmdRetry", "cmdCancel", "cmdHelp"})
-        if (QWidget* button = Place(name)) row->addWidget(button);
-    return row;
 }
 
 // Tab follows the reading order of the form's controls.
@@ -160,20 +144,10 @@ void FormView::LinkTabOrder() {
     }
 }
 
-// The list is what the status line above it announces; the picture belongs to the window as a whole. Buttons, options
-// and labels are called by their captions.
+// What has no caption of its own is called what the window is called.
 void FormView::NameForReaders() {
-    FrameLabel* status = nullptr;
-    if (const Control* control = form_.Find("lblUpdate")) status = dynamic_cast<FrameLabel*>(widgets_.at(control));
-    for (const auto& [control, widget] : widgets_) {
-        if (control->Kind() == ControlKind::PictureBox) widget->setAccessibleName(windowTitle());
-        if (control->Kind() != ControlKind::ListView) continue;
-        const auto name = [this, list = widget](const QString& text) {
-            list->setAccessibleName(text.isEmpty() ? windowTitle() : text);
-        };
-        name(status ? status->Text() : QString());
-        if (status) status->OnPresent = name;
-    }
+    for (const auto& [control, widget] : widgets_)
+        if (!dynamic_cast<const CaptionedControl*>(control)) widget->setAccessibleName(windowTitle());
 }
 
 } // namespace korlan

@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QElapsedTimer>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
@@ -26,13 +27,18 @@ int Pixels(float twips) {
     return qRound(twips / kTwipsPerPixel);
 }
 
+void ShowProgress(QProgressBar& bar, const ProgressBar& record) {
+    bar.setRange(0, record.Maximum() + (record.Maximum() == 0)); // a range of nothing would show a busy bar
+    bar.setValue(record.Value());
+}
+
 // The host's own size of a control's font, where its record gives none.
-QFont BaseFont(const std::string& name) {
+QFont BaseFont(FontRole role) {
     QFont font = QApplication::font();
-    if (name == "lblMainHead") {
+    if (role == FontRole::Title) {
         font.setPointSizeF(font.pointSizeF() * 1.5);
         font.setBold(true);
-    } else if (name == "LblLive") {
+    } else if (role == FontRole::Heading) {
         font.setPointSizeF(font.pointSizeF() * 1.1);
     }
     return font;
@@ -48,7 +54,6 @@ FormView::FormView(Form& form) : form_(form) {
         if (!widget) continue;
         widget->setObjectName(ToQString(control->Name()));
         widgets_.emplace(control, widget);
-        unplaced_.push_back(widget);
     }
     LayOut();
     for (const auto& [control, widget] : widgets_)
@@ -112,7 +117,7 @@ void FormView::WidgetChanged(const Control& control, QWidget& widget, Aspect asp
         widget.setVisible(control.Visible());
         ShowReminderPage();
         return;
-    case Aspect::Font: widget.setFont(ToQFont(control.Font(), BaseFont(control.Name()))); return;
+    case Aspect::Font: widget.setFont(ToQFont(control.Font(), BaseFont(control.Place().font))); return;
     case Aspect::Focus: widget.setFocus(Qt::OtherFocusReason); return;
     case Aspect::Repaint:
         if (control.Kind() == ControlKind::Label)
@@ -127,12 +132,15 @@ void FormView::WidgetChanged(const Control& control, QWidget& widget, Aspect asp
         static_cast<ListMirror&>(widget).Changed(aspect, row);
     else if (control.Kind() == ControlKind::OptionButton && aspect == Aspect::Value)
         static_cast<QRadioButton&>(widget).setChecked(static_cast<const OptionButton&>(control).Value());
+    else if (control.Kind() == ControlKind::ProgressBar && aspect == Aspect::Value)
+        ShowProgress(static_cast<QProgressBar&>(widget), static_cast<const ProgressBar&>(control));
 }
 
 void FormView::ShowReminderPage() {
     bool shown = false;
-    for (const Control* control : reminderControls_) shown = shown || control->Visible();
-    if (reminderPage_) reminderPage_->setVisible(shown);
+    for (const Control* control : form_.Controls())
+        shown = shown || (control->Kind() == ControlKind::OptionButton && control->Visible());
+    reminderPage_->setVisible(shown);
 }
 
 // Shows the window and waits until it is on the screen, so that the program's first repaint is seen. What the user does
@@ -185,9 +193,9 @@ bool FormView::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusIn && !mirroring_) {
         const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
         if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason) {
-            for (Control* control : reminderControls_)
-                if (control->Kind() == ControlKind::OptionButton && widgets_.at(control) == watched)
-                    RunGesture([control] { static_cast<OptionButton*>(control)->SetFocus(); });
+            for (Control* control : form_.Controls())
+                if (const auto found = widgets_.find(control); found != widgets_.end() && found->second == watched)
+                    RunGesture([control] { control->SetFocus(); });
         }
     }
     return QWidget::eventFilter(watched, event);

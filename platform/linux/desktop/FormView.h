@@ -1,11 +1,10 @@
-// The window of the form: one widget a control record, laid out by the controls' names.
+// The window of the form: one widget a control record, laid out by the controls' places.
 #pragma once
 
 #include "platform/Controls.h"
 
 #include <QWidget>
 #include <unordered_map>
-#include <vector>
 
 class QBoxLayout;
 
@@ -26,23 +25,21 @@ private:
     QWidget* MakeWidget(Control& control);
     QWidget* MakeButton(Button& button);
     QWidget* MakeOption(OptionButton& option);
-    QWidget* Place(const std::string& name); // the widget of that control, from now on placed; null if there is none
+    QWidget* MakeBar();
     void LayOut();
     QWidget* LayOutReminderPage();
-    QBoxLayout* LayOutButtons();
+    void Fill(QBoxLayout& layout, Region region, int stretch = 0); // with the controls of that region
     void LinkTabOrder();
     void NameForReaders(); // what a screen reader calls the controls that have no caption
 
     void FormChanged(Aspect aspect);
     void WidgetChanged(const Control& control, QWidget& widget, Aspect aspect, std::int32_t row);
-    void ShowReminderPage(); // shown while any of its controls is
+    void ShowReminderPage(); // shown while any of its options is
     void ShowForm();
     void MoveToPlace();
 
     Form& form_;
     std::unordered_map<const Control*, QWidget*> widgets_;
-    std::vector<QWidget*> unplaced_;
-    std::vector<Control*> reminderControls_;
     QWidget* reminderPage_ = nullptr;
     bool mirroring_ = false; // a record is being followed: what the toolkit reports now is no gesture
     bool moved_ = false;     // the program has said where the window goes

@@ -41,7 +41,6 @@ void FrameLabel::PresentNow() {
     nextFrame_.stop();
     sincePaint_.start();
     setAccessibleName(text_);
-    if (OnPresent) OnPresent(text_);
     if (isVisible()) repaint();
 }
 

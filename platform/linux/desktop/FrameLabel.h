@@ -7,7 +7,6 @@
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QTimer>
-#include <functional>
 
 namespace korlan {
 
@@ -16,10 +15,7 @@ public:
     explicit FrameLabel(int lines, QWidget* parent = nullptr);
 
     void SetText(const QString& text);
-    const QString& Text() const { return text_; }
     void Present(); // shows the present text, at once or at the next frame
-
-    std::function<void(const QString&)> OnPresent; // told each text that is shown, at most once a frame
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

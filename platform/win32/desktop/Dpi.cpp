@@ -9,8 +9,7 @@ namespace {
 
 template <class Procedure>
 Procedure* UserProcedure(const char* name) { // null before Windows 10
-    return reinterpret_cast<Procedure*>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), name)));
+    return reinterpret_cast<Procedure*>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), name)));
 }
 
 // The bitmap faces of old systems have no letters for other sizes; their outline twins have.
@@ -39,8 +38,7 @@ HFONT MakeFont(const FontSpec& spec, int dpi, double share) {
     SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
     LOGFONTW font = metrics.lfMessageFont;
     font.lfHeight = static_cast<LONG>(std::lround(share * MulDiv(font.lfHeight, dpi, DpiOf(nullptr))));
-    if (spec.points > 0)
-        font.lfHeight = -static_cast<LONG>(std::lround(static_cast<double>(spec.points) * dpi / 72));
+    if (spec.points > 0) font.lfHeight = -static_cast<LONG>(std::lround(static_cast<double>(spec.points) * dpi / 72));
     if (!spec.face.empty()) lstrcpynW(font.lfFaceName, FaceOf(spec.face).c_str(), LF_FACESIZE);
     font.lfCharSet = static_cast<BYTE>(spec.charset);
     if (spec.bold || share > 1.2) font.lfWeight = FW_BOLD;

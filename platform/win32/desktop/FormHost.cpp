@@ -29,7 +29,8 @@ HWND FormWindow() {
 }
 
 void OpenFormHost(Form& form) {
-    const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_LISTVIEW_CLASSES | ICC_STANDARD_CLASSES | ICC_PROGRESS_CLASS};
+    const INITCOMMONCONTROLSEX controls{sizeof controls,
+                                        ICC_LISTVIEW_CLASSES | ICC_STANDARD_CLASSES | ICC_PROGRESS_CLASS};
     InitCommonControlsEx(&controls);
     CloseFormHost();
     view = std::make_unique<FormView>(form);

@@ -23,8 +23,8 @@ bool Answers(const NMHDR& header, UINT code) {
 ListMirror::ListMirror(ListView& list, HWND parent, int identifier)
     : record_(list),
       list_(CreateWindowExW(WS_EX_CLIENTEDGE, WC_LISTVIEWW, L"",
-                            WS_CHILD | WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS |
-                                LVS_NOSORTHEADER | LVS_SHAREIMAGELISTS,
+                            WS_CHILD | WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS | LVS_NOSORTHEADER |
+                                LVS_SHAREIMAGELISTS,
                             0, 0, 0, 0, parent, reinterpret_cast<HMENU>(static_cast<std::intptr_t>(identifier)),
                             nullptr, nullptr)) {
     constexpr DWORD kExtended =
@@ -96,11 +96,13 @@ void ListMirror::ShareWidth() {
                                              [](std::int64_t sum, const ListColumn& c) { return sum + c.width; });
     RECT client{};
     GetClientRect(list_, &client);
-    const int room = client.right - ((GetWindowLongW(list_, GWL_STYLE) & WS_VSCROLL) != 0 ? 0 : GetSystemMetrics(SM_CXVSCROLL));
+    const int room =
+        client.right - ((GetWindowLongW(list_, GWL_STYLE) & WS_VSCROLL) != 0 ? 0 : GetSystemMetrics(SM_CXVSCROLL));
     sharing_ = true;
     for (std::size_t i = 0; i < columns.size(); ++i)
         ListView_SetColumnWidth(list_, static_cast<int>(i),
-                                all == 0 ? 0 : static_cast<int>(std::max(room, 0) * std::int64_t{columns[i].width} / all));
+                                all == 0 ? 0
+                                         : static_cast<int>(std::max(room, 0) * std::int64_t{columns[i].width} / all));
     sharing_ = false;
 }
 

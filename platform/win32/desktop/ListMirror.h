@@ -20,7 +20,7 @@ public:
     void Changed(Aspect aspect, std::int32_t row);
     void SetFont(HFONT font);
     void SetDpi(int dpi);
-    void ShareWidth();                          // after a change of the window's size
+    void ShareWidth();                               // after a change of the window's size
     LRESULT Notified(NMHDR& header, bool& answered); // what the control tells its parent
 
 private:

@@ -169,7 +169,9 @@ void DrawTraces(Pencil& pencil, REAL centre, REAL height) {
             const Color& colour = trace.bright ? kTraceBright : kTrace;
             const REAL shift = std::abs(trace.lane - trace.pin), bend = pinEnd + way * (6 + shift * 0.4F);
             const REAL end = pinEnd + way * std::max(room * trace.length, 12 + shift * 1.4F);
-            pencil.Line({{trace.pin, centre + way * 28}, {trace.pin, bend}, {trace.lane, bend + way * shift},
+            pencil.Line({{trace.pin, centre + way * 28},
+                         {trace.pin, bend},
+                         {trace.lane, bend + way * shift},
                          {trace.lane, end}},
                         colour, 1.6F);
             pencil.Disc(trace.lane, end, 2.6F, Color(0x0d, 0x2b, 0x48));

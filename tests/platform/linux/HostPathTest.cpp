@@ -6,7 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
+#include <functional>
+
 namespace korlan {
 namespace {
 
@@ -56,12 +57,40 @@ TEST(HostPath, RefusesWhatNamesNoFile) {
     EXPECT_TRUE(DriveIsThere("c:\\x") && DriveIsThere("x") && DriveIsThere("Z:"));
 }
 
-TEST(HostPath, AKeptListingNeverHidesAFile) {
+TEST(HostPath, NamesAreThoseOfTheMomentWhoeverChangesThem) {
     const TempDrive drive;
-    std::this_thread::sleep_for(std::chrono::milliseconds(80)); // until the folder's stamp has settled
-    EXPECT_EQ(HostPath("C:\\OTHER"), drive.HostPathOf("OTHER"));
-    drive.Write("Other", "");
-    EXPECT_EQ(HostPath("C:\\OTHER"), drive.HostPathOf("Other"));
+    namespace fs = std::filesystem;
+    const fs::path folder = drive.HostPathOf("D"), other = drive.HostPathOf("E");
+    drive.MakeFolders("D");
+    drive.Write("E/FRESH", "");
+    drive.Write("E/Later", "");
+    const auto found = [&] { return fs::path(HostPath("C:\\D\\name")).filename().string(); };
+    const std::tuple<const char*, std::function<void()>, std::string> steps[] = {
+        {"read for the first time", [] {}, "name"},
+        {"made", [&] { drive.Write("D/Name", ""); }, "Name"},
+        {"one more, before it", [&] { drive.Write("D/NAME", ""); }, "NAME"},
+        {"erased", [&] { fs::remove(folder / "NAME"); }, "Name"},
+        {"renamed", [&] { fs::rename(folder / "Name", folder / "nAme"); }, "nAme"},
+        {"moved away", [&] { fs::rename(folder / "nAme", other / "nAme"); }, "name"},
+        {"moved here", [&] { fs::rename(other / "nAme", folder / "naMe"); }, "naMe"},
+        {"more changes than are told",
+         [&] {
+             for (int i = 0; i < 9000; ++i) fs::remove((drive.Write("D/x", ""), folder / "x"));
+             fs::rename(folder / "naMe", folder / "namE");
+         },
+         "namE"},
+        {"another folder of that name",
+         [&] {
+             fs::rename(folder, drive.HostPathOf("OLD"));
+             fs::rename(other, folder);
+             fs::rename(folder / "FRESH", folder / "NamE");
+         },
+         "NamE"},
+    };
+    for (const auto& [what, change, expected] : steps) {
+        change();
+        EXPECT_EQ(found(), expected) << what;
+    }
 }
 
 TEST(HostPath, DrivesComeFromTheFirstFolderNamed) {

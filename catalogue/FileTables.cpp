@@ -1,7 +1,0 @@
-#include "catalogue/FileTables.h"
-
-namespace korlan {
-
-FileTables Tables;
-
-} // namespace korlan
