@@ -58,8 +58,13 @@ HWND WaitFor(const std::wstring& caption) {
     std::exit(1);
 }
 
+// Presses it, after who waits for a line of output has looked at the page.
 void Press(const wchar_t* caption) {
-    PostMessageW(WaitFor(caption), BM_CLICK, 0, 0);
+    const HWND button = WaitFor(caption);
+    std::printf("page %ls\n", caption);
+    std::fflush(stdout);
+    if (std::getenv("KLN_SHOTS")) std::this_thread::sleep_for(std::chrono::seconds(2));
+    PostMessageW(button, BM_CLICK, 0, 0);
 }
 
 } // namespace
