@@ -2,9 +2,9 @@
 
 #include "platform/Process.h"
 #include "platform/RuntimeError.h"
-#include "sdk/KlwUpdt.h"
 #include "platform/TextEncoding.h"
 #include "platform/linux/HostPath.h"
+#include "sdk/KlwUpdt.h"
 
 #include <dlfcn.h>
 

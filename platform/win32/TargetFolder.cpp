@@ -14,7 +14,8 @@ constexpr const char* kTemporary = ".klnunzip";
 // Makes the folder with its parents; what cannot be made shows when a file is.
 void MakeFolders(const std::string& path) {
     if (HasParentComponent(path)) return;
-    for (std::size_t end = path.find_first_of("\\/"); end != std::string::npos; end = path.find_first_of("\\/", end + 1))
+    for (std::size_t end = path.find_first_of("\\/"); end != std::string::npos;
+         end = path.find_first_of("\\/", end + 1))
         CreateDirectoryW(FilePath(path.substr(0, end)).c_str(), nullptr);
 }
 

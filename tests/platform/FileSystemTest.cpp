@@ -52,7 +52,7 @@ TEST(Files, EachCallReportsWhatStoppedIt) {
     SetAttributesNormal("C:\\LOCKED.TXT");
     EXPECT_TRUE(EraseFile("C:\\LOCKED.TXT"));
     SyncFileSystem("C:\\none"); // its error is nobody's
-#ifndef _WIN32 // which has no such device, nor links for everybody, nor folders closed by a bit
+#ifndef _WIN32                  // which has no such device, nor links for everybody, nor folders closed by a bit
     expect(kErrPathAccess, read, {"C:\\full"});
     expect(kErrDiskFull, create, {"C:\\full"});
     std::filesystem::create_symlink("sealed/x", drive.HostPathOf("link"));

@@ -137,7 +137,8 @@ TEST_F(ZipLibraryTest, ProgramsStayPrograms) {
                         .Add({"script", "#!/bin/sh\n"})
                         .Add({.name = "tool", .data = "x", .maker = 0x0314, .attributes = 0100755u << 16})),
               0);
-    for (const char* name : {"OUT/There", "OUT/ERASED", "OUT/elf", "OUT/script", "OUT/tool"}) EXPECT_TRUE(runs(name)) << name;
+    for (const char* name : {"OUT/There", "OUT/ERASED", "OUT/elf", "OUT/script", "OUT/tool"})
+        EXPECT_TRUE(runs(name)) << name;
     EXPECT_FALSE(runs("OUT/data"));
 }
 #endif

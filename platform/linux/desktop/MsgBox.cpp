@@ -1,7 +1,7 @@
 #include "platform/MsgBox.h"
 
-#include "platform/linux/desktop/Application.h"
 #include "platform/Gestures.h"
+#include "platform/linux/desktop/Application.h"
 
 #include <QApplication>
 #include <QDialogButtonBox>
