@@ -23,7 +23,8 @@ using SteadyClock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kSlice{50};
 constexpr int kRedirectLimit = 20;
 constexpr std::size_t kReceiveBytes = 64UL * 1024; // one call of the layer
-constexpr std::size_t kKeptBytes = 256UL * 1024;   // an unread body waits from here on
+constexpr std::size_t kSmallBlock = 1024;
+constexpr std::size_t kKeptBytes = 256UL * 1024; // an unread body waits from here on
 
 std::chrono::milliseconds timeLimit{60'000};
 
@@ -125,8 +126,8 @@ bool Transfer::Publish(HINTERNET handle) {
 }
 
 void Transfer::Run(std::string url) {
-    constexpr DWORD kFlags = INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE | INTERNET_FLAG_PRAGMA_NOCACHE |
-                             INTERNET_FLAG_NO_AUTO_REDIRECT | INTERNET_FLAG_NO_COOKIES | INTERNET_FLAG_NO_UI;
+    constexpr DWORD kFlags = INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE | INTERNET_FLAG_NO_AUTO_REDIRECT |
+                             INTERNET_FLAG_NO_COOKIES | INTERNET_FLAG_NO_UI;
     for (int redirects = 0; redirects <= kRedirectLimit; ++redirects) {
         if (!Publish(InternetOpenUrlA(net->Get(), url.c_str(), nullptr, 0, kFlags, 0))) break;
         const std::string text = HeadersOf(request->Get());
@@ -149,12 +150,15 @@ void Transfer::Run(std::string url) {
     End();
 }
 
+// A read waits until its block is full. Of a body of known length only what has come is asked for; what has come of one
+// in chunks cannot be told, so it is read in small blocks.
 void Transfer::ReceiveBody() {
-    std::string block(kReceiveBytes, '\0');
+    const bool knowsLength = !HeaderValue(headers, "Content-Length").empty();
+    std::string block(knowsLength ? kReceiveBytes : kSmallBlock, '\0');
     for (;;) {
-        DWORD available = 0, got = 0;
+        DWORD available = static_cast<DWORD>(block.size()), got = 0;
         const HINTERNET handle = request->Get();
-        if (!InternetQueryDataAvailable(handle, &available, 0, 0) || available == 0) return;
+        if (knowsLength && (!InternetQueryDataAvailable(handle, &available, 0, 0) || available == 0)) return;
         const DWORD count = std::min<DWORD>(available, static_cast<DWORD>(block.size()));
         if (!InternetReadFile(handle, block.data(), count, &got) || got == 0) return;
         std::unique_lock lock(mutex);

@@ -68,7 +68,7 @@ private:
 
     int listener_ = -1;
     int port_ = 0;
-    int stop_[2] = {-1, -1}; // a pipe: readable once the server ends
+    int stop_ = -1; // readable once the server ends
     mutable std::mutex mutex_;
     mutable std::condition_variable closed_;
     std::map<std::string, HttpAnswer> answers_;
