@@ -135,10 +135,10 @@ void FormFill() {
     ListView& list = frmUpdate.lvwFilesList;
     list.SetVisible(false);
     list.ClearColumns();
-    list.AddColumn(GetLocalText("File Name", "5675"), 2350);
+    list.AddColumn(GetLocalText("File Name", "5675"), 2350, "KLNUPDTA.EXE"); // a name of the usual length
     list.AddColumn(GetLocalText("File Path", "991864"), 2850);
     list.AddColumn(GetLocalText("File Size", "991865"), 975);
-    list.AddColumn(GetLocalText("Status", "991257"), 1425);
+    list.AddColumn(GetLocalText("Status", "991257"), 1425, kCopiedFromWeb);
     list.AddColumn(GetLocalText("Invisible", "991866"), 1440);
     list.SetColumnWidth(5, 0); // the list's own data, not for reading
     frmUpdate.lblMsgline.SetCaption("");

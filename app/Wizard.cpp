@@ -176,6 +176,7 @@ void InitiateUpdate() {
     CompareUpdatableFiles();
     DisplayFilesInformationsFromWeb();
     frmUpdate.cmdUpdate.SetEnabled(true);
+    frmUpdate.lvwFilesList.SetFocus(); // Return on Cancel, where the focus stood, would end the program unasked
 }
 
 void cmdUpdate_Click() {

@@ -5,6 +5,7 @@
 #include "app/base/TextHelpers.h"
 #include "app/base/frmUpdate.h"
 #include "catalogue/FileTables.h"
+#include "platform/FormHost.h"
 #include "transfer/HttpTransfer.h"
 
 #include <unordered_set>
@@ -20,7 +21,8 @@ std::unique_ptr<Recordset> OpenCatalogue(const std::string& path) {
     return Tables.CatalogueDatabase->OpenRecordset("SELECT * FROM Files");
 }
 
-// FileRecord and SPRecord share the five columns.
+// FileRecord and SPRecord share the five columns. They are read where a record is made only: a column that is missing
+// costs no row that does without it.
 template <typename Record>
 Record RecordFromRow(const Recordset& row) {
     Record record;
@@ -39,30 +41,30 @@ void ReadMasterCatalogue(const std::string& path) {
     const auto rows = OpenCatalogue(path);
     Tables.FileArraySP.Clear();
     for (; !rows->Eof(); rows->MoveNext()) {
-        auto pack = RecordFromRow<SPRecord>(*rows);
-        if (!applied.contains(Trim(UpperCase(pack.FileName)))) Tables.FileArraySP.Append(std::move(pack));
+        DoEvents();
+        const std::string name = rows->Text("FileName");
+        if (!applied.contains(Trim(UpperCase(name))) && StaysInFolder(name))
+            Tables.FileArraySP.Append(RecordFromRow<SPRecord>(*rows));
     }
     rows->Close();
 }
 
-void MergeFileRow(FileRecord record, SPRecord& pack) {
-    SPMember& member = pack.Files.Append({record.FileZipName, 1});
-    if (const std::int32_t known = Tables.FileIndex.Find(Tables.FileArray, record.FileZipName)) {
+void MergeFileRow(const Recordset& row, const std::string& archive, SPRecord& pack) {
+    SPMember& member = pack.Files.Append({archive, 0});
+    if (const std::int32_t known = Tables.FileIndex.Find(Tables.FileArray, archive)) {
         member.UpdateFlag = Tables.FileArray[known].UpdateFlag;
     } else {
-        Tables.FileArray.Append(std::move(record));
-        member.UpdateFlag = 0;
+        Tables.FileArray.Append(RecordFromRow<FileRecord>(row));
     }
 }
 
-void MergeFolderRow(const FileRecord& record) {
-    if (Tables.FolderIndex.Find(Tables.NewFolderArray, record.FileZipName) == 0)
-        Tables.NewFolderArray.Append({record.FileName, record.FileZipName});
+void MergeFolderRow(const Recordset& row, const std::string& archive) {
+    if (Tables.FolderIndex.Find(Tables.NewFolderArray, archive) == 0)
+        Tables.NewFolderArray.Append({row.Text("FileName"), archive});
 }
 
 void FetchServicePack(std::int32_t index, std::string& cataloguePath, std::int32_t& result) {
     SPRecord& pack = Tables.FileArraySP[index];
-    RequireInsideFolder(pack.FileName);
     cataloguePath = InTempFolder(pack.FileName);
     LiveUpdateStatus();
     pack.Files.Clear();
@@ -93,17 +95,20 @@ void GetLatestFiles(std::string& cataloguePath, std::int32_t& result) {
 
 void GetFilesInsideSP(const std::string& spCataloguePath, std::int32_t spIndex) {
     if (!FileExists(spCataloguePath)) return;
+    SPRecord& pack = Tables.FileArraySP[spIndex];
     const auto rows = OpenCatalogue(spCataloguePath);
     for (; !rows->Eof(); rows->MoveNext()) {
         LiveUpdateStatus();
-        auto record = RecordFromRow<FileRecord>(*rows);
-        if (record.FilePath == "NEWFOLDER") {
-            MergeFolderRow(record);
+        DoEvents();
+        const std::string archive = rows->Text("FileZipName");
+        if (rows->Text("FilePath") == "NEWFOLDER") {
+            MergeFolderRow(*rows, archive);
         } else {
-            MergeFileRow(std::move(record), Tables.FileArraySP[spIndex]);
+            MergeFileRow(*rows, archive, pack);
         }
     }
     rows->Close();
+    pack.Read = true;
 }
 
 void UpdateFileArraySP() {

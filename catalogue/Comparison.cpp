@@ -44,8 +44,7 @@ bool ModelInstalledBefore(const FileRecord& record) {
 void CompareRecord(std::int32_t index, std::unordered_set<std::string>& handled) {
     FileRecord& record = Tables.FileArray[index];
     const std::string folder = DestinationFolder(record);
-    RequireBareName(record.FileName);
-    RequireInsideFolder(record.FileZipName);
+    if (!IsBareName(record.FileName) || !StaysInFolder(record.FileZipName)) return; // refused; the others still count
     const std::string targetPath = folder + record.FileName;
     const std::string handledPath = UpperCase(targetPath);
     if (!handled.contains(handledPath)) {

@@ -2,6 +2,9 @@
 
 #include "app/base/TextHelpers.h"
 
+#include "platform/RuntimeError.h"
+#include "platform/TextEncoding.h"
+
 #include <array>
 
 namespace korlan {
@@ -18,7 +21,12 @@ std::array<std::int32_t, 5> Components(const std::string& text) {
 }
 
 std::string WithoutLastThree(const std::string& text) {
-    return Left(text, static_cast<std::int64_t>(text.size()) - 3);
+    std::size_t length = text.size();
+    for (int i = 0; i < 3; ++i) {
+        if (length == 0) throw RuntimeError(kErrInvalidCall);
+        while (--length > 0 && IsUtf8Tail(text[length])) continue;
+    }
+    return text.substr(0, length);
 }
 
 } // namespace

@@ -36,6 +36,7 @@ struct SPRecord { // one service pack not yet applied
     std::string FileName, FileSize, Filedate, FileZipName, FilePath;
     std::int32_t UpdateFlag = 0; // 1 = recorded as applied
     Table<SPMember> Files;
+    bool Read = false; // this search has read its catalogue to the end
 };
 
 struct NewFolderRecord {
@@ -70,6 +71,8 @@ struct FileTables {
     FirstPlace<NewFolderRecord, &NewFolderRecord::FolderZipName> FolderIndex;
     Table<std::string> AppliedSPList;            // names of the service packs recorded as applied
     Table<std::string> AppliedSPCList;           // archive names of the simulation-model files installed
+    std::int64_t AppliedSPCount = 0;             // entries of the two lists in the suite INI file; the tables may be
+    std::int64_t AppliedSPCCount = 0;            // shorter
     Table<std::string> UpdatedFiles;             // archive names installed by the run, in install order
     std::unique_ptr<Database> CatalogueDatabase; // at most one catalogue open at a time
 };

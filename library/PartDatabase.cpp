@@ -7,6 +7,7 @@
 #include "library/SuiteText.h"
 #include "platform/FileSystem.h"
 #include "platform/RuntimeError.h"
+#include "platform/TextEncoding.h"
 
 #include <algorithm>
 #include <string_view>
@@ -58,7 +59,7 @@ PartRow RowFromDescriptor(const std::string& name, const std::string& descriptor
 std::string ModelClass(const std::string& elementCode) {
     const std::string code = UpperCase(Trim(elementCode));
     if (SaysNothing(code, "NONE")) return {};
-    const auto next = std::find_if(code.begin() + 1, code.end(), [](char c) { return (c & 0xC0) != 0x80; });
+    const auto next = std::find_if_not(code.begin() + 1, code.end(), IsUtf8Tail);
     return {code.begin(), next};
 }
 
@@ -158,12 +159,6 @@ void AddOrRefreshPart(const std::string& libraryName, ElementHandle deviceHandle
     rows->Close();
 }
 
-void ExecuteOnIndex(const std::string& sql) {
-    std::unique_ptr<Database> db;
-    InitDB(db);
-    if (db) db->Execute(sql);
-}
-
 } // namespace
 
 void InitDB(std::unique_ptr<Database>& db) {
@@ -171,10 +166,13 @@ void InitDB(std::unique_ptr<Database>& db) {
     if (!FileExists(path)) return;
     db.reset();
     db = OpenDatabase(path, false, false, ";pwd=kqz");
+    if (!db->Updatable()) db.reset();
 }
 
 void UpdateLibDBDeleteFile(const std::string& libraryFileName) {
-    ExecuteOnIndex("DELETE * from PartFields WHERE Library = '" + libraryFileName + "'");
+    std::unique_ptr<Database> db;
+    InitDB(db);
+    if (db && CanGetPartInfo()) db->Execute("DELETE * from PartFields WHERE Library = '" + libraryFileName + "'");
 }
 
 void UpdateLibDBAddFileElements(const std::string& libraryFileName) {
@@ -194,8 +192,11 @@ void UpdateLibDB(const std::string& libraryPath, ElementHandle deviceHandle) {
 }
 
 void UpdateLibDBDeleteFromFile(const std::string& libraryPath, const std::string& partName) {
-    ExecuteOnIndex("DELETE * from PartFields WHERE (Library = '" + FileNameOf(libraryPath) + "') AND (Name = '" +
-                   partName + "')");
+    std::unique_ptr<Database> db;
+    InitDB(db);
+    if (db)
+        db->Execute("DELETE * from PartFields WHERE (Library = '" + FileNameOf(libraryPath) + "') AND (Name = '" +
+                    partName + "')");
 }
 
 } // namespace korlan

@@ -1,6 +1,7 @@
 // The index of all parts, Parts.abd in the installation's library folder: one row a part and library file in its table
 // PartFields. Every operation opens its own connection and closes it; without the file (it is never made here) every
-// operation does nothing. Texts go into the statements as they are: a quote in a name is not doubled.
+// operation does nothing, as with one that the back end cannot write. Texts go into the statements as they are: a quote
+// in a name is not doubled.
 #pragma once
 
 #include "platform/Database.h"
@@ -13,10 +14,11 @@
 namespace korlan {
 
 // Opens the index into `db`; one that `db` holds is closed first. Left as it was when the file cannot be opened for
-// reading. Errors of the database go to the caller.
+// reading, empty when this back end cannot write it. Errors of the database go to the caller.
 void InitDB(std::unique_ptr<Database>& db);
 
-// Removes every row of a library file (bare name). Errors of the database go to the caller.
+// Removes every row of a library file (bare name), unless the suite's library is not there to give new ones. Errors of
+// the database go to the caller.
 void UpdateLibDBDeleteFile(const std::string& libraryFileName);
 
 // Adds a row for each part of the library file of that name in the library folder, all in one transaction: a process

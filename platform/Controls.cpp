@@ -158,8 +158,7 @@ void ListView::SetSmallIcon(std::int32_t row, std::int32_t image) {
 }
 
 void ListView::SetChecked(std::int32_t row, bool checked) {
-    At(row).checked = checked;
-    Tell(Aspect::RowChanged, row);
+    if (std::exchange(At(row).checked, checked) != checked) Tell(Aspect::RowChecked, row);
 }
 
 void ListView::SetBold(std::int32_t row, bool bold) {

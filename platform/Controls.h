@@ -28,7 +28,8 @@ enum class Aspect {
     Columns,
     RowAdded,
     RowChanged,
-    RowShown, // is to be scrolled into view
+    RowChecked, // its check mark, and nothing else of it, has changed
+    RowShown,   // is to be scrolled into view
     Cleared,
     Repaint,
     Place

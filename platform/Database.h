@@ -1,8 +1,8 @@
-// Databases in the shape of DAO. The back end looks at the file: SQLite files are read and written, Jet files (Jet 3,
-// Jet 4, .accdb of 2007) are read only. Any failure raises a RuntimeError of 3000 or above. Paths are Windows-form.
-// Writing to what is read only raises 3027, a missing table 3078, a missing column 3265, a row past the last one 3021.
-// All values read are text: NULL is empty, numbers are plain decimal, currency and decimals without trailing zeros,
-// yes/no is "True"/"False", dates are D-M-YYYY,H:M:S. Column and table names match without regard to case.
+// Databases in the shape of DAO. The back end looks at the file and knows which kinds it can read and which of them it
+// can write too. Any failure raises a RuntimeError of 3000 or above. Paths are Windows-form. Writing to what cannot be
+// written raises 3027, a missing table 3078, a missing column 3265, a row past the last one 3021. All values read are
+// text: NULL is empty, numbers are plain decimal, currency and decimals without trailing zeros, yes/no is
+// "True"/"False", dates are D-M-YYYY,H:M:S. Column and table names match without regard to case.
 #pragma once
 
 #include <cstdint>
@@ -28,9 +28,9 @@ public:
 
 class Database {
 public:
-    virtual ~Database() = default; // closes
-    // A table's name or a SELECT statement; rows in the table's own order. "SELECT * FROM Files" on every kind of
-    // file; WHERE clauses on SQLite files only.
+    virtual ~Database() = default;      // closes
+    virtual bool Updatable() const = 0; // whether its rows can be written
+    // A table's name or "SELECT * FROM" one, rows in the table's own order; WHERE clauses where Updatable.
     virtual std::unique_ptr<Recordset> OpenRecordset(const std::string& tableOrSql) = 0;
     virtual void Execute(const std::string& sql) = 0; // one statement; more raise 3142
     virtual void BeginTrans() = 0;
@@ -38,8 +38,8 @@ public:
     virtual void Rollback() = 0;
 };
 
-// connect: "" or ";pwd=" and the password. A Jet file that has a password must get it (else 3031); other files take
-// any. Never creates a file: a missing one raises 3024, one that is no database or is damaged 3343, a locked one 3260.
+// connect: "" or ";pwd=" and the password. A file that has a password must get it (else 3031); other files take any.
+// Never creates a file: a missing one raises 3024, one that is no database or is damaged 3343, a locked one 3260.
 std::unique_ptr<Database> OpenDatabase(const std::string& path, bool exclusive, bool readOnly,
                                        const std::string& connect);
 

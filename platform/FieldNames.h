@@ -2,6 +2,7 @@
 // columns by name. Shared by every kind of database.
 #pragma once
 
+#include "platform/AsciiText.h"
 #include "platform/DatabaseError.h"
 
 #include <algorithm>
@@ -14,9 +15,7 @@
 namespace korlan {
 
 inline bool SameName(std::string_view a, std::string_view b) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
-    return a.size() == b.size() &&
-           std::equal(a.begin(), a.end(), b.begin(), [lower](char x, char y) { return lower(x) == lower(y); });
+    return EqualNoCase(a, b);
 }
 
 // A name is searched for once. Callers ask for the same few names row after row in the same order, so the answer is

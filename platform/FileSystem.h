@@ -27,6 +27,7 @@ bool FolderExists(const std::string& path);
 void CreateOneFolder(const std::string& path); // its parent must be there
 std::string CurrentFolder();
 void ChangeCurrentFolder(const std::string& path);
+void TryFolder(const std::string& path); // changes to it and back to where the program was, whatever that is called now
 
 // The four calls that read a file's time stamp, shaped like the Windows ones whose oddities the program keeps.
 std::int32_t OpenForStamp(const std::string& path);           // -1 on failure, else a handle

@@ -1,5 +1,6 @@
 #include "platform/Gestures.h"
 
+#include <QApplication>
 #include <exception>
 #include <utility>
 
@@ -13,7 +14,7 @@ std::exception_ptr thrown;
 } // namespace
 
 void RunGesture(const std::function<void()>& gesture) {
-    if (thrown) return;
+    if (thrown || QApplication::activeModalWidget()) return;
     try {
         gesture();
     } catch (...) { // the one place that must take everything: it is thrown again unchanged

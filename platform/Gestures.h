@@ -7,7 +7,8 @@
 namespace korlan {
 
 // Runs one gesture of the user. What it throws, of whatever type, is kept and the innermost wait is told to end; until
-// that wait has thrown it again, further gestures are dropped.
+// that wait has thrown it again, further gestures are dropped. So is one while a box is up: the toolkit keeps mouse and
+// keyboard from the window then, but not a screen reader.
 void RunGesture(const std::function<void()>& gesture);
 
 class Wait {

@@ -1,20 +1,9 @@
 #include "platform/HttpText.h"
 
-#include <algorithm>
+#include "platform/AsciiText.h"
 
 namespace korlan {
 namespace {
-
-bool EqualNoCase(std::string_view a, std::string_view b) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-    return std::ranges::equal(a, b, {}, lower, lower);
-}
-
-std::string_view TrimmedBlanks(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(" \t\r\n");
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
-}
 
 void AppendPercent(std::string& wire, unsigned char byte) {
     constexpr std::string_view kDigits = "0123456789abcdef";
@@ -50,7 +39,7 @@ std::string_view HeaderValue(std::string_view headers, std::string_view name) {
         const std::string_view line = headers.substr(0, headers.find('\n'));
         const std::size_t colon = line.find(':');
         if (colon != std::string_view::npos && EqualNoCase(line.substr(0, colon), name))
-            return TrimmedBlanks(line.substr(colon + 1));
+            return Trimmed(line.substr(colon + 1));
         headers.remove_prefix(std::min(line.size() + 1, headers.size()));
     }
     return {};

@@ -43,12 +43,6 @@ SqlToken FirstToken(std::string_view sql) {
     return {SqlKind::Sign, sql.substr(0, 1)};
 }
 
-std::string_view Trimmed(std::string_view text) {
-    while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-    while (!text.empty() && (IsBlank(text.back()))) text.remove_suffix(1);
-    return text;
-}
-
 } // namespace
 
 std::vector<SqlToken> SplitSql(std::string_view sql) {

@@ -1,4 +1,4 @@
-// How a back end finds the suite's library and what crosses to it as the host's own text.
+// How a back end finds the suite's library (sdk/KlwUpdt.h).
 #pragma once
 
 #include <string>
@@ -8,8 +8,6 @@ namespace korlan {
 // The address of a procedure. Raises 53 without the library, 453 without the procedure.
 void* SuiteProcedure(const char* name);
 
-std::string PathForSuite(const std::string& path);
-std::string TextForSuite(const std::string& text); // of a setting
-std::string TextOfSuite(const char* text);
+std::string PathForSuite(const std::string& path); // as the library's own file calls take it
 
 } // namespace korlan

@@ -11,9 +11,24 @@ namespace korlan {
 
 namespace {
 
+// A library that does not tell its version is of the first one; one of another version counts as missing.
+void RequireVersion() {
+    static bool known = false;
+    if (known) return;
+    std::int32_t version = 1;
+    try {
+        version = reinterpret_cast<decltype(::E_GetVersion)*>(SuiteProcedure("E_GetVersion"))();
+    } catch (const RuntimeError& error) {
+        if (error.Number() != kErrNoLibraryEntry) throw;
+    }
+    known = version == KLN_SUITE_VERSION;
+    if (!known) throw RuntimeError(kErrFileNotFound, "The suite library is of version " + std::to_string(version));
+}
+
 // A procedure of the suite's library. Each caller keeps its own in a static; a failed binding is tried again.
 template <typename Procedure>
 Procedure* Bind(const char* name) {
+    RequireVersion();
     return reinterpret_cast<Procedure*>(SuiteProcedure(name));
 }
 
@@ -29,18 +44,26 @@ void RequireSuccess(bool succeeded, const char* procedure) {
 
 void E_SetString(const std::string& name, const std::string& value) {
     static auto* const call = Bind<decltype(::E_SetString)>("E_SetString");
-    call(name.c_str(), TextForSuite(value).c_str());
+    call(name.c_str(), value.c_str());
 }
 
 std::string E_GetString(const std::string& name) {
     static auto* const call = Bind<decltype(::E_GetString)>("E_GetString");
     const char* value = call(name.c_str());
-    return value ? TextOfSuite(value) : std::string();
+    return value ? TextFromBytes(value) : std::string();
 }
 
 void DB_CreateDataBase() {
     static auto* const call = Bind<decltype(::DB_CreateDataBase)>("DB_CreateDataBase");
     RequireSuccess(call() != 0, "DB_CreateDataBase");
+}
+
+bool CanGetPartInfo() {
+    try {
+        return Bind<decltype(::E_GetPartInfo)>("E_GetPartInfo") != nullptr;
+    } catch (const RuntimeError&) {
+        return false;
+    }
 }
 
 void E_GetPartInfo(const std::string& libraryPath, std::span<PartInformation> records) {

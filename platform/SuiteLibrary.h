@@ -1,8 +1,8 @@
 // The suite's own library, which this program only calls. Procedures are bound by name at their first use; a missing
-// library raises 53, a missing procedure 453, at the call that needs it. Paths are Windows-form. An element is a part,
-// a symbol, a package or a padstack; the last three are handled as symbols. Texts that the suite keeps in its libraries
-// are 8-bit; the character of code 128 is "€" here. Every text that comes back has all its characters; who reads one
-// into a buffer of fixed size cuts it himself.
+// library, or one of another version, raises 53, a missing procedure 453, at the call that needs it. Paths are
+// Windows-form. An element is a part, a symbol, a package or a padstack; the last three are handled as symbols. Texts
+// that the suite keeps in its libraries are 8-bit; the character of code 128 is "€" here. Every text that comes back
+// has all its characters; who reads one into a buffer of fixed size cuts it himself.
 #pragma once
 
 #include <cstdint>
@@ -22,6 +22,7 @@ struct PartInformation {
     std::string second; // not used by this program
     std::string descriptor;
 };
+bool CanGetPartInfo(); // whether the library is there and has the next procedure
 // Fills one record a part in library order, at most as many as there are; records beyond the last part stay as they
 // are. A file that the suite cannot read raises 57.
 void E_GetPartInfo(const std::string& libraryPath, std::span<PartInformation> records);

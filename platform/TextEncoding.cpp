@@ -31,9 +31,8 @@ Utf8Character NextUtf8Character(std::string_view bytes, std::size_t at) {
     if (length == 0 || bytes.size() - at < length) return {};
     char32_t code = lead & (0xFFu >> (length + 1));
     for (std::size_t i = 1; i < length; ++i) {
-        const auto next = static_cast<unsigned char>(bytes[at + i]);
-        if ((next & 0xC0) != 0x80) return {};
-        code = code << 6 | (next & 0x3F);
+        if (!IsUtf8Tail(bytes[at + i])) return {};
+        code = code << 6 | (bytes[at + i] & 0x3Fu);
     }
     constexpr std::array<char32_t, 5> kSmallest = {0, 0, 0x80, 0x800, 0x10000};
     if (code < kSmallest[length] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return {};

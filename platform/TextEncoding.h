@@ -18,6 +18,10 @@ struct Utf8Character {
     char32_t code = 0;
     std::size_t length = 0; // bytes it takes; 0 when there is no valid character here
 };
+// Whether the byte goes on with a character that an earlier one began.
+constexpr bool IsUtf8Tail(char byte) {
+    return (byte & 0xC0) == 0x80;
+}
 // Surrogates and overlong forms are no characters.
 Utf8Character NextUtf8Character(std::string_view bytes, std::size_t at);
 void AppendUtf8(std::string& text, char32_t code);

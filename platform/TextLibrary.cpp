@@ -1,5 +1,6 @@
 #include "platform/TextLibrary.h"
 
+#include "platform/AsciiText.h"
 #include "platform/FileSystem.h"
 #include "platform/RuntimeError.h"
 #include "platform/TextEncoding.h"
@@ -20,11 +21,6 @@ TextTable& Texts() {
     return texts;
 }
 
-std::string_view Trimmed(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
 // "\n" is a line break, "\\" a backslash; any other backslash stands for itself.
 std::string WithoutEscapes(std::string_view text) {
     std::string result;
@@ -39,15 +35,15 @@ std::string WithoutEscapes(std::string_view text) {
 // "identifier = text" or "identifier text". Any other line is passed over, and so is a text that is empty or holds a
 // zero character. The first text of an identifier stays.
 void AddLine(std::string_view line, TextTable& texts) {
-    line = Trimmed(line);
+    line = Trimmed(line, kBlanks);
     if (line.empty() || line[0] == ';' || line.find('\0') != std::string_view::npos) return;
     std::int32_t identifier = 0;
     const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), identifier);
     if (error != std::errc() || identifier <= 0) return;
     std::string_view rest = line.substr(static_cast<std::size_t>(end - line.data()));
-    const std::string_view text = Trimmed(rest);
+    const std::string_view text = Trimmed(rest, kBlanks);
     if (text.size() == rest.size() && !rest.starts_with('=')) return; // nothing parts the text from its identifier
-    rest = text.starts_with('=') ? Trimmed(text.substr(1)) : text;
+    rest = text.starts_with('=') ? Trimmed(text.substr(1), kBlanks) : text;
     if (!rest.empty()) texts.try_emplace(identifier, WithoutEscapes(rest));
 }
 

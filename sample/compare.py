@@ -105,7 +105,7 @@ def promises(out, before):
     there = {}
     for path in program.rglob("*"):
         there.setdefault(str(path).upper(), []).append(path)
-    for row in layout.catalogue_rows():
+    for row in layout.read_rows(out / "catalogue.tsv"):
         if row["FileZipName"] in identities:
             continue  # an archive or folder counts where it stands first
         identities.add(row["FileZipName"])

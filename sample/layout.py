@@ -1,11 +1,13 @@
 #!/usr/bin/python3
 """Lays out the sample: an installation of the suite, the update server's files, and the server's configuration.
 
-usage: layout.py OUT PORT BUILD [--country N] [--rate R]
+usage: layout.py OUT PORT BUILD [--country N] [--rate R] [--publish]
   OUT/drive_c/KORLAN   the installation (C:\\KORLAN), with the wizard and its libraries out of the build folder BUILD
   OUT/drives           drive letters: set KLN_DRIVES to it
   OUT/www              the server's prefix: nginx -p OUT/www -c nginx.conf; its files lie in OUT/www/files
-Every archive carries the newest time the catalogue states for it, to the second, in UTC."""
+  OUT/catalogue.tsv    the rows that the server offers, in the order in which a wizard meets them
+Without --publish the server has the databases of catalogue/, and every archive carries the newest time they state for
+it, to the second, in UTC. With it their files are published anew by klnpub, as a maker would."""
 import argparse
 import csv
 import datetime
@@ -23,10 +25,17 @@ CODES = ("JOB", "LIB", "SYS", "KDS_CML", "KDS_UDN", "KDS_MOD", "KDS_SBK", "KDS_W
 LIBRARIES = (".PART", ".SYMBOL", ".PACKAGE", ".PADSTACK")
 
 
-def catalogue_rows():
-    for pack in ("SP1", "SP2", "SP3"):
-        with open(HERE / "catalogue" / f"{pack}.mdb.tsv", encoding="utf-8", newline="") as table:
-            yield from csv.DictReader(table, delimiter="\t", quoting=csv.QUOTE_NONE)
+PACKS = ("SP1", "SP2", "SP3")
+COLUMNS = ("FileName", "FilePath", "FileSize", "Filedate", "FileZipName")
+
+
+def read_rows(path):
+    with open(path, encoding="utf-8", newline="") as table:
+        return list(csv.DictReader(table, delimiter="\t", quoting=csv.QUOTE_NONE))
+
+
+def catalogue_rows(packs=PACKS):
+    return [row for pack in packs for row in read_rows(HERE / "catalogue" / f"{pack}.mdb.tsv")]
 
 
 def seconds(date_text):
@@ -82,8 +91,43 @@ def put(path, content, mtime=None):
         os.utime(path, (mtime, mtime))
 
 
+def write_rows(path, rows):
+    lines = ["\t".join(COLUMNS)] + ["\t".join(row[column] for column in COLUMNS) for row in rows]
+    path.write_text("\n".join(lines) + "\n", encoding="utf-8")
+
+
+def stage(tree, pack, payload, scratch):
+    """The files of a pack where the maker's build would leave them."""
+    staged = set()
+    for row in catalogue_rows([pack]):
+        name = row["FileName"]
+        if row["FilePath"] == "NEWFOLDER":
+            if not any(path.is_relative_to(name.upper().strip("\\").replace("\\", "/")) for path in staged):
+                tree.joinpath(*name.strip("\\").split("\\")).mkdir(parents=True)
+            continue
+        if row["FileZipName"] == "OPAMP_2DOTTSPC.zip":
+            name = "OPAMP_2.SPC"  # models that a pack before has published go on under a name of their own
+        folder = tree / "Root" if row["FilePath"] == "Root" else folder_of(tree, row["FilePath"])
+        if (place := Path(str(folder / name)[len(str(tree)) + 1:].upper())) not in staged:
+            put(folder / name, payload.content(row, scratch), seconds(row["Filedate"]))
+            staged.add(place)
+
+
+def publish_server(files, payload, scratch, build, program):
+    """Published by klnpub, and read back by tools that know nothing of it."""
+    for pack in PACKS:
+        stage(scratch / pack, pack, payload, scratch)
+        subprocess.run([build / "klnpub", "pack", pack, "--from", scratch / pack, "--to", files], check=True)
+    subprocess.run([build / "klnpub", "note", files, program / "KlnUpdt.EXE"], check=True)
+
+    def export(database):
+        text = subprocess.run(["mdb-export", files / database, "Files"], check=True, capture_output=True).stdout.decode()
+        return list(csv.DictReader(text.splitlines()))
+    return [row for pack in export("Update.mdb") for row in export(pack["FileName"])]
+
+
 def lay_out_server(files, payload, scratch, program_time):
-    for name in ("Update", "SP1", "SP2", "SP3"):
+    for name in ("Update",) + PACKS:
         shutil.copy(HERE / "catalogue" / f"{name}.mdb", files)
     newest = {}
     for row in catalogue_rows():
@@ -96,6 +140,7 @@ def lay_out_server(files, payload, scratch, program_time):
         write_archive(files / archive, row["FileName"], payload.content(row, scratch), seconds(row["Filedate"]))
     note = datetime.datetime.fromtimestamp(program_time, datetime.timezone.utc)
     (files / "KlnUpdt.txt").write_text(f"{note.day}-{note.month}-{note.year},{note.hour}:{note.minute}:{note.second}\r\n")
+    return catalogue_rows()
 
 
 def lay_out_part_index(library_folder, as_text):
@@ -155,6 +200,7 @@ def main():
     parser.add_argument("build", type=Path)
     parser.add_argument("--country", type=int, default=1, help="entry of the country table: 1 English, 2 German")
     parser.add_argument("--rate", default="0", help="bytes a second that a download gets, 0 = all there is")
+    parser.add_argument("--publish", action="store_true", help="publish the server's files with klnpub")
     arguments = parser.parse_args()
     out = arguments.out
     program, www, scratch = out / "drive_c" / "KORLAN", out / "www", out / "scratch"
@@ -166,7 +212,11 @@ def main():
     payload = Payload(arguments.build)
     lay_out_installation(program, arguments.build, payload, scratch, f"http://127.0.0.1:{arguments.port}/files",
                          arguments.country)
-    lay_out_server(www / "files", payload, scratch, int((program / "KlnUpdt.EXE").stat().st_mtime))
+    if arguments.publish:
+        rows = publish_server(www / "files", payload, scratch, arguments.build, program)
+    else:
+        rows = lay_out_server(www / "files", payload, scratch, int((program / "KlnUpdt.EXE").stat().st_mtime))
+    write_rows(out / "catalogue.tsv", rows)
     server = (HERE / "nginx.conf").read_text().replace("@PORT@", str(arguments.port)).replace("@RATE@", arguments.rate)
     (www / "nginx.conf").write_text(server)
     shutil.rmtree(scratch)

@@ -24,6 +24,13 @@ std::string EscapedUrl(const std::string& url) {
     return Replace(url, "#", "%23");
 }
 
+// The address as a person may see it: a name and a password in it are nobody's business.
+std::string ShownUrl(const std::string& url) {
+    const std::size_t scheme = url.find("://"), host = scheme == std::string::npos ? 0 : scheme + 3;
+    const std::size_t at = url.substr(0, url.find_first_of("/\\?#", host)).rfind('@');
+    return at == std::string::npos || at < host ? url : url.substr(0, host) + url.substr(at + 1);
+}
+
 bool YieldUnlessCancelled() {
     DoEvents();
     return Flags.CancelRequested == 0;
@@ -107,7 +114,7 @@ void DownloadFile(const std::string& url, const std::string& saveAs, std::int32_
     try {
         if (url.empty() || saveAs.empty()) throw RuntimeError(kErrInvalidCall);
         const auto session = OpenSession();
-        // Kept: every file is asked for twice and the second answer is read.
+        // Two requests a file reach the server, as ever; the second answer is read.
         const auto unread = session->OpenUrl(EscapedUrl(url));
         const auto body = OpenBody(*session, EscapedUrl(url));
         EraseOlderCopy(saveAs);
@@ -127,17 +134,17 @@ std::int32_t GetWebFileInformation(const std::string& url, std::int32_t& size, b
 
     const std::string code = Left(Mid(inet.GetHeader(), 10), 3); // of "HTTP/1.1 404 Not Found"
     if (code == "401") {
-        ShowMsgBox("Unauthorized Access, Download Terminated!" + url, kBoxOkOnly, GetSysName());
+        ShowMsgBox("Unauthorized Access, Download Terminated!" + ShownUrl(url), kBoxOkOnly, GetSysName());
         return 0;
     }
     if (code == "403") {
-        ShowMsgBox("Access Denied, Download Terminated!" + url, kBoxOkOnly, GetSysName());
+        ShowMsgBox("Access Denied, Download Terminated!" + ShownUrl(url), kBoxOkOnly, GetSysName());
         size = 0;
         inet.Cancel();
         return 0;
     }
     if (code == "404") {
-        ShowMsgBox("File Not Found : " + url, kBoxOkOnly, GetSysName());
+        ShowMsgBox("File Not Found : " + ShownUrl(url), kBoxOkOnly, GetSysName());
         exists = false;
         size = 0;
         inet.Cancel();

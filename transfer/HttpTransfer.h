@@ -7,10 +7,11 @@
 
 namespace korlan {
 
-// Asks for status and headers of `url`; Cancel is not looked at. Shows a box, with the address as given, for three
-// codes: 401 leaves size and exists alone, 403 sets size = 0, 404 sets size = 0 and exists = false; all three return 0.
-// Any other code (or no answer) sets exists = true, size = the Content-Length in bytes and returns 1; a length that is
-// missing or no number raises 13, one beyond 32 bits raises 6, both with size left alone.
+// Asks for status and headers of `url`; Cancel is not looked at. Shows a box, with the address as given but for a name
+// and password in it, for three codes: 401 leaves size and exists alone, 403 sets size = 0, 404 sets size = 0 and
+// exists = false; all three return 0. Any other code (or no answer) sets exists = true, size = the Content-Length in
+// bytes and returns 1; a length that is missing or no number raises 13, one beyond 32 bits raises 6, both with size
+// left alone.
 std::int32_t GetWebFileInformation(const std::string& url, std::int32_t& size, bool& exists);
 
 // Copies `url` to the file `saveAs`, replacing it, in blocks of 1024 bytes. No failure is shown or raised.

@@ -35,6 +35,25 @@ void CreateFoldersBelow(std::string base, const std::string& relativePath) {
     }
 }
 
+// ---- the run as a whole ----
+
+// Two steps for each chosen record, transferred and installed. A repeated run has taken those before its record.
+void BeginProgress() {
+    std::int32_t taken = 0, steps = 0;
+    for (std::int32_t i = 1; i <= Tables.FileArray.UpperBound(); ++i) {
+        const FileRecord& record = Tables.FileArray[i];
+        if (record.Row == 0 || !frmUpdate.lvwFilesList.Row(record.Row).checked) continue;
+        steps += 2;
+        if (i < frmUpdate.ResumeIndex) ++taken;
+    }
+    frmUpdate.prgRun.SetProgress(taken, steps);
+    frmUpdate.prgRun.SetVisible(true);
+}
+
+void CountStep() {
+    frmUpdate.prgRun.SetProgress(frmUpdate.prgRun.Value() + 1, frmUpdate.prgRun.Maximum());
+}
+
 // ---- download pass ----
 
 // Whether the archive left over from an earlier run holds the catalogue's version of the file.
@@ -59,6 +78,7 @@ void FetchArchive(FileRecord& record, const std::string& url, std::int32_t size,
 
 void TransferRecord(FileRecord& record) {
     ListView& list = frmUpdate.lvwFilesList;
+    list.EnsureVisible(record.Row);
     EditMsgline(GetLocalText("Transferring : ", "991877") + record.FileName);
     const std::string url = Settings.UpdateUrl + "/" + record.ServerZipName;
     record.TransferState = 0;
@@ -80,8 +100,9 @@ void TransferRecord(FileRecord& record) {
             FetchArchive(record, url, size, showStatus);
         }
     }
-    if (record.TransferState == 1) list.SetSubItem(record.Row, kStatusSubItem, "Copied from web");
+    if (record.TransferState == 1) list.SetSubItem(record.Row, kStatusSubItem, kCopiedFromWeb);
     list.SetBold(record.Row, true);
+    CountStep();
 }
 
 // False when a transfer failed; ResumeIndex then stands at its record. Like the install pass it leaves the record at
@@ -165,6 +186,7 @@ void InstallPass(std::int32_t& index) {
     for (index = 1; index <= Tables.FileArray.UpperBound(); ++index) {
         const FileRecord& record = Tables.FileArray[index];
         if (record.Row == 0 || record.TransferState != 1) continue;
+        frmUpdate.lvwFilesList.EnsureVisible(record.Row);
         EditMsgline(GetLocalText("Uncompressing : ", "991878") + record.FileName);
         if (UpperCase(record.FileName) == "KLNUPDTA.EXE") Flags.NewUpdaterLoaded = 1;
         if (CheckLibPartFile(index)) {
@@ -174,11 +196,13 @@ void InstallPass(std::int32_t& index) {
         } else {
             InstallOther(record, index);
         }
+        CountStep();
     }
     SyncFileSystem(GetAppFolder());
 }
 
 void EndInError(std::int32_t index) {
+    frmUpdate.prgRun.SetVisible(false);
     Flags.DownloadFailed = 1;
     if (index >= 1 && index <= Tables.FileArray.UpperBound()) {
         const FileRecord& record = Tables.FileArray[index];
@@ -204,7 +228,9 @@ std::int32_t UpdateFilesFromWeb() {
         Flags.NewUpdaterLoaded = 0;
         Tables.UpdatedFiles.Clear();
         if (frmUpdate.IsRetry == 0) frmUpdate.ResumeIndex = 1;
+        BeginProgress();
         if (DownloadPass(index)) InstallPass(index);
+        frmUpdate.prgRun.SetVisible(false);
         return 0;
     } catch (const RuntimeError&) {
         EndInError(index);
@@ -215,7 +241,7 @@ std::int32_t UpdateFilesFromWeb() {
 void CreateNewFolders() {
     try {
         for (const NewFolderRecord& entry : Tables.NewFolderArray) {
-            RequireInsideFolder(entry.FolderName);
+            if (!StaysInFolder(entry.FolderName)) continue;
             const auto first = InStr(entry.FolderName, "\\"); // what stands before it is ignored
             if (first != 0) CreateFoldersBelow(GetAppFolder(), Mid(entry.FolderName, first));
         }

@@ -24,19 +24,6 @@ void RemoveFile(const std::string& path) {
     EraseFile(path);
 }
 
-void TryFolder(const std::string& folder) {
-    std::string previous;
-    try {
-        previous = CurrentFolder();
-    } catch (const RuntimeError&) { // it has been deleted, which says nothing about the folder to try
-    }
-    ChangeCurrentFolder(folder);
-    try {
-        ChangeCurrentFolder(previous);
-    } catch (const RuntimeError&) {
-    }
-}
-
 std::string GetAppFolder() {
     const std::string program = ProgramPath();
     return program.substr(0, program.find_last_of('\\'));
@@ -51,19 +38,16 @@ bool LeadsUpwards(const std::string& component) {
 
 } // namespace
 
-void RequireInsideFolder(std::string_view relativePath) {
+bool StaysInFolder(std::string_view relativePath) {
     const std::string path = Replace(relativePath, "/", "\\");
     const std::vector<std::string> components = Split(path, "\\");
     const auto isForbidden = [](char c) { return c == ':' || static_cast<unsigned char>(c) < ' '; };
-    if (std::any_of(path.begin(), path.end(), isForbidden) ||
-        std::any_of(components.begin(), components.end(), LeadsUpwards))
-        throw RuntimeError(kErrPathNotFound, "Path not found: " + path);
+    return std::none_of(path.begin(), path.end(), isForbidden) &&
+           std::none_of(components.begin(), components.end(), LeadsUpwards);
 }
 
-void RequireBareName(std::string_view name) {
-    RequireInsideFolder(name);
-    if (name.find_first_of("\\/") != std::string_view::npos)
-        throw RuntimeError(kErrPathNotFound, "Path not found: " + std::string(name));
+bool IsBareName(std::string_view name) {
+    return StaysInFolder(name) && name.find_first_of("\\/") == std::string_view::npos;
 }
 
 } // namespace korlan

@@ -3,6 +3,7 @@
 #include "app/base/LocalText.h"
 #include "app/base/Paths.h"
 #include "app/base/TextHelpers.h"
+#include "platform/FileSystem.h"
 #include "platform/IniFile.h"
 #include "platform/MsgBox.h"
 #include "platform/RuntimeError.h"
@@ -78,15 +79,17 @@ std::string InTempFolder(const std::string& name) {
 }
 
 void GetKorlanFilePath(const std::string& cataloguePath, std::string& installationPath) {
-    RequireInsideFolder(cataloguePath);
     const std::vector<std::string> pieces = Split(cataloguePath, "\\");
     const std::string code = UpperCase(Piece(pieces, 1));
+    if (!StaysInFolder(cataloguePath)) throw RuntimeError(kErrPathNotFound, "Path not found: " + cataloguePath);
     for (const InstallationFolder& entry : kFolders) {
         if (code != entry.code) continue;
         installationPath = Settings.*entry.folder;
         for (std::size_t i = 2; i < pieces.size(); ++i) installationPath += "\\" + UpperCase(pieces[i]);
         return;
     }
+    if (!pieces[0].empty()) // a text before the first backslash would name a neighbour of the program folder
+        throw RuntimeError(kErrPathNotFound, "Path not found: " + cataloguePath);
     installationPath = GetAppFolder() + cataloguePath;
 }
 

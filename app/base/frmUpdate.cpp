@@ -19,7 +19,7 @@ FrmUpdate::FrmUpdate()
     : form("frmUpdate", "991867", " Live Update", kFormWidth, kFormHeight),
       lblMainHead("lblMainHead", "991867", " Live Update"), lblUpdate("lblUpdate"),
       ilsCleanUp("ilsCleanUp", {"Dot", "", "DELETE", "BDot", "FOLDEROPEN", "FOLDER", "", "NOTDELETE"}),
-      lvwFilesList("lvwFilesList", ilsCleanUp), lblMsgline("lblMsgline"),
+      lvwFilesList("lvwFilesList", ilsCleanUp), lblMsgline("lblMsgline"), prgRun("prgRun"),
       LblLive("LblLive", "991861", "Configure Korlan Live Updates"),
       Option2("Option2", "991871", "Remind me after 15 days"), Option3("Option3", "991872", "Remind me after 30 days"),
       Option4("Option4", "991873", "Turn Off any future Live Updates"), LblOptionExplain("LblOptionExplain"),
@@ -29,8 +29,9 @@ FrmUpdate::FrmUpdate()
     cmdUpdate.SetEnabled(false);
     cmdHelp.SetEnabled(false);
     files_temp.SetVisible(false);
-    form.SetControls({&lblMainHead, &lblUpdate, &lvwFilesList, &lblMsgline, &LblLive, &Option2, &Option3, &Option4,
-                      &LblOptionExplain, &cmdUpdate, &CmdRetry, &cmdCancel, &cmdHelp, &picSteps, &files_temp,
+    prgRun.SetVisible(false);
+    form.SetControls({&lblMainHead, &lblUpdate, &lvwFilesList, &lblMsgline, &prgRun, &LblLive, &Option2, &Option3,
+                      &Option4, &LblOptionExplain, &cmdUpdate, &CmdRetry, &cmdCancel, &cmdHelp, &picSteps, &files_temp,
                       &ilsCleanUp});
     PlaceControls();
     for (OptionButton* option : {&Option2, &Option3, &Option4}) option->SetGroup({&Option2, &Option3, &Option4});
@@ -46,6 +47,7 @@ void FrmUpdate::PlaceControls() {
     for (OptionButton* option : {&Option2, &Option3, &Option4}) option->SetPlace({.region = Region::Reminder});
     LblOptionExplain.SetPlace({.region = Region::Reminder, .lines = 2});
     lblMsgline.SetPlace({.region = Region::Message, .lines = 2});
+    prgRun.SetPlace({.region = Region::Message});
     for (Button* button : {&cmdUpdate, &CmdRetry, &cmdCancel, &cmdHelp}) button->SetPlace({.region = Region::Buttons});
 }
 

@@ -18,6 +18,7 @@ struct FrmUpdate {
     ImageList ilsCleanUp;   // the list's icons
     ListView lvwFilesList;  // the files found
     Label lblMsgline;       // progress of transfers, outcome of a run
+    ProgressBar prgRun;     // the run as a whole: records transferred, then installed; hidden at all other times
     Label LblLive;          // heading of the reminder page
     OptionButton Option2;   // remind after 15 days
     OptionButton Option3;   // remind after 30 days
@@ -54,6 +55,8 @@ struct RunFlags {
 };
 
 extern RunFlags Flags;
+
+inline constexpr const char* kCopiedFromWeb = "Copied from web"; // status of a row whose archive is there
 
 // Turns "|" to "/", "/" to "-", "-" to "\", "\" to "|"; anything else stays.
 void TurnSpinner(std::string& spinner);

@@ -119,6 +119,7 @@ public:
         if (!table) throw RuntimeError(kErrOperationNotSupported, "Operation is not supported: " + tableOrSql);
         return std::make_unique<JetRecordset>(OpenJetTable(file_, *table));
     }
+    bool Updatable() const override { return false; }
     void Execute(const std::string&) override { RefuseWriting(); }
     void BeginTrans() override {}
     void CommitTrans() override {}

@@ -1,10 +1,10 @@
 // The cache is the folder that an HTTP layer of this program would keep: the user's cache folder, korlan/klnupdt.
-// Nothing is ever read from it. Every step goes from an open folder to a name in it, so no link put there meanwhile is
-// followed.
+// Nothing is ever read from it, so what cannot be read or deleted there is passed over. Every step goes from an open
+// folder to a name in it, so no link put there meanwhile is followed.
 #include "platform/CacheHandler.h"
 
+#include "platform/AsciiText.h"
 #include "platform/linux/FileHandle.h"
-#include "platform/linux/HostError.h"
 #include "platform/linux/HostPath.h"
 
 #include <dirent.h>
@@ -30,49 +30,36 @@ std::string CacheFolder() { // host path; "" when the user has no folder for cac
     return home.empty() ? home : home + "/.cache/korlan/klnupdt";
 }
 
-bool IsMissing(int error) {
-    return error == ENOENT || error == ENOTDIR || error == ELOOP;
-}
-
 // Shows every file below a folder, then the folder that held it: `visit` gets the folder's descriptor, the name in it,
-// its size and whether it is itself a folder, and returns false to stop. What vanishes meanwhile is passed over.
+// its size and whether it is itself a folder, and returns false to stop.
 using Visit = std::function<bool(int folder, const char* name, std::int64_t size, bool isFolder)>;
 
-std::vector<std::string> Names(int folder, const std::string& hostPath) {
+std::vector<std::string> Names(int folder) {
     const int copy = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); // closed with `entries`
     const std::unique_ptr<DIR, int (*)(DIR*)> entries(copy < 0 ? nullptr : fdopendir(copy), closedir);
-    if (!entries) RaiseHostError(errno, hostPath);
     std::vector<std::string> names;
-    for (errno = 0; const dirent* entry = readdir(entries.get()); errno = 0)
+    while (const dirent* entry = entries ? readdir(entries.get()) : nullptr)
         if (entry->d_name != std::string_view(".") && entry->d_name != std::string_view(".."))
             names.emplace_back(entry->d_name);
-    if (errno != 0) RaiseHostError(errno, hostPath);
     return names;
 }
 
-bool Walk(int folder, const std::string& hostPath, const Visit& visit) {
-    for (const std::string& name : Names(folder, hostPath)) {
+bool Walk(const FileHandle& folder, const Visit& visit) {
+    if (!folder) return true;
+    for (const std::string& name : Names(folder.Descriptor())) {
         struct stat status {};
-        if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) continue;
+        if (fstatat(folder.Descriptor(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) continue;
         const bool isFolder = S_ISDIR(status.st_mode);
-        if (isFolder) {
-            const std::string path = std::string(hostPath).append("/").append(name);
-            const FileHandle below(openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-            if (!below && !IsMissing(errno)) RaiseHostError(errno, path);
-            if (below && !Walk(below.Descriptor(), path, visit)) return false;
-        }
-        if (!visit(folder, name.c_str(), isFolder ? 0 : status.st_size, isFolder)) return false;
+        constexpr int kFolder = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+        if (isFolder && !Walk(FileHandle(openat(folder.Descriptor(), name.c_str(), kFolder)), visit)) return false;
+        if (!visit(folder.Descriptor(), name.c_str(), isFolder ? 0 : status.st_size, isFolder)) return false;
     }
     return true;
 }
 
 void WalkCache(const Visit& visit) {
     const std::string path = CacheFolder();
-    if (path.empty()) return;
-    const FileHandle folder(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
-    if (!folder && IsMissing(errno)) return; // an empty cache
-    if (!folder) RaiseHostError(errno, path);
-    Walk(folder.Descriptor(), path, visit);
+    if (!path.empty()) Walk(FileHandle(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW), visit);
 }
 
 class FolderCacheHandler : public CacheHandler {
@@ -91,9 +78,7 @@ public:
     void Purge(std::int64_t spaceToFree, CacheCallback& callback) override {
         std::int64_t freed = 0;
         WalkCache([&](int folder, const char* name, std::int64_t size, bool isFolder) {
-            if (unlinkat(folder, name, isFolder ? AT_REMOVEDIR : 0) != 0 && errno != ENOENT)
-                RaiseHostError(errno, CacheFolder());
-            freed += size;
+            if (unlinkat(folder, name, isFolder ? AT_REMOVEDIR : 0) == 0) freed += size;
             return isFolder || callback.PurgeProgress(freed, spaceToFree) == 0;
         });
     }
@@ -102,8 +87,7 @@ public:
 } // namespace
 
 std::unique_ptr<CacheHandler> CreateCacheHandlerObject(const std::string& classId) {
-    const auto upper = [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; };
-    if (!std::ranges::equal(classId, kHandlerClass, {}, upper)) return nullptr;
+    if (!EqualNoCase(classId, kHandlerClass)) return nullptr;
     return std::make_unique<FolderCacheHandler>();
 }
 
@@ -112,8 +96,8 @@ std::string InternetCacheFolder() {
     return folder.empty() ? folder : WindowsPath(folder);
 }
 
-bool CacheHandlerKeyOpens() {
+bool CacheHandlerKeyOpens() { // the handler is part of this program
     return true;
-} // the handler is part of this program
+}
 
 } // namespace korlan

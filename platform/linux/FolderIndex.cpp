@@ -73,7 +73,7 @@ const FolderIndex::Names& FolderIndex::ReadFolder(const std::string& hostFolder)
 
 void FolderIndex::TakeNotices() {
     constexpr std::size_t kLargest = sizeof(inotify_event) + NAME_MAX + 1;
-    std::array<char, 16 * 1024> block;
+    std::array<char, 16'384> block;
     for (;;) {
         const ssize_t got = read(notices_.Descriptor(), block.data(), block.size());
         for (ssize_t at = 0; at < got;) {

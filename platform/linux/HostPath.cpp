@@ -1,5 +1,6 @@
 #include "platform/linux/HostPath.h"
 
+#include "platform/AsciiText.h"
 #include "platform/RuntimeError.h"
 #include "platform/linux/ChangeStamp.h"
 #include "platform/linux/FolderIndex.h"
@@ -47,11 +48,8 @@ std::string RealPath(const std::string& hostPath) { // "" when it is not there
     return real ? std::string(real.get()) : std::string();
 }
 
-char UpperLetter(char letter) {
-    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 32) : letter;
-}
 bool IsLetter(char letter) {
-    return UpperLetter(letter) >= 'A' && UpperLetter(letter) <= 'Z';
+    return UpperAscii(letter) >= 'A' && UpperAscii(letter) <= 'Z';
 }
 
 // The folders that links lead to, "" for a link that leads nowhere. Kept while the link itself stays as it is.
@@ -77,8 +75,8 @@ private:
 std::optional<std::string> DriveRoot(char letter) {
     static LinkCache links;
     const std::string folder = DrivesFolder() + "/";
-    const char upper = UpperLetter(letter);
-    for (const char spelling : {static_cast<char>(upper + 32), upper}) {
+    const char upper = UpperAscii(letter);
+    for (const char spelling : {LowerAscii(upper), upper}) {
         const std::string root = links.Target(folder + spelling + ":");
         if (!root.empty()) return root == "/" ? std::string() : root;
     }
@@ -93,7 +91,7 @@ std::vector<std::pair<char, std::string>> AllDrives() {
     while (const dirent* entry = entries ? readdir(entries.get()) : nullptr) {
         const std::string_view name = entry->d_name;
         if (name.size() != 2 || name[1] != ':' || !IsLetter(name[0])) continue;
-        if (auto root = DriveRoot(name[0])) drives.emplace_back(UpperLetter(name[0]), std::move(*root));
+        if (auto root = DriveRoot(name[0])) drives.emplace_back(UpperAscii(name[0]), std::move(*root));
     }
     if (std::none_of(drives.begin(), drives.end(), [](const auto& drive) { return drive.first == 'Z'; }))
         drives.emplace_back('Z', "");
@@ -143,7 +141,7 @@ SplitPath Split(std::string_view path) {
 
     SplitPath split;
     if (path.size() >= 2 && path[1] == ':' && IsLetter(path[0])) {
-        split.drive = UpperLetter(path[0]);
+        split.drive = UpperAscii(path[0]);
         path.remove_prefix(2);
     }
     if (split.drive == 0 || path.empty() || !isSlash(path[0])) {

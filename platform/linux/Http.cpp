@@ -1,6 +1,7 @@
 // platform/Http.h on libcurl's multi interface: one CURLM a session, turned by the caller's own reads.
 #include "platform/Http.h"
 
+#include "platform/AsciiText.h"
 #include "platform/HttpText.h"
 
 #include <curl/curl.h>
@@ -94,6 +95,7 @@ private:
     SteadyClock::time_point lastByte_;
     SteadyClock::time_point watched_;    // when somebody last waited for this transfer
     SteadyClock::duration unwatched_{0}; // since the start
+    bool secure_ = false;                // the last request went over https
     bool headersComplete_ = false;
     bool answered_ = false;
     bool finished_ = false;
@@ -198,8 +200,15 @@ std::size_t Transfer::Take(std::span<char> block) {
     return count;
 }
 
+// Before every request: the first and those of redirects.
 int Transfer::RequestStarts(void* self, char*, char*, int, int) {
-    static_cast<Transfer*>(self)->RestartClock();
+    auto& transfer = *static_cast<Transfer*>(self);
+    transfer.RestartClock();
+    const char* scheme = nullptr;
+    curl_easy_getinfo(transfer.easy_, CURLINFO_SCHEME, &scheme);
+    const bool isSecure = scheme && EqualNoCase(scheme, "https");
+    if (transfer.secure_ && !isSecure) return CURL_PREREQFUNC_ABORT;
+    transfer.secure_ = isSecure;
     return CURL_PREREQFUNC_OK;
 }
 
@@ -213,7 +222,7 @@ bool Transfer::AddHeaderLine(std::string_view line) {
     RestartClock();
     if (answered_) return true; // trailers of a chunked body
     if (headersComplete_) headers_.clear();
-    headersComplete_ = line.find_first_not_of(" \t\r\n") == std::string_view::npos;
+    headersComplete_ = Trimmed(line).empty();
     if (headers_.size() + line.size() > kHeaderBytes) return false;
     headers_ += line;
     if (!headersComplete_) return true;

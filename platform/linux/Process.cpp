@@ -1,6 +1,7 @@
 // All of Process.h in this one object, so that a test can bring its own version of it.
 #include "platform/Process.h"
 
+#include "platform/AsciiText.h"
 #include "platform/RuntimeError.h"
 #include "platform/linux/FileHandle.h"
 #include "platform/linux/HostPath.h"
@@ -128,11 +129,6 @@ std::vector<std::string> SplitArguments(std::string_view line) {
     }
 }
 
-bool EqualWithoutCase(std::string_view left, std::string_view right) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-    return std::ranges::equal(left, right, {}, lower, lower);
-}
-
 // --- Starting --------------------------------------------------------------------------------------------------------
 
 bool IsWindowsProgram(const std::string& hostPath) {
@@ -187,6 +183,26 @@ int Spawn(std::vector<std::string> words) {
     return got == sizeof error ? error : 0; // the pipe closes when the program starts
 }
 
+// --- This program ----------------------------------------------------------------------------------------------------
+
+std::string OwnHostPath() {
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = readlink("/proc/self/exe", target.data(), target.size());
+    std::string path(target.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
+    constexpr std::string_view kReplaced = " (deleted)"; // a run may have put a new version in its place
+    if (path.ends_with(kReplaced) && !IsFile(path)) path.resize(path.size() - kReplaced.size());
+    return path;
+}
+
+// One place for each user and program folder, the same from every session.
+std::string InstanceLock() {
+    const std::string program = OwnHostPath();
+    struct stat folder {};
+    stat(program.substr(0, program.rfind('/') + 1).c_str(), &folder);
+    return "/tmp/klnupdt-" + std::to_string(geteuid()) + '-' + std::to_string(folder.st_dev) + '-' +
+           std::to_string(folder.st_ino) + ".lock";
+}
+
 [[noreturn]] void RaiseNotFound() {
     throw RuntimeError(kErrFileNotFound, "File not found");
 }
@@ -211,21 +227,13 @@ std::string ProgramCommandLine() {
 }
 
 std::string ProgramPath() {
-    std::array<char, PATH_MAX> target{};
-    const ssize_t length = readlink("/proc/self/exe", target.data(), target.size());
-    std::string path(target.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
-    constexpr std::string_view kReplaced = " (deleted)"; // a run may have put a new version in its place
-    if (path.ends_with(kReplaced) && !IsFile(path)) path.resize(path.size() - kReplaced.size());
-    return WindowsPath(path);
+    return WindowsPath(OwnHostPath());
 }
 
 bool AnotherInstanceRunning() {
     static FileHandle lock; // held until the process ends; not handed to programs it starts
     if (lock) return false;
-    const std::string runtime = Variable("XDG_RUNTIME_DIR");
-    const std::string path =
-        runtime.starts_with('/') ? runtime + "/klnupdt.lock" : "/tmp/klnupdt-" + std::to_string(geteuid()) + ".lock";
-    FileHandle file(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0600);
+    FileHandle file(InstanceLock(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0600);
     struct stat status {};
     const bool ours = file && fstat(file.Descriptor(), &status) == 0 && status.st_uid == geteuid();
     if (!ours) return false; // it cannot be told
@@ -237,8 +245,8 @@ bool AnotherInstanceRunning() {
 void StartProgram(const std::string& commandLine, WindowStyle) {
     Command command = FindCommand(commandLine);
     std::vector<std::string> words = SplitArguments(command.rest);
-    const bool isRegistrar = EqualWithoutCase(command.name, "regsvr32");
-    const bool registers = isRegistrar || (words.size() == 1 && EqualWithoutCase(words[0], "/RegServer"));
+    const bool isRegistrar = EqualNoCase(command.name, "regsvr32");
+    const bool registers = isRegistrar || (words.size() == 1 && EqualNoCase(words[0], "/RegServer"));
     if (isRegistrar) command.program = FindOnPath("regsvr32");
     if (command.program.empty()) {
         if (isRegistrar) return;

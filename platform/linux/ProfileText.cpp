@@ -1,5 +1,6 @@
 #include "platform/linux/ProfileText.h"
 
+#include "platform/AsciiText.h"
 #include "platform/TextEncoding.h"
 
 #include <algorithm>
@@ -11,22 +12,13 @@ constexpr std::string_view kSpace = " \t\v\f\x1A";
 constexpr std::string_view kLineBreak = "\r\n";
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 
-std::string UpperCase(std::string_view text) { // ASCII only, as far as the functions are known to go
-    std::string upper(text);
-    for (char& letter : upper)
-        if (letter >= 'a' && letter <= 'z') letter = static_cast<char>(letter - 32);
-    return upper;
-}
-
 // Arguments end at a zero character; those that name something lose the blanks (not the tabs) at both ends.
 std::string_view Argument(std::string_view text) {
     return text.substr(0, text.find('\0'));
 }
 
 std::string_view NameArgument(std::string_view text) {
-    text = Argument(text);
-    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
-    return text.substr(0, text.find_last_not_of(' ') + 1);
+    return Trimmed(Argument(text), " ");
 }
 
 // --- UTF-16LE --------------------------------------------------------------------------------------------------------
@@ -139,7 +131,7 @@ void ProfileText::ParseLine(Span line, std::size_t next) {
     Entry entry{line, trimmed, std::string::npos, next};
     if (content[0] == '[') {
         entry.name = Trimmed({trimmed.start + 1, trimmed.start + std::min(content.find(']'), content.size())});
-        sectionOf_.try_emplace(UpperCase(Of(entry.name)), sections_.size()); // the first of a name stays
+        sectionOf_.try_emplace(UpperAsciiText(Of(entry.name)), sections_.size()); // the first of a name stays
         sections_.push_back({entry, {}, {}});
     } else if (!sections_.empty()) {
         if (const std::size_t equals = content.find('='); equals != std::string_view::npos) {
@@ -147,7 +139,7 @@ void ProfileText::ParseLine(Span line, std::size_t next) {
             entry.name = Trimmed({trimmed.start, entry.equals});
         }
         Section& section = sections_.back();
-        section.entryOf.try_emplace(UpperCase(Of(entry.name)), section.entries.size());
+        section.entryOf.try_emplace(UpperAsciiText(Of(entry.name)), section.entries.size());
         section.entries.push_back(entry);
     }
 }
@@ -160,12 +152,12 @@ ProfileText::Span ProfileText::Trimmed(Span span) const {
 }
 
 const ProfileText::Section* ProfileText::FindSection(std::string_view name) const {
-    const auto found = sectionOf_.find(UpperCase(name));
+    const auto found = sectionOf_.find(UpperAsciiText(name));
     return found == sectionOf_.end() ? nullptr : &sections_[found->second];
 }
 
 const ProfileText::Entry* ProfileText::FindEntry(const Section& section, std::string_view key) {
-    const auto found = section.entryOf.find(UpperCase(key));
+    const auto found = section.entryOf.find(UpperAsciiText(key));
     return found == section.entryOf.end() ? nullptr : &section.entries[found->second];
 }
 

@@ -4,6 +4,7 @@
 // as "%" and two hexadecimal digits.
 #include "platform/SettingsStore.h"
 
+#include "platform/AsciiText.h"
 #include "platform/RuntimeError.h"
 #include "platform/linux/ProfileFile.h"
 
@@ -81,13 +82,10 @@ std::string EscapedName(std::string_view name) {
 // The name of a file: letters, digits, "-" and "_", the same for every case of its letters.
 std::string EscapedFileName(std::string_view name) {
     std::string escaped;
-    for (const char character : name) {
-        const bool upper = character >= 'A' && character <= 'Z';
+    for (const char character : LowerAsciiText(name)) {
         const bool plain = (character >= 'a' && character <= 'z') || (character >= '0' && character <= '9') ||
                            character == '-' || character == '_';
-        if (upper)
-            escaped += static_cast<char>(character + 32);
-        else if (plain)
+        if (plain)
             escaped += character;
         else
             AppendEscaped(escaped, character);

@@ -5,11 +5,18 @@
 #include "platform/SqlText.h"
 #include "platform/jet/ValueText.h"
 
+#include <algorithm>
+#include <array>
+#include <filesystem>
+
 namespace korlan {
 
 namespace {
 
 constexpr int kBusyMilliseconds = 250;
+constexpr int kStepsAtOnce = 1000;
+constexpr std::size_t kMostValue = std::size_t{1} << 28;
+constexpr std::size_t kLeastValue = std::size_t{1} << 20; // a value that any file may hold
 
 std::int32_t NumberOf(int code, std::string_view message) {
     switch (code & 0xFF) {
@@ -22,13 +29,27 @@ std::int32_t NumberOf(int code, std::string_view message) {
     case SQLITE_IOERR:
     case SQLITE_PERM: return kErrCannotOpenDatabase;
     case SQLITE_CORRUPT:
+    case SQLITE_INTERRUPT: // more work than the file can hold
+    case SQLITE_TOOBIG:
     case SQLITE_NOTADB: return kErrUnrecognizedFormat;
+    case SQLITE_AUTH: return kErrOperationNotSupported;
     case SQLITE_ERROR:
         if (message.starts_with("no such table")) return kErrNoSuchTable;
         if (message.starts_with("no such column")) return kErrMissingName;
         return kErrSqlSyntax;
     default: return kErrDatabase;
     }
+}
+
+// `from` is the view or trigger that wants it, null for the program's own statements.
+int AllowTables(void*, int action, const char*, const char*, const char*, const char* from) {
+    constexpr std::array kAllowed = {SQLITE_SELECT, SQLITE_READ,   SQLITE_INSERT,
+                                     SQLITE_UPDATE, SQLITE_DELETE, SQLITE_TRANSACTION};
+    return from == nullptr && std::ranges::find(kAllowed, action) != kAllowed.end() ? SQLITE_OK : SQLITE_DENY;
+}
+
+int TakeSteps(void* steps) { // not 0 ends the statement
+    return (*static_cast<std::int64_t*>(steps) -= kStepsAtOnce) < 0 ? 1 : 0;
 }
 
 void Check(sqlite3* connection, int code) {
@@ -69,7 +90,12 @@ SqliteConnection::SqliteConnection(const std::string& hostPath, bool exclusive, 
         // The file may come from the network: what its schema says is not to be trusted.
         sqlite3_db_config(connection_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
         sqlite3_db_config(connection_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+        std::error_code error;
+        fileSize_ = static_cast<std::size_t>(std::filesystem::file_size(hostPath, error));
+        sqlite3_limit(connection_, SQLITE_LIMIT_LENGTH,
+                      static_cast<int>(std::clamp(fileSize_, kLeastValue, kMostValue)));
         if (exclusive) Run("PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; COMMIT");
+        sqlite3_set_authorizer(connection_, AllowTables, nullptr);
         Run("SELECT 1 FROM sqlite_master LIMIT 1"); // opening reads nothing; this tells a file that is no database
     } catch (...) {
         sqlite3_close(connection_);
@@ -92,6 +118,13 @@ SqliteStatement& SqliteConnection::Prepared(const std::string& sql) {
     if (found == prepared_.end()) found = prepared_.emplace(sql, SqliteStatement(connection_, sql)).first;
     found->second.Reset();
     return found->second;
+}
+
+bool SqliteConnection::NextRow(SqliteStatement& statement, std::int64_t& steps) {
+    const auto stopCounting = [](sqlite3* connection) { sqlite3_progress_handler(connection, 0, nullptr, nullptr); };
+    const std::unique_ptr<sqlite3, decltype(stopCounting)> counting(connection_, stopCounting);
+    sqlite3_progress_handler(connection_, kStepsAtOnce, TakeSteps, &steps);
+    return statement.Step();
 }
 
 void SqliteConnection::Gather() {

@@ -1,9 +1,10 @@
-// One open SQLite file: prepared statements, and every failure of SQLite as a RuntimeError. Used by SqliteDatabase.cpp
-// only.
+// One open SQLite file: prepared statements, and every failure of SQLite as a RuntimeError. Statements read and write
+// tables, nothing else: what runs by the file's own word (views, triggers) is refused.
 #pragma once
 
 #include <sqlite3.h>
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -37,11 +38,16 @@ public:
     void Run(const std::string& sql);                  // all of its statements
     SqliteStatement& Prepared(const std::string& sql); // kept for the next time, reset
     bool InTransaction() const { return sqlite3_get_autocommit(connection_) == 0; }
+    // Gives the statement's next row, false at the end. `steps` is what it may still take of SQLite's smallest steps,
+    // which bounds what a damaged file can cost; beyond it 3343.
+    bool NextRow(SqliteStatement& statement, std::int64_t& steps);
+    std::size_t FileSize() const { return fileSize_; }
     void Gather(); // begins to gather changes, unless a transaction is open
     void WriteGathered();
 
 private:
     sqlite3* connection_ = nullptr;
+    std::size_t fileSize_ = 0; // when it was opened
     std::map<std::string, SqliteStatement> prepared_;
     bool gathering_ = false;
 };

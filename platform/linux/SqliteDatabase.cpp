@@ -3,6 +3,7 @@
 #include "platform/DatabaseError.h"
 #include "platform/FieldNames.h"
 #include "platform/SqlText.h"
+#include "platform/jet/TableRows.h"
 #include "platform/linux/SqliteConnection.h"
 
 #include <optional>
@@ -13,6 +14,8 @@
 namespace korlan {
 
 namespace {
+
+constexpr std::int64_t kStepsOfAnyFile = 1'000'000;
 
 std::string QuotedName(std::string_view name) {
     std::string quoted(1, '"');
@@ -47,7 +50,8 @@ class SqliteRecordset final : public Recordset {
 public:
     SqliteRecordset(std::shared_ptr<SqliteConnection> connection, const std::string& tableOrSql)
         : connection_(std::move(connection)), query_(PrepareQuery(connection_->Handle(), tableOrSql)),
-          names_(ColumnNames()), hasRow_(query_->statement.Step()) {}
+          names_(ColumnNames()), bytes_(connection_->FileSize()), steps_(kStepsOfAnyFile + 64 * FileSize()),
+          hasRow_(NextRow()) {}
     ~SqliteRecordset() override {
         try {
             Close();
@@ -71,6 +75,8 @@ private:
     enum class Change { None, Add, Edit };
 
     std::vector<std::string> ColumnNames() const;
+    std::int64_t FileSize() const { return static_cast<std::int64_t>(connection_->FileSize()); }
+    bool NextRow() { return connection_->NextRow(query_->statement, steps_); }
     void BeginChange(Change change);
     void Set(const std::string& column, Value value);
     std::string InsertSql() const;
@@ -82,6 +88,8 @@ private:
     std::shared_ptr<SqliteConnection> connection_;
     std::optional<Query> query_; // until Close
     FieldNames names_;
+    mutable jet::WorkBudget bytes_; // of text given; what a file says can be more than it holds
+    std::int64_t steps_;
     bool hasRow_;
     Change change_ = Change::None;
     std::vector<std::pair<std::size_t, Value>> set_;     // of the change begun
@@ -104,14 +112,16 @@ std::string SqliteRecordset::Text(const std::string& column) const {
         const auto* text = std::get_if<std::string>(&value);
         return text != nullptr ? *text : std::to_string(std::get<std::int32_t>(value));
     }
-    return SqliteText(query_->statement.Handle(), query_->firstColumn + static_cast<int>(index));
+    std::string text = SqliteText(query_->statement.Handle(), query_->firstColumn + static_cast<int>(index));
+    bytes_.Spend(text.size());
+    return text;
 }
 
 void SqliteRecordset::MoveNext() {
     RequireRow();
     change_ = Change::None;
     written_.clear();
-    hasRow_ = query_->statement.Step();
+    hasRow_ = NextRow();
 }
 
 void SqliteRecordset::BeginChange(Change change) {
@@ -184,6 +194,7 @@ class SqliteDatabase final : public Database {
 public:
     explicit SqliteDatabase(std::shared_ptr<SqliteConnection> connection) : connection_(std::move(connection)) {}
 
+    bool Updatable() const override { return sqlite3_db_readonly(connection_->Handle(), "main") == 0; }
     std::unique_ptr<Recordset> OpenRecordset(const std::string& tableOrSql) override {
         return std::make_unique<SqliteRecordset>(connection_, tableOrSql);
     }

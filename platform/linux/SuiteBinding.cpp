@@ -2,7 +2,6 @@
 
 #include "platform/Process.h"
 #include "platform/RuntimeError.h"
-#include "platform/TextEncoding.h"
 #include "platform/linux/HostPath.h"
 #include "sdk/KlwUpdt.h"
 
@@ -25,14 +24,6 @@ void* SuiteProcedure(const char* name) {
 
 std::string PathForSuite(const std::string& path) {
     return HostPath(path);
-}
-
-std::string TextForSuite(const std::string& text) {
-    return text;
-}
-
-std::string TextOfSuite(const char* text) {
-    return TextFromBytes(text);
 }
 
 } // namespace korlan

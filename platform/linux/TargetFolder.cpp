@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
-#include <random>
 #include <set>
 
 namespace korlan {
@@ -58,20 +57,19 @@ TargetName TargetFolder::Find(const std::string& name) const {
 NewFile* NewFile::underWay = nullptr;
 
 NewFile::NewFile(const TargetFolder& folder, mode_t executable) : folder_(folder.Descriptor()) {
-    static const int registered = std::at_quick_exit([] {
+    [[maybe_unused]] static const int registered = std::at_quick_exit([] {
         if (underWay) underWay->Remove();
     });
-    for (int attempt = 0; registered == 0 && attempt < 100; ++attempt) {
-        const std::string name = std::string(kTemporary) + std::to_string(std::random_device{}());
+    static unsigned made = 0;
+    do {
+        name_ = std::string(kTemporary) + std::to_string(getpid()) + "-" + std::to_string(++made);
         constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-        file_ = FileHandle(openat(folder_, name.c_str(), kFlags, 0666 | executable));
-        if (file_) {
-            name_ = name;
-            underWay = this;
-            break;
-        }
-        if (errno != EEXIST) break;
-    }
+        file_ = FileHandle(openat(folder_, name_.c_str(), kFlags, 0666 | executable));
+    } while (!file_ && errno == EEXIST);
+    if (file_)
+        underWay = this;
+    else
+        name_.clear();
 }
 
 NewFile::~NewFile() {

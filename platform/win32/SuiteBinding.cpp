@@ -26,12 +26,4 @@ std::string PathForSuite(const std::string& path) {
     return *bytes;
 }
 
-std::string TextForSuite(const std::string& text) {
-    return CodePageFromWide(Wide(text));
-}
-
-std::string TextOfSuite(const char* text) {
-    return Narrow(WideFromCodePage(text));
-}
-
 } // namespace korlan

@@ -89,7 +89,7 @@ std::string NameAsText(std::string_view name, std::uint32_t maker, std::string_v
 std::int64_t ClockSeconds(int year, int month, int day, int hour, int minute, int second) {
     using namespace std::chrono;
     const sys_days date = sys_days(std::chrono::year(year) / January / 1 + months(month - 1)) + days(day - 1);
-    return seconds(date.time_since_epoch()).count() + (hour * 60 + minute) * 60 + second;
+    return seconds(date.time_since_epoch() + hours(hour) + minutes(minute) + seconds(second)).count();
 }
 
 std::int64_t LocalClockAt(std::int64_t instant) {
@@ -195,6 +195,7 @@ ZipMember MemberOf(const ReadBytes& read, std::string_view entry, const Director
     member.encrypted = (Number16(entry, 8) & 1) != 0;
     auto modified = ExtendedTime(localExtra);
     if (!modified) modified = ExtendedTime(extra);
+    member.inUtc = modified.has_value();
     member.modified = modified ? *modified : InstantOfDosTime(Number16(entry, 14), Number16(entry, 12));
     member.entry = entry;
     ReadKind(Number16(entry, 4), Number32(entry, 38), member);

@@ -22,6 +22,7 @@ struct ZipMember {
     std::uint64_t size = 0;    // bytes, as the archive says; not to be trusted
     std::uint64_t packed = 0;  // likewise
     std::int64_t modified = 0; // seconds since 1970, UTC
+    bool inUtc = false;        // the archive says so itself; else it is the local time of whoever reads it
     std::uint32_t method = 0;  // of packing, as the format numbers it
     std::uint32_t checkSum = 0;
     bool encrypted = false;

@@ -39,8 +39,10 @@ void Make(const std::string& description, const std::string& libraryPath) {
     std::ifstream text(description);
     if (!text) throw suite::LibraryFileError("cannot read " + description);
     suite::LibraryFile library{*kind, {}};
-    for (std::string line; std::getline(text, line);)
+    for (std::string line; std::getline(text, line);) {
+        if (line.ends_with('\r')) line.pop_back();
         if (!line.empty() && line.front() != '#') library.elements.push_back(ElementFromLine(line));
+    }
     suite::SaveLibrary(library, libraryPath);
 }
 

@@ -1,11 +1,8 @@
 // The suite's procedures over the sample's library files. Errors never leave a procedure: they are its result.
-#pragma GCC visibility push(default)
-#include "sdk/KlwUpdt.h"
-#pragma GCC visibility pop
-
 #include "platform/NamePattern.h"
 #include "sample/suite/LibraryFile.h"
 #include "sample/suite/OwnFolder.h"
+#include "sdk/KlwUpdt.h"
 
 #include <cstddef>
 #include <fstream>
@@ -115,6 +112,10 @@ std::string Upper(std::string name) {
 
 } // namespace
 
+int32_t E_GetVersion(void) {
+    return KLN_SUITE_VERSION;
+}
+
 int32_t E_SetString(const char* name, const char* value) {
     return Answer(0, [=] {
         memory.strings[name] = value;
@@ -155,7 +156,7 @@ int32_t E_OpenLibrary(const char* path, const char* libraryType, int32_t mode) {
         const std::string type = libraryType;
         OpenLibrary library{path, suite::LoadLibrary(path), {}, {}, {}};
         const bool holdsParts = library.file.kind == suite::Kind::Part;
-        if (mode != 0 || type != (holdsParts ? "KorlanDLL20" : "KorlanSLL20")) return 0;
+        if (mode != 0 || type != (holdsParts ? KLN_PART_LIBRARY : KLN_SYMBOL_LIBRARY)) return 0;
         memory.directory.clear();
         for (const Element& element : library.file.elements) memory.directory.push_back(element.name);
         memory.nextName = 0;
@@ -193,8 +194,9 @@ int32_t E_CloseLibWrite(int32_t library) {
 }
 
 const char* E_GetLibDirName(void) {
-    if (memory.nextName >= memory.directory.size()) return "";
-    return memory.directory[memory.nextName++].c_str();
+    static std::string answer; // the directory may go before the text may
+    answer = memory.nextName < memory.directory.size() ? memory.directory[memory.nextName++] : std::string();
+    return answer.c_str();
 }
 
 int32_t E_CloseLibrary(int32_t library) {
@@ -217,7 +219,9 @@ int32_t D_SaveDevice(int32_t device, int32_t library) {
 int32_t D_ReadDevice(int32_t device, SuiteDevice* record) {
     const LoadedElement* loaded = FindLoaded(kDeviceMap, device);
     if (!loaded) return 0;
-    *record = {"", loaded->element.name.c_str(), "", loaded->element.descriptor.c_str()};
+    static Element answer; // the element itself may be renamed or deleted
+    answer = loaded->element;
+    *record = {"", answer.name.c_str(), "", answer.descriptor.c_str()};
     return 1;
 }
 

@@ -12,6 +12,7 @@ protected:
     static void AddPack(const std::string& name, const std::vector<std::string>& members) {
         SPRecord& pack = Tables.FileArraySP.Append({});
         pack.FileName = name;
+        pack.Read = true;
         for (const std::string& member : members)
             pack.Files.Append({member.substr(member[0] == '+' ? 1 : 0), member[0] == '+' ? 1 : 0});
     }
@@ -33,18 +34,32 @@ TEST_F(AppliedPacks, ListsAreReadBySentinelAndCount) {
 
 TEST_F(AppliedPacks, ACountThatIsNoneLeavesTheListEmptyOrBounded) {
     const std::pair<std::string, std::int32_t> rows[] = {
-        {"-3", 0}, {"many", 0}, {"", 0}, {"2000000000", 32767}, {"99999999999999", 32767}};
+        {"-3", 0}, {"many", 0}, {"", 0}, {"2000000000", 51}, {"99999999999999", 55}}; // the file's own length
+    AddPack("SP2.mdb", {});
+    std::string next;
     for (const auto& [number, entries] : rows) {
         WriteIni("[LIVEUPDATEFROMWEB]\r\nNumber=" + number + "\r\n1=SP1.mdb\r\n");
         IniWebR();
         EXPECT_EQ(Tables.AppliedSPList.UpperBound(), entries) << number;
+        UpdateIniNoUpdatesFound();
+        next += Stored("Number") + " ";
     }
     EXPECT_EQ(Tables.AppliedSPList[1], "SP1.mdb");
     EXPECT_EQ(Settings.SuiteVersion, "?");
+    EXPECT_EQ(next, "-2 1 1 2000000001 2147483648 ");
+    EXPECT_EQ(Stored("2147483648"), "SP2.mdb");
+}
 
+TEST_F(AppliedPacks, ListsHoldWhatTheFileHolds) {
+    std::string entries;
+    for (int i = 1; i <= 40'000; ++i) entries += std::to_string(i) + "=" + std::to_string(i) + ".mdb\r\n";
+    WriteIni("[LIVEUPDATEFROMWEB]\r\nNumber=40000\r\n" + entries);
+    IniWebR();
+    ASSERT_EQ(Tables.AppliedSPList.UpperBound(), 40'000);
+    EXPECT_EQ(Tables.AppliedSPList[40'000], "40000.mdb");
     AddPack("SP2.mdb", {});
-    UpdateIniNoUpdatesFound();
-    EXPECT_EQ(Stored("Number"), "99999999999999") << "a full list takes no more";
+    UpdateIniFile();
+    EXPECT_EQ(Stored("Number") + " " + Stored("40001"), "40001 SP2.mdb");
 }
 
 TEST_F(AppliedPacks, APackIsAppliedWhenEveryMarkedMemberWasInstalled) {
@@ -54,6 +69,8 @@ TEST_F(AppliedPacks, APackIsAppliedWhenEveryMarkedMemberWasInstalled) {
     AddPack("half.mdb", {"+A.zip", "+C.zip"});
     AddPack("nothing to do.mdb", {"C.zip"});
     AddPack("empty.mdb", {});
+    AddPack("never fetched.mdb", {}); // recorded by neither
+    Tables.FileArraySP[5].Read = false;
     for (const char* archive : {" a.ZIP", "B.zip", "D.zip"}) Tables.UpdatedFiles.Append(archive);
     UpdateIniFile();
     EXPECT_EQ(Applied(), (Entries{"SP1.mdb", "whole.mdb", "nothing to do.mdb", "empty.mdb"}));

@@ -1,7 +1,10 @@
 #include "app/CommandLine.h"
 
 #include "platform/FileSystem.h"
+#include "platform/RuntimeError.h"
 #include "tests/app/AppFixture.h"
+
+#include <filesystem>
 
 namespace korlan::test {
 namespace {
@@ -44,6 +47,16 @@ TEST_F(CommandLine, FolderAndFileArguments) {
         EXPECT_EQ(Desktop().boxes.size(), row.warnings) << row.line;
         EXPECT_EQ(CurrentFolder(), before) << row.line;
     }
+}
+
+TEST_F(CommandLine, AFolderIsTriedFromAPlaceWithoutAName) {
+    drive.MakeFolders("Gone");
+    ChangeCurrentFolder("C:\\Gone");
+    std::filesystem::remove(drive.HostPathOf("Gone"));
+    Process().commandLine = "/sys:C:\\KORLAN";
+    ParseCommandLine();
+    EXPECT_EQ(Settings.SysPath, "C:\\KORLAN");
+    EXPECT_THROW(CurrentFolder(), RuntimeError) << "the program is still where it was";
 }
 
 TEST_F(CommandLine, TheWarningNamesFolderAndReason) {

@@ -23,6 +23,8 @@ TEST_F(StartUp, TheWindowIsCompleteBeforeTheSearchBegins) {
     Process().commandLine = "\"/sys:C:\\Nowhere\""; // warned of, and the default is used
     OfferOneFile();
     std::string shown, searching;
+    const auto stale = drive.Top() / "cache/korlan/klnupdt/stale";
+    std::filesystem::create_directories(stale);
     Desktop().onControlChanged = [&](const Control& control, Aspect aspect, std::int32_t) {
         if (&control != &frmUpdate.form || aspect != Aspect::Visible || !frmUpdate.form.Visible()) return;
         shown = frmUpdate.form.Caption() + "|" + frmUpdate.lblMainHead.Caption() + "|" + State();
@@ -33,6 +35,7 @@ TEST_F(StartUp, TheWindowIsCompleteBeforeTheSearchBegins) {
     Desktop().onDoEvents = [&] {
         if (!searching.empty()) return;
         searching = State();
+        EXPECT_FALSE(std::filesystem::exists(stale)) << "the cache is emptied before";
         EXPECT_EQ(Desktop().pointers, std::vector{MousePointer::Hourglass});
         EXPECT_FALSE(CloseWindow()) << "refused during the search";
     };

@@ -1,4 +1,4 @@
-#include "app/Wizard.h"
+#include "app/StartUp.h"
 
 #include "app/base/Settings.h"
 #include "tests/app/SearchFixture.h"
@@ -12,13 +12,26 @@ using Wizard = SearchTest;
 TEST_F(Wizard, AWholeUpdateByIdentifiers) {
     std::string texts;
     for (const char* id : {"9989", "991875", "1725", "991867", "991857", "327", "10486", "991860", "991861", "11200",
-                           "991871", "991869", "991876"})
+                           "991871", "991869", "991876", "5675", "991864", "991865", "991257", "991866"})
         texts += std::string(id) + " = T" + id + "\r\n";
     drive.Write("KORLAN\\COUNTRY\\English\\KLNLOCAL.TXT", texts);
     OfferOneFile();
     PublishItsArchive();
 
+    std::string focus, progress, columns;
+    Desktop().onControlChanged = [&](const Control& control, Aspect aspect, std::int32_t) {
+        if (aspect == Aspect::Focus) focus += control.Name() + " ";
+        if (control.Kind() == ControlKind::ProgressBar && frmUpdate.prgRun.Visible())
+            progress +=
+                std::to_string(frmUpdate.prgRun.Value()) + "/" + std::to_string(frmUpdate.prgRun.Maximum()) + " ";
+    };
     EXPECT_FALSE(Start());
+    EXPECT_EQ(focus, "lvwFilesList ") << "not on Cancel";
+    FormFill(); // a list filled twice has its columns once
+    frmUpdate.lvwFilesList.SetVisible(true);
+    for (const ListColumn& column : frmUpdate.lvwFilesList.Columns())
+        columns += column.title + (column.width == 0 ? " hidden" : " ");
+    EXPECT_EQ(columns, "T5675 T991864 T991865 T991257 T991866 hidden");
     EXPECT_EQ(State(), "0 0: T9989 T991875 T1725");
     EXPECT_EQ(frmUpdate.form.Caption() + " " + frmUpdate.lblUpdate.Caption(), "Korlan T991867 T991857");
     std::string running;
@@ -31,12 +44,16 @@ TEST_F(Wizard, AWholeUpdateByIdentifiers) {
     Desktop().onDoEvents = {};
     EXPECT_EQ(running, "0 1: (T9989) T991875 (T1725)");
     EXPECT_TRUE(frmUpdate.lvwFilesList.Row(1).checked) << "the list is locked";
+    EXPECT_TRUE(frmUpdate.lvwFilesList.Row(1).bold);
+    EXPECT_EQ(progress, "0/2 1/2 2/2 ");
+    EXPECT_FALSE(frmUpdate.prgRun.Visible());
     EXPECT_EQ(drive.Read("KORLAN\\SYS\\NEW.TXT"), "new content");
     EXPECT_EQ(State() + " " + frmUpdate.lblMsgline.Caption(), "2 0: T327 T1725 T10486");
     EXPECT_EQ(ReadIniString("LIVEUPDATEFROMWEB", "1", ""), "SP1.mdb");
 
     EXPECT_FALSE(Click(frmUpdate.cmdCancel)); // Next
     EXPECT_EQ(State(), "0 0: T11200 T1725");
+    EXPECT_FALSE(frmUpdate.lblMsgline.Visible());
     EXPECT_EQ(frmUpdate.lblUpdate.Caption() + frmUpdate.LblLive.Caption() + frmUpdate.Option2.Caption(),
               "T991861T991860T991871");
     std::string explained;

@@ -91,6 +91,26 @@ TEST_F(CatalogueTest, MergesPacksByArchiveAndFoldersByIdentity) {
     EXPECT_EQ(Marks(), "1100 10  ");
 }
 
+TEST_F(CatalogueTest, ColumnsAreReadWhereTheyAreNeeded) {
+    Tables.AppliedSPList.Append("OLD.mdb");
+    drive.Write("KORLAN/Temp/Update.mdb", "");
+    test::RunSql(drive.HostPathOf("KORLAN/Temp/Update.mdb"),
+                 "CREATE TABLE Files (FileName TEXT); INSERT INTO Files VALUES ('OLD.mdb');");
+    EXPECT_EQ(Search(), 1) << "an applied pack";
+
+    Master({"A", "B"});
+    ServePack("A", {Row("ONE.DLL", "Root", "one.zip")});
+    test::RunSql(drive.HostPathOf("made.sqlite"), "ALTER TABLE Files DROP COLUMN FileName; "
+                                                  "ALTER TABLE Files DROP COLUMN Filedate;");
+    server.Answer("/u/B", {.body = drive.Read("made.sqlite")});
+    EXPECT_EQ(Search(), 1) << "a known archive";
+    server.Answer("/u/A", {.status = 404});
+    EXPECT_EQ(Search(), 1) << "an older copy of it";
+    drive.Write("KORLAN/Temp/A", "");
+    test::RunSql(drive.HostPathOf("KORLAN/Temp/A"), test::CatalogueSql({}));
+    EXPECT_EQ(Search(), 0) << "an archive of its own";
+}
+
 TEST_F(CatalogueTest, AnErrorStopsTheSearchAndKeepsWhatWasMerged) {
     Master({"A", "BAD", "C"});
     ServePack("A", {Row("ONE.DLL", "Root", "one.zip")});
@@ -113,10 +133,12 @@ TEST_F(CatalogueTest, AMasterCatalogueThatIsTornOrLeadsOutside) {
     EXPECT_EQ(Search(), 0);
 
     drive.Write("secret.mdb", "mine");
+    ServePack("A", {Row("ONE.DLL", "Root", "one.zip")});
     for (const char* name : {"..\\..\\secret.mdb", "../../secret.mdb", "C:\\secret.mdb"}) {
         server.Answer(std::string("/u/") + name, {.body = "theirs"});
-        Master({name});
-        EXPECT_EQ(Search(), 0) << name;
+        Master({name, "A"});
+        EXPECT_EQ(Search(), 1) << name;
+        EXPECT_EQ(Tables.FileArray.UpperBound(), 1) << name << ": the others still count";
         EXPECT_EQ(drive.Read("secret.mdb"), "mine") << name;
     }
 }
@@ -127,6 +149,8 @@ TEST_F(CatalogueTest, APackThatCannotBeFetchedIsPassedOverUnlessAnOlderCopyIsThe
     EXPECT_EQ(Search(), 1);
     ASSERT_EQ(Tables.FileArraySP.UpperBound(), 2);
     EXPECT_EQ(Tables.FileArraySP[1].Files.UpperBound(), 0);
+    EXPECT_FALSE(Tables.FileArraySP[1].Read);
+    EXPECT_TRUE(Tables.FileArraySP[2].Read);
     EXPECT_EQ(Tables.FileArray.UpperBound(), 1);
 
     test::RunSql(drive.HostPathOf("KORLAN/Temp/GONE"),

@@ -76,8 +76,8 @@ TEST_F(ComparisonTest, AnErrorEndsThePassAndLeavesThePacksUnmarked) {
     const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
         {"B.DLL", "ROOT", "1-1-2004,0:0:0", "100"},          // no second component
         {"B.DLL", "\\SYS\\..\\..", "1-1-2004,0:0:0", "100"}, // out of the installation
-        {"..\\B.DLL", "\\SYS", "1-1-2004,0:0:0", "100"},
-        {"A.DLL", "\\SYS", "not a date", "110"}, // keeps its interim mark
+        {"B.DLL", "-evil\\x", "1-1-2004,0:0:0", "100"},      // a neighbour of the installation
+        {"A.DLL", "\\SYS", "not a date", "110"},             // keeps its interim mark
     };
     for (const auto& [name, designation, date, flags] : cases) {
         Tables = {};
@@ -89,6 +89,16 @@ TEST_F(ComparisonTest, AnErrorEndsThePassAndLeavesThePacksUnmarked) {
         EXPECT_EQ(Marks(), flags) << name << " " << designation << " " << date;
         EXPECT_EQ(Tables.FileArraySP[1].Files[1].UpdateFlag, 0) << date;
     }
+}
+
+TEST_F(ComparisonTest, ARefusedRecordCostsNoOther) {
+    for (const char* name : {"..\\B.DLL", "C:B.DLL", "SUB\\B.DLL"}) Add(name, "\\SYS", "1-1-2004,0:0:0", "b.zip");
+    Add("B.DLL", "\\SYS", "1-1-2004,0:0:0", "..\\b.zip");
+    Add("LAST.DLL", "\\SYS", "1-1-2004,0:0:0");
+    Tables.FileArraySP.Append({}).Files.Append({"LAST.DLL.zip", 0});
+    CompareUpdatableFiles();
+    EXPECT_EQ(Marks(), "00001");
+    EXPECT_EQ(Tables.FileArraySP[1].Files[1].UpdateFlag, 1);
 }
 
 TEST_F(ComparisonTest, GetFileStampTellsUtcAndItsFailures) {

@@ -41,6 +41,8 @@ TEST(JetText, DecodesCodePages) {
     expect(1252, "\x80\xFC\x5C\x8D", "€ü\\\u008D");
     expect(1251, "\xCF\xE0\xEF\xEA\xE0", "Папка");
     expect(932, "\x83\x5C\x5C\x7E\xB1", "ソ\\~ｱ"); // 5C as a second byte and as a backslash
+    expect(1255, "\xF9\xEC\xE5\xED", "שלום");      // the last one is held back for a point that may follow
+    expect(1258, "\xE2\xFF\xD2\xE2", "âÿ̉â");
     // The header's code page lies under a mask of exclusive-or, so a change needs no unmasking.
     std::string bytes = ReadTestFile("jet3/types.mdb");
     bytes[0x3C] = static_cast<char>(bytes[0x3C] ^ (1252 & 0xFF) ^ (1251 & 0xFF));

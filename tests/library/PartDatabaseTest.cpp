@@ -1,5 +1,6 @@
 #include "library/PartDatabase.h"
 
+#include "TestData.h"
 #include "library/SearchSequence.h"
 #include "tests/support/Failing.h"
 #include "tests/support/Installation.h"
@@ -68,6 +69,16 @@ TEST_F(PartDatabaseTest, AFileReplacesItsRows) {
     UpdateLibDBDeleteFile("Ttl.PART");
     EXPECT_THAT(Names(), ElementsAre("OTHER.PART:keep"));
     EXPECT_EQ(SequenceOf(kPartKind).names[2], "TTL.PART");
+}
+
+TEST_F(PartDatabaseTest, AnIndexThatCannotBeWrittenCountsAsNone) {
+    std::filesystem::copy_file(KLN_TEST_DATA "/jet/Parts.abd", drive.HostPathOf(kIndex));
+    WriteParts("A.PART", {{"X", "P " + kFields, ""}});
+    for (const auto& operation : {UpdateLibDBDeleteFile, UpdateLibDBAddFileElements,
+                                  +[](const std::string& file) { UpdateLibDBDeleteFromFile(file, "X"); }})
+        EXPECT_EQ(ErrorOf([&] { operation("A.PART"); }), 0);
+    UpdateLibDB("A.PART", LoadedPart("A.PART", "X"));
+    EXPECT_EQ(SequenceOf(kPartKind).names.UpperBound(), 0);
 }
 
 TEST_F(PartDatabaseTest, BadLibraryFilesEndTheOperation) {

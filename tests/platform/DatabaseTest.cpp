@@ -135,6 +135,33 @@ TEST_F(Databases, RefuseToWriteWhatIsReadOnly) {
     expectReadOnly(Open("SP1.mdb"), "SELECT * FROM Files", "FileName");
 }
 
+// A catalogue comes from the network: it may hold rows, and nothing that runs or grows while they are read.
+TEST_F(Databases, AnSqliteFileGivesRowsAndNothingElse) {
+    const std::pair<const char*, std::int32_t> files[] = {
+        {"CREATE VIEW Files AS WITH RECURSIVE n(FileName) AS (SELECT 1 UNION ALL SELECT FileName + 1 FROM n)"
+         " SELECT FileName FROM n",
+         kErrOperationNotSupported},
+        {"CREATE TABLE Files (FileName AS (hex(zeroblob(100000000))), b); INSERT INTO Files VALUES (1)",
+         kErrUnrecognizedFormat},
+        {"CREATE TABLE Files (b, FileName AS (hex(zeroblob(500000)))); INSERT INTO Files VALUES (1),(2),(3)",
+         kErrUnrecognizedFormat},
+    };
+    for (const auto& [sql, error] : files) {
+        std::filesystem::remove(drive_.HostPathOf("Update.mdb"));
+        test::RunSql(drive_.HostPathOf("Update.mdb"), sql);
+        const auto database = Open("Update.mdb", "");
+        EXPECT_EQ(ErrorOf([&] { ColumnOf(*database, "SELECT * FROM Files", "FileName"); }), error) << sql;
+    }
+    test::RunSql(drive_.HostPathOf("Parts.abd"), "INSERT INTO PartFields (Name) WITH RECURSIVE n(i) AS (SELECT 1 UNION"
+                                                 " ALL SELECT i + 1 FROM n LIMIT 1000) SELECT i FROM n");
+    EXPECT_EQ(ErrorOf([] {
+                  Open()->OpenRecordset("SELECT * FROM PartFields a, PartFields b, PartFields c "
+                                        "WHERE a.Name || b.Name || c.Name = 'none'");
+              }),
+              kErrUnrecognizedFormat)
+        << "more steps than such a file is worth";
+}
+
 TEST_F(Databases, ReadJetFilesAndAskForTheirPassword) {
     CopyTestFile("types.mdb", "types.mdb");
     const auto database = Open("TYPES.MDB", ";pwd=anything");

@@ -32,13 +32,14 @@ protected:
     ListView lvwFilesList{"lvwFilesList", ilsCleanUp};
     OptionButton Option2{"Option2", "", "15 days"}, Option3{"Option3", "", "30 days"}, Option4{"Option4", "", "Never"};
     PictureBox picSteps{"picSteps"};
+    ProgressBar prgRun{"prgRun"};
     Button cmdUpdate{"cmdUpdate", "", "&Update"}, CmdRetry{"CmdRetry", "", "Retry"},
         cmdCancel{"cmdCancel", "", "C&ancel"}, cmdHelp{"cmdHelp", "", "&Help"},
         cmdOther{"cmdOther", "", "Other"}; // the window lays out what it is given
 
     void SetUp() override {
         form.SetControls({&lblMainHead, &lblUpdate, &lvwFilesList, &lblMsgline, &LblLive, &Option2, &Option3, &Option4,
-                          &LblOptionExplain, &cmdUpdate, &CmdRetry, &cmdCancel, &cmdHelp, &cmdOther, &picSteps,
+                          &LblOptionExplain, &cmdUpdate, &CmdRetry, &cmdCancel, &cmdHelp, &cmdOther, &picSteps, &prgRun,
                           &ilsCleanUp});
         for (OptionButton* option : {&Option2, &Option3, &Option4}) option->SetGroup({&Option2, &Option3, &Option4});
         const std::pair<Region, std::vector<Control*>> places[] = {
@@ -47,13 +48,15 @@ protected:
             {Region::Status, {&lblUpdate}},
             {Region::List, {&lvwFilesList}},
             {Region::Reminder, {&LblLive, &Option2, &Option3, &Option4, &LblOptionExplain}},
-            {Region::Message, {&lblMsgline}},
+            {Region::Message, {&lblMsgline, &prgRun}},
             {Region::Buttons, {&cmdUpdate, &CmdRetry, &cmdCancel, &cmdHelp, &cmdOther}},
         };
         for (const auto& [region, controls] : places)
             for (Control* control : controls) control->SetPlace({.region = region, .lines = 2});
+        LblLive.SetPlace({.region = Region::Reminder, .font = FontRole::Heading});
         OpenFormHost(form);
-        for (const char* title : {"Name", "Path", "Size", "Status", "Invisible"}) lvwFilesList.AddColumn(title, 1440);
+        for (const char* title : {"Name", "Path", "Size", "Status", "Invisible"})
+            lvwFilesList.AddColumn(title, 1440, "Copied from web");
         lvwFilesList.SetColumnWidth(5, 0);
         for (const std::int32_t row : {1, 2, 3}) {
             lvwFilesList.AddRow(row, "FILE-" + std::to_string(row), "A.EXE", "NOTDELETE");
@@ -74,6 +77,17 @@ protected:
     void Focus(const Control& control) { Find(control)->setFocus(Qt::MouseFocusReason); }
 
     QWidget* window_ = nullptr;
+};
+
+// Counts what reaches a widget.
+struct EventCounter : QObject {
+    EventCounter(QObject& watched, QEvent::Type counted) : type(counted) { watched.installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override {
+        count += event->type() == type;
+        return false;
+    }
+    const QEvent::Type type;
+    int count = 0;
 };
 
 // Answers the next box: hands it to `answer` as soon as it is up.
@@ -110,16 +124,40 @@ TEST_F(Desktop, SpaceAndMouseToggleARowOnce) {
     for (const std::int32_t row : {1, 2, 3}) EXPECT_FALSE(lvwFilesList.Row(row).checked);
 }
 
-// Counts what reaches a widget.
-struct EventCounter : QObject {
-    EventCounter(QObject& watched, QEvent::Type counted) : type(counted) { watched.installEventFilter(this); }
-    bool eventFilter(QObject*, QEvent* event) override {
-        count += event->type() == type;
-        return false;
+TEST_F(Desktop, OneSpaceSetsTheSelectedRowsAlike) {
+    std::vector<std::int32_t> toggled;
+    lvwFilesList.OnItemCheck = [&](std::int32_t row) {
+        toggled.push_back(row);
+        if (row == 1) lvwFilesList.SetChecked(3, lvwFilesList.Row(1).checked); // linked
+    };
+    lvwFilesList.AddRow(4, "FILE-4", "B.EXE", "NOTDELETE"); // unchecked
+    Focus(lvwFilesList);
+    for (const auto& [rows, checked] : {std::pair{std::vector{4}, true}, {{1, 2, 4}, false}, {{1, 2, 4}, true}}) {
+        QTest::keyClick(List(), Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(List(), Qt::Key_Space);
+        EXPECT_EQ(std::exchange(toggled, {}), rows);
+        for (const std::int32_t row : {1, 2, 3, 4}) EXPECT_EQ(lvwFilesList.Row(row).checked, checked) << row;
     }
-    const QEvent::Type type;
-    int count = 0;
-};
+}
+
+TEST_F(Desktop, ARunShowsItsRowAndHowFarItIs) {
+    for (std::int32_t row = 4; row <= 200; ++row) lvwFilesList.AddRow(row, std::to_string(row), "A.EXE", "DELETE");
+    lvwFilesList.SetSubItem(150, 3, "Copied from web");
+    lvwFilesList.SetBold(150, true);
+    lvwFilesList.EnsureVisible(150);
+    const QModelIndex status = List()->model()->index(149, 3);
+    EXPECT_TRUE(List()->viewport()->rect().contains(List()->visualRect(status).center()));
+    EXPECT_LE(List()->sizeHintForIndex(status).width(), List()->columnWidth(3)) << "it fits in bold";
+    EXPECT_TRUE(status.data(Qt::FontRole).value<QFont>().bold());
+    prgRun.SetProgress(3, 8);
+    QAccessibleInterface* bar = QAccessible::queryAccessibleInterface(Find(prgRun));
+    EXPECT_EQ(bar->valueInterface()->currentValue().toInt(), 3);
+    EXPECT_EQ(bar->valueInterface()->maximumValue().toInt(), 8);
+    const QRect place = List()->geometry();
+    prgRun.SetVisible(false);
+    DoEvents();
+    EXPECT_EQ(List()->geometry(), place) << "nothing moves when it goes";
+}
 
 TEST_F(Desktop, ALabelPaintsByTheFrameAndMovesNothing) {
     QTest::qWait(50);
@@ -186,8 +224,16 @@ TEST_F(Desktop, EveryVisibleControlHasAName) {
         const QString name = QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
         EXPECT_TRUE(!name.isEmpty() && !name.contains('&')) << control->Name() << ": " << name.toStdString();
     }
-    QAccessibleInterface* row = QAccessible::queryAccessibleInterface(List())->tableInterface()->cellAt(0, 0);
+    lblUpdate.SetCaption("Searching /");
+    QAccessibleInterface* list = QAccessible::queryAccessibleInterface(List());
+    EXPECT_EQ(list->text(QAccessible::Name), "Korlan Live Update");
+    EXPECT_EQ(list->tableInterface()->columnCount(), 4) << "the hidden column is nobody's";
+    QAccessibleInterface* row = list->tableInterface()->cellAt(0, 0);
     EXPECT_TRUE(row->state().checkable && row->state().checked);
+    const QAccessibleInterface* group = QAccessible::queryAccessibleInterface(Find(Option2)->parentWidget());
+    EXPECT_EQ(group->role(), QAccessible::Grouping);
+    EXPECT_EQ(group->text(QAccessible::Name), "Reminders");
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(window_)->role(), QAccessible::Window);
 }
 
 TEST_F(Desktop, LongTextsStayInsideTheWindow) {
@@ -207,6 +253,15 @@ TEST_F(Desktop, LongTextsStayInsideTheWindow) {
         EXPECT_FALSE(place(*button).intersects(std::exchange(previous, place(*button)))) << button->Name();
     }
     for (const Label* label : labels) place(*label);
+    const int oneLine = Find(Option3)->height();
+    for (OptionButton* option : {&Option3, &Option4}) {
+        option->SetFont({.face = "Arial", .points = 20});
+        option->SetCaption(QString("too long ").repeated(30).toStdString());
+    }
+    QTest::qWait(100);
+    EXPECT_GE(place(Option3).height(), 3 * oneLine) << "a caption wraps";
+    EXPECT_LE(Find(Option3)->minimumSizeHint().width(), 640);
+    EXPECT_FALSE(place(Option3).intersects(place(Option4)));
 }
 
 // The handler of any gesture may throw anything; it comes out of the next wait.
@@ -224,14 +279,22 @@ TEST_F(Desktop, WhatAHandlerThrowsComesOutOfTheWaits) {
         EXPECT_THROW(DoEvents(), Odd);
         EXPECT_NO_THROW(DoEvents());
     }
-    // Behind an open box it ends the box and comes out of the wait around it.
-    cmdUpdate.OnClick = [&] {
-        WhenAsked([&](QWidget&) { gestures[0](); });
-        ShowMsgBox("Quit?", kBoxYesNo, "Korlan");
-    };
-    QTimer::singleShot(0, [&] { Find<QPushButton>(cmdUpdate)->click(); });
+    QTimer::singleShot(0, gestures[0]);
     EXPECT_THROW(RunMessageLoop(), Odd);
-    EXPECT_FALSE(QApplication::activeModalWidget());
+}
+
+// As a screen reader makes it, which no modal box stops.
+TEST_F(Desktop, AGestureBehindABoxIsDropped) {
+    cmdHelp.OnClick = Option3.OnClick = [] { FAIL() << "behind the box"; };
+    WhenAsked([&](QWidget& box) {
+        for (const Control* control : std::initializer_list<Control*>{&cmdHelp, &Option3})
+            QAccessible::queryAccessibleInterface(Find(*control))
+                ->actionInterface()
+                ->doAction(QAccessibleActionInterface::pressAction());
+        EXPECT_FALSE(Find<QRadioButton>(Option3)->isChecked());
+        Press(box, "No");
+    });
+    EXPECT_EQ(ShowMsgBox("Quit?", kBoxYesNo, "Korlan"), kAnswerNo);
 }
 
 TEST_F(Desktop, TheCloseBoxAsksTheForm) {
@@ -321,6 +384,8 @@ TEST(DesktopFonts, CharsetsFollowTheLocale) {
         EXPECT_EQ(CharsetOfLocale(locale), charset) << locale;
     const QFont font = ToQFont({"MS Sans Serif", 8.5F, 0, true}, {});
     EXPECT_TRUE(font.bold() && font.pointSizeF() == 8.5);
+    EXPECT_FALSE(ToQFont({.face = "Arial"}, font).bold()) << "what the program says counts";
+    EXPECT_TRUE(ToQFont({}, font).bold()) << "what it has never said is the host's";
 }
 
 } // namespace

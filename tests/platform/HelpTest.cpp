@@ -78,6 +78,8 @@ TEST_F(Help, ShowsContentsAndFirstPageOnceHoweverOftenItIsOpened) {
     EXPECT_EQ(tree->topLevelItem(1)->child(1)->text(0), "Running the update");
     EXPECT_THAT(TextOf(*windows[0]), HasSubstr("keeps your Korlan installation current"));
     EXPECT_EQ(tree->currentItem(), tree->topLevelItem(0));
+    const auto* page = windows[0]->findChild<QTextBrowser*>("page");
+    EXPECT_TRUE(!tree->accessibleName().isEmpty() && !page->accessibleName().isEmpty());
 
     EXPECT_EQ(Open(R"(C:\Korlan\KLNUPDT.chm)"), windows);
     OpenCompiledHelp("", HelpCommand::CloseAll, 0);

@@ -166,6 +166,10 @@ TEST_F(HttpTest, OpensByTheStatusOfTheFinalAnswer) {
     const std::size_t before = server_.Requests().size();
     EXPECT_FALSE(Opens(server_.Url("/loop")));
     EXPECT_EQ(before + 21, server_.Requests().size());
+    for (const std::size_t lines : {2, 3}) { // 256 KB of headers is the limit
+        server_.Answer("/long", {.headers = std::vector(lines, std::pair(std::string("X"), std::string(90'000, 'h')))});
+        EXPECT_EQ(lines == 2, Opens(server_.Url("/long"))) << lines;
+    }
 }
 
 TEST_F(HttpTest, BoundsWhatAnUnreadBodyFetchesAndLeavesNoSocket) {

@@ -7,7 +7,9 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <array>
 #include <chrono>
+#include <csignal>
 #include <thread>
 
 namespace korlan {
@@ -49,7 +51,6 @@ protected:
 
     test::TempDrive drive_;
     ScopedVariable path_;
-    ScopedVariable runtime_{"XDG_RUNTIME_DIR", drive_.HostPathOf("BIN")};
 };
 
 TEST_F(ProcessTest, FindsTheProgramAndSplitsItsArguments) {
@@ -113,10 +114,42 @@ TEST_F(ProcessTest, TheInstanceLockEndsWithItsProcessAndFollowsNoLink) {
               0)
         << "it took itself for another one";
     EXPECT_EQ(InAnotherProcess(isAnotherRunning), 0) << "what it started holds the lock";
-    std::filesystem::remove(drive_.HostPathOf("BIN/klnupdt.lock"));
-    std::filesystem::create_symlink(drive_.HostPathOf("victim"), drive_.HostPathOf("BIN/klnupdt.lock"));
+
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    const pid_t first = fork();
+    if (first == 0) {
+        static_cast<void>(!write(ends[1], isAnotherRunning() ? "1" : "0", 1));
+        pause();
+    }
+    char answer = 0;
+    ASSERT_EQ(read(ends[0], &answer, 1), 1);
+    EXPECT_EQ(answer, '0');
+    EXPECT_EQ(InAnotherProcess([&] { return clearenv() == 0 ? isAnotherRunning() : 9; }), 1) << "another session";
+    kill(first, SIGKILL);
+    waitpid(first, nullptr, 0);
+
+    struct stat folder {};
+    stat(std::filesystem::read_symlink("/proc/self/exe").parent_path().c_str(), &folder);
+    const std::string lock = "/tmp/klnupdt-" + std::to_string(geteuid()) + "-" + std::to_string(folder.st_dev) + "-" +
+                             std::to_string(folder.st_ino) + ".lock";
+    std::filesystem::remove(lock);
+    std::filesystem::create_symlink(drive_.HostPathOf("victim"), lock);
     EXPECT_EQ(InAnotherProcess(isAnotherRunning), 0);
     EXPECT_FALSE(drive_.Exists("victim"));
+    std::filesystem::remove(lock);
+}
+
+TEST(ProcessArguments, AreKnownAsTheyWereGiven) {
+    const auto expect = [](std::vector<std::string> words, const char* line) {
+        std::vector<char*> argv;
+        for (std::string& word : words) argv.push_back(word.data());
+        SetProgramArguments(static_cast<int>(argv.size()), argv.data());
+        EXPECT_EQ(ProgramCommandLine(), line);
+    };
+    expect({"KlnUpdt.EXE", "/sys:C:\\A B", "a.txt"}, "\"/sys:C:\\A B\" \"a.txt\"");
+    expect({"KlnUpdt.EXE", "\"/sys:C:\\A\" \"b\""}, "\"/sys:C:\\A\" \"b\"");
+    expect({"KlnUpdt.EXE"}, "");
 }
 
 } // namespace

@@ -23,6 +23,7 @@ TEST(SuiteBindingDeathTest, TheIniFileIsNamedBesideTheLibrary) {
         std::_Exit(0);
     };
     EXPECT_EXIT(iniFile(), testing::ExitedWithCode(0), "<>");
+    EXPECT_EXIT(std::_Exit(CanGetPartInfo() ? 0 : 1), testing::ExitedWithCode(0), "");
     drive.Write("Korlan/IniFile.txt", "D:\\ALL\\TESSARY.INI\nmore");
     EXPECT_EXIT(iniFile(), testing::ExitedWithCode(0), "<D:.ALL.TESSARY.INI>");
 }
@@ -32,11 +33,17 @@ TEST(SuiteBinding, WhatIsMissingIsToldAtTheCall) {
     Process().programPath = "C:\\KlnUpdt.exe";
     const auto set = [] { E_SetString("ServerPath", "C:\\"); };
     EXPECT_EQ(ErrorOf(set), kErrFileNotFound) << "no library";
+    EXPECT_FALSE(CanGetPartInfo());
     drive.Write("libklwupdt.so", "MZ, a file of another system");
     EXPECT_EQ(ErrorOf(set), kErrFileNotFound) << "no shared object";
     std::filesystem::remove(drive.HostPathOf("libklwupdt.so"));
     std::filesystem::create_symlink(KLN_PARTIAL_SUITE_SO, drive.HostPathOf("libklwupdt.so"));
+    {
+        const ScopedVariable other("KLN_SUITE_TEST_VERSION", "2");
+        EXPECT_EQ(ErrorOf(set), kErrFileNotFound) << "records may differ";
+    }
     EXPECT_EQ(ErrorOf(set), 0);
+    EXPECT_FALSE(CanGetPartInfo());
     for (int time = 1; time <= 2; ++time) {
         EXPECT_EQ(ErrorOf([] { E_GetString("IniFile"); }), kErrNoLibraryEntry);
         EXPECT_EQ(ErrorOf([] { E_OpenLibrary("C:\\A.PART", kPartLibraryType, 0); }), kErrNoLibraryEntry);

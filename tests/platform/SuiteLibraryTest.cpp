@@ -60,4 +60,15 @@ TEST_F(SuiteLibraryTest, HostileFilesAreRefused) {
     }
 }
 
+TEST_F(SuiteLibraryTest, TheToolTakesTheLinesOfAnySystem) {
+    drive.Write(kFile, "");
+    drive.Write("a.txt", "# parts\r\n\r\nA\tP x|y\r\nB\r\nC\tQ\n");
+    const std::string tool = std::filesystem::path(KLN_SUITE_SO).parent_path() / "kln-makelib";
+    const std::string command = tool + " " + drive.HostPathOf("a.txt") + " " + drive.HostPathOf(kFile);
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    std::vector<PartInformation> parts(3);
+    E_GetPartInfo(kFile, parts);
+    EXPECT_EQ(parts[0].descriptor + " " + parts[1].name + parts[2].descriptor, "P x€y BQ");
+}
+
 } // namespace korlan::test

@@ -23,23 +23,38 @@ Size SizeOf(const auto& bytes) {
     return static_cast<Size>(bytes.size());
 }
 
-} // namespace
-
-HttpServer::HttpServer() {
+// A socket connected to itself: what it says, it hears. Below 0 when there is none.
+int TalkingToItself() {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
     auto* general = reinterpret_cast<sockaddr*>(&address);
-    listener_ = NewSocket(SOCK_STREAM);
-    stop_ = NewSocket(SOCK_DGRAM);
-    if (listener_ < 0 || stop_ < 0 || bind(Handle(stop_), general, size) != 0 ||
-        bind(Handle(listener_), general, size) != 0 || listen(Handle(listener_), 64) != 0)
+    socklen_t size = sizeof address;
+    const int socket = NewSocket(AF_INET, SOCK_DGRAM);
+    const bool well = socket >= 0 && bind(Handle(socket), general, size) == 0 &&
+                      getsockname(Handle(socket), general, &size) == 0 && connect(Handle(socket), general, size) == 0;
+    return well ? socket : -1;
+}
+
+} // namespace
+
+HttpServer::HttpServer(Family family) {
+    sockaddr_in four{};
+    four.sin_family = AF_INET;
+    four.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    sockaddr_in6 six{};
+    six.sin6_family = AF_INET6;
+    six.sin6_addr = in6addr_loopback;
+    const bool isFour = family == Family::Four;
+    auto* general = isFour ? reinterpret_cast<sockaddr*>(&four) : reinterpret_cast<sockaddr*>(&six);
+    socklen_t size = isFour ? sizeof four : sizeof six;
+    listener_ = NewSocket(general->sa_family, SOCK_STREAM);
+    stop_ = TalkingToItself();
+    if (listener_ < 0 || stop_ < 0 || bind(Handle(listener_), general, size) != 0 ||
+        listen(Handle(listener_), 64) != 0 || getsockname(Handle(listener_), general, &size) != 0)
         throw std::runtime_error("the test server has no socket");
-    getsockname(Handle(stop_), general, &size);
-    if (connect(Handle(stop_), general, size) != 0 || getsockname(Handle(listener_), general, &size) != 0)
-        throw std::runtime_error("the test server has no socket");
-    port_ = ntohs(address.sin_port);
+    base_ = (isFour ? "http://127.0.0.1:" : "http://[::1]:") +
+            std::to_string(ntohs(isFour ? four.sin_port : six.sin6_port));
     acceptor_ = std::thread([this] { AcceptLoop(); });
 }
 
@@ -52,7 +67,7 @@ HttpServer::~HttpServer() {
 }
 
 std::string HttpServer::Url(const std::string& target) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + target;
+    return base_ + target;
 }
 
 void HttpServer::Answer(const std::string& target, HttpAnswer answer) {

@@ -1,4 +1,4 @@
-// A small real HTTP server on 127.0.0.1, one thread a connection, whose misbehaviour is data: what a path answers,
+// A small real HTTP server on the loopback, one thread a connection, whose misbehaviour is data: what a path answers,
 // where it stalls, where it hangs up. It keeps what was asked, and counts connections and bytes.
 #pragma once
 
@@ -38,12 +38,13 @@ struct HttpRequest {
 
 class HttpServer {
 public:
-    HttpServer();
+    enum class Family { Four, Six };
+    explicit HttpServer(Family family = Family::Four);
     ~HttpServer();
     HttpServer(const HttpServer&) = delete;
     HttpServer& operator=(const HttpServer&) = delete;
 
-    std::string Url(const std::string& target = {}) const; // "http://127.0.0.1:port" + target
+    std::string Url(const std::string& target = {}) const; // "http://127.0.0.1:port" or "http://[::1]:port" + target
 
     // What a request target answers; any other target gets 404.
     void Answer(const std::string& target, HttpAnswer answer);
@@ -67,8 +68,8 @@ private:
     bool WaitFor(int socket, short events) const;
 
     int listener_ = -1;
-    int port_ = 0;
-    int stop_ = -1; // readable once the server ends
+    std::string base_; // of every address
+    int stop_ = -1;    // readable once the server ends
     mutable std::mutex mutex_;
     mutable std::condition_variable closed_;
     std::map<std::string, HttpAnswer> answers_;

@@ -13,7 +13,8 @@ namespace korlan::test {
 
 class Sample {
 public:
-    explicit Sample(int country = 1); // entry of the country table: 1 English, 2 German
+    // country: entry of the country table, 1 English, 2 German. options: more for sample/layout.py.
+    explicit Sample(int country = 1, const std::string& options = {});
     ~Sample();
     Sample(const Sample&) = delete;
     Sample& operator=(const Sample&) = delete;

@@ -19,10 +19,10 @@ namespace korlan::test {
 
 #ifdef _WIN32
 constexpr int MSG_NOSIGNAL = 0;
-inline int NewSocket(int kind) {
+inline int NewSocket(int family, int kind) {
     WSADATA data{};
     [[maybe_unused]] static const int started = WSAStartup(MAKEWORD(2, 2), &data);
-    return static_cast<int>(::socket(AF_INET, kind, 0));
+    return static_cast<int>(::socket(family, kind, 0));
 }
 inline int AcceptSocket(int listener) { // does not block
     const SOCKET socket = ::accept(static_cast<SOCKET>(listener), nullptr, nullptr);
@@ -38,8 +38,8 @@ inline int PollSockets(pollfd* polled, unsigned count) {
 }
 using SocketHandle = SOCKET;
 #else
-inline int NewSocket(int kind) {
-    return ::socket(AF_INET, kind | SOCK_CLOEXEC, 0);
+inline int NewSocket(int family, int kind) {
+    return ::socket(family, kind | SOCK_CLOEXEC, 0);
 }
 inline int AcceptSocket(int listener) { // does not block
     return accept4(listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);

@@ -46,7 +46,7 @@ private:
 
 class WizardFixture : public testing::Test {
 protected:
-    WizardFixture() = default;
+    explicit WizardFixture(const std::string& layout = {}) : sample(1, layout) {}
     ~WizardFixture() override { CloseFormHost(); }
 
     // A process that has just begun.

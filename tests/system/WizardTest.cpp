@@ -52,6 +52,23 @@ TEST_F(WizardTest, FromTheSearchToAnUpdatedInstallation) {
     EXPECT_EQ(people.boxes.size(), 1u);
 }
 
+class PublishedTest : public test::WizardFixture {
+protected:
+    PublishedTest() : WizardFixture("--publish") {}
+};
+
+TEST_F(PublishedTest, WhatThePublisherOffersIsInstalled) {
+    ASSERT_EQ(sample.Compare("snapshot"), 0);
+    Start();
+    Press("cmdUpdate");
+    EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "Live Update completed Successfully");
+    EXPECT_EQ(sample.Compare("report"), 0);
+    ForgetAppliedPacks();
+    Start();
+    EXPECT_EQ(frmUpdate.lblUpdate.Caption(), "No updates found");
+    EXPECT_TRUE(people.boxes.empty());
+}
+
 TEST_F(WizardTest, ASecondSearchOverTheSameCatalogueFindsNothingInAnyTimeZone) {
     const test::ScopedVariable east("TZ", "Australia/Sydney");
     tzset();

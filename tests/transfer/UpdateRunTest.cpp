@@ -1,7 +1,9 @@
 #include "transfer/UpdateRun.h"
 
+#include "platform/Database.h"
 #include "tests/support/HttpServer.h"
 #include "tests/support/ProgramTest.h"
+#include "tests/support/SqliteFile.h"
 #include "tests/support/ZipWriter.h"
 
 #include <sys/resource.h>
@@ -124,7 +126,9 @@ TEST_F(UpdateRunTest, AnErrorOfTheInstallPassStaysUntilTheNextTransfer) {
         EXPECT_FALSE(drive.Exists("KORLAN/LIB/P.PART")); // kept: the installed file goes, not the archive
         EXPECT_TRUE(drive.Exists("KORLAN/Temp/P.PART.zip"));
 
-        std::filesystem::remove(drive.HostPathOf("KORLAN/LIB/Parts.abd"));
+        const std::string index = drive.HostPathOf("KORLAN/LIB/Parts.abd");
+        std::filesystem::remove(index);
+        test::RunSql(index, "CREATE TABLE PartFields (Library); INSERT INTO PartFields VALUES ('P.PART')");
         frmUpdate.IsRetry = 1;
         EXPECT_EQ(UpdateFilesFromWeb(), 0);
         EXPECT_EQ(Flags.DownloadFailed, c.failedAfterRetry);
@@ -133,6 +137,8 @@ TEST_F(UpdateRunTest, AnErrorOfTheInstallPassStaysUntilTheNextTransfer) {
         EXPECT_EQ(Flags.DownloadFailed, c.failedAfterAnother);
         EXPECT_EQ(drive.Exists("KORLAN/LIB/P.PART"), c.installed);
         EXPECT_EQ(drive.Exists("KORLAN/Z.DLL"), c.last == Fetched);
+        EXPECT_FALSE(OpenDatabase("C:\\KORLAN\\LIB\\Parts.abd", false, true, "")->OpenRecordset("PartFields")->Eof())
+            << "nobody is there to give new rows";
         for (const char* file : {"KORLAN/LIB/P.PART", "KORLAN/Z.DLL"}) std::filesystem::remove(drive.HostPathOf(file));
         CleanUpTemporaryFiles();
     }
@@ -194,8 +200,8 @@ TEST_F(UpdateRunTest, CreatesTheCataloguesFoldersInsideTheInstallation) {
     for (const char* folder : {"\\Help\\Main", "Ignored\\Docs", "nothing", "\\..\\..\\evil", "\\Later"})
         Tables.NewFolderArray.Append({folder, folder});
     CreateNewFolders();
-    EXPECT_EQ(drive.Exists("KORLAN/Help/Main") + drive.Exists("KORLAN/Docs"), 2);
-    for (const char* folder : {"evil", "KORLAN/nothing", "KORLAN/Later"}) // the first failure ends it
+    EXPECT_EQ(drive.Exists("KORLAN/Help/Main") + drive.Exists("KORLAN/Docs") + drive.Exists("KORLAN/Later"), 3);
+    for (const char* folder : {"evil", "KORLAN/nothing"}) // the refused costs no other
         EXPECT_FALSE(drive.Exists(folder)) << folder;
 }
 

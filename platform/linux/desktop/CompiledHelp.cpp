@@ -3,6 +3,7 @@
 // ends is all we use; when it ends badly, the file counts as damaged.
 #include "platform/linux/desktop/CompiledHelp.h"
 
+#include "platform/AsciiText.h"
 #include "platform/TextEncoding.h"
 
 #include <chm_lib.h>
@@ -27,10 +28,7 @@ constexpr const char* kSystemObject = "#system";
 
 std::string Key(std::string_view path) {
     path.remove_prefix(std::min(path.find_first_not_of('/'), path.size()));
-    std::string key(path);
-    for (char& c : key)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return key;
+    return LowerAsciiText(path);
 }
 
 // ---- in the unpacking process ----

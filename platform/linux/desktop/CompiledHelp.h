@@ -11,7 +11,7 @@ namespace korlan {
 
 struct HelpTopic {
     std::string title; // UTF-8
-    std::string page;  // as FindPage takes it, with "#anchor" behind it where it has one; empty for a mere heading
+    std::string page;  // as Find takes it, with "#anchor" behind it where it has one; empty for a mere heading
     int depth = 0;     // 0 = outermost; at most one more than that of the topic before it
 };
 

@@ -59,7 +59,7 @@ QFont ToQFont(const FontSpec& spec, const QFont& base) {
     QFont font = base;
     if (!spec.face.empty()) font.setFamily(ToQString(spec.face));
     if (spec.points > 0) font.setPointSizeF(static_cast<qreal>(spec.points));
-    font.setBold(spec.bold || base.bold());
+    if (spec != FontSpec{}) font.setBold(spec.bold); // what the program has never dressed keeps the host's look
     return font;
 }
 

@@ -6,12 +6,10 @@
 #include "platform/linux/desktop/ListMirror.h"
 #include "platform/linux/desktop/Pictures.h"
 #include "platform/linux/desktop/Theme.h"
+#include "platform/linux/desktop/Widgets.h"
 
 #include <QBoxLayout>
-#include <QPainter>
 #include <QProgressBar>
-#include <QPushButton>
-#include <QRadioButton>
 
 namespace korlan {
 
@@ -20,27 +18,6 @@ namespace {
 constexpr int kMargin = 18;
 constexpr int kGap = 8;
 constexpr int kBarHeight = 6;
-
-// As wide as its caption, and never narrower than buttons usually are.
-class WideButton : public QPushButton {
-public:
-    using QPushButton::QPushButton;
-    QSize sizeHint() const override { return QPushButton::sizeHint().expandedTo({88, 0}); }
-    QSize minimumSizeHint() const override { return sizeHint(); }
-};
-
-// A hairline between the page and its buttons, in the theme's own colours.
-class Hairline : public QWidget {
-public:
-    Hairline() { setFixedHeight(1); }
-
-protected:
-    void paintEvent(QPaintEvent*) override {
-        QColor colour = palette().color(QPalette::WindowText);
-        colour.setAlpha(40);
-        QPainter(this).fillRect(rect(), colour);
-    }
-};
 
 } // namespace
 
@@ -51,7 +28,7 @@ QWidget* FormView::MakeWidget(Control& control) {
     case ControlKind::Button: return MakeButton(static_cast<Button&>(control));
     case ControlKind::OptionButton: return MakeOption(static_cast<OptionButton&>(control));
     case ControlKind::ListView: return new ListMirror(static_cast<ListView&>(control), this);
-    case ControlKind::PictureBox: return new SidePicture(this);
+    case ControlKind::PictureBox: return MakePicture();
     case ControlKind::ProgressBar: return MakeBar();
     case ControlKind::Form:
     case ControlKind::ImageList:
@@ -67,11 +44,17 @@ QWidget* FormView::MakeButton(Button& button) {
 }
 
 QWidget* FormView::MakeOption(OptionButton& option) {
-    auto* widget = new QRadioButton(this);
+    auto* widget = new WrappedOption(this);
     widget->installEventFilter(this);
     OutlineIndicators(*widget);
     connect(widget, &QRadioButton::clicked, this, [&option] { RunGesture([&option] { option.UserClick(); }); });
     return widget;
+}
+
+QWidget* FormView::MakePicture() {
+    auto* picture = new SidePicture(this);
+    SetRole(*picture, QAccessible::Graphic);
+    return picture;
 }
 
 QWidget* FormView::MakeBar() {
@@ -120,15 +103,16 @@ QWidget* FormView::LayOutReminderPage() {
     auto* page = new QVBoxLayout(reminderPage_);
     page->setContentsMargins(0, 0, 0, 0);
     page->setSpacing(kGap);
-    auto* frame = new QWidget(reminderPage_); // makes the options one group for the arrow keys
-    auto* options = new QVBoxLayout(frame);
+    optionGroup_ = new QWidget(reminderPage_); // makes the options one group for the arrow keys
+    SetRole(*optionGroup_, QAccessible::Grouping);
+    auto* options = new QVBoxLayout(optionGroup_);
     options->setContentsMargins(kGap, 0, 0, 0);
     options->setSpacing(kGap - 2);
     for (const Control* control : form_.Controls()) {
         if (control->Place().region != Region::Reminder) continue;
         const bool isOption = control->Kind() == ControlKind::OptionButton;
         (isOption ? options : page)->addWidget(widgets_.at(control));
-        if (isOption && page->indexOf(frame) < 0) page->addWidget(frame);
+        if (isOption && page->indexOf(optionGroup_) < 0) page->addWidget(optionGroup_);
     }
     return reminderPage_;
 }

@@ -4,13 +4,12 @@
 #include "platform/linux/desktop/Application.h"
 #include "platform/linux/desktop/FrameLabel.h"
 #include "platform/linux/desktop/ListMirror.h"
+#include "platform/linux/desktop/Widgets.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QElapsedTimer>
 #include <QProgressBar>
-#include <QPushButton>
-#include <QRadioButton>
 #include <QScreen>
 #include <QThread>
 #include <QWindow>
@@ -49,6 +48,7 @@ QFont BaseFont(FontRole role) {
 FormView::FormView(Form& form) : form_(form) {
     setObjectName(ToQString(form.Name()));
     setWindowTitle(ToQString(form.Caption()));
+    SetRole(*this, QAccessible::Window);
     for (Control* control : form.Controls()) {
         QWidget* widget = MakeWidget(*control);
         if (!widget) continue;
@@ -108,6 +108,8 @@ void FormView::WidgetChanged(const Control& control, QWidget& widget, Aspect asp
         const QString text = ShownText(captioned->Caption());
         if (control.Kind() == ControlKind::Label) {
             static_cast<FrameLabel&>(widget).SetText(text);
+            if (control.Place().region == Region::Reminder && control.Place().font == FontRole::Heading)
+                optionGroup_->setAccessibleName(text);
         } else {
             static_cast<QAbstractButton&>(widget).setText(text);
         }

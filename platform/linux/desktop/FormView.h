@@ -25,6 +25,7 @@ private:
     QWidget* MakeWidget(Control& control);
     QWidget* MakeButton(Button& button);
     QWidget* MakeOption(OptionButton& option);
+    QWidget* MakePicture();
     QWidget* MakeBar();
     void LayOut();
     QWidget* LayOutReminderPage();
@@ -41,6 +42,7 @@ private:
     Form& form_;
     std::unordered_map<const Control*, QWidget*> widgets_;
     QWidget* reminderPage_ = nullptr;
+    QWidget* optionGroup_ = nullptr;
     bool mirroring_ = false; // a record is being followed: what the toolkit reports now is no gesture
     bool moved_ = false;     // the program has said where the window goes
 };

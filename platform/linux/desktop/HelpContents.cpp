@@ -2,6 +2,7 @@
 // and a page. Everything else in it is passed over.
 #include "platform/linux/desktop/CompiledHelp.h"
 
+#include "platform/AsciiText.h"
 #include "platform/TextEncoding.h"
 
 #include <algorithm>
@@ -16,13 +17,6 @@ namespace {
 constexpr std::size_t kMostTopics = 20000;
 constexpr int kDeepestTopic = 32;
 constexpr std::size_t kLongestEntity = 10;
-
-std::string Lower(std::string_view text) {
-    std::string lower(text);
-    for (char& c : lower)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return lower;
-}
 
 // "&amp;", "&#233;" and the like; what is no known entity stays.
 std::string DecodeEntities(const std::string& text) {
@@ -54,7 +48,7 @@ std::string DecodeEntities(const std::string& text) {
 
 // The value of an attribute in the text of a tag, quoted or not.
 std::string Attribute(std::string_view tag, std::string_view name) {
-    const std::string lower = Lower(tag);
+    const std::string lower = LowerAsciiText(tag);
     std::size_t at = 0;
     while ((at = lower.find(name, at)) != std::string::npos) {
         const bool whole = at > 0 && std::isspace(static_cast<unsigned char>(lower[at - 1]));
@@ -96,7 +90,7 @@ std::vector<HelpTopic> ParseHelpContents(const std::string& html) {
         const std::size_t close = TagEnd(html, open);
         if (close == std::string::npos) break;
         const std::string_view tag = std::string_view(html).substr(open + 1, close - open - 1);
-        const std::string name = Lower(tag.substr(0, tag.find_first_of(" \t\r\n/", 1)));
+        const std::string name = LowerAsciiText(tag.substr(0, tag.find_first_of(" \t\r\n/", 1)));
         open = close + 1;
         if (name == "ul") {
             ++level;
@@ -104,9 +98,9 @@ std::vector<HelpTopic> ParseHelpContents(const std::string& html) {
             level = std::max(0, level - 1);
         } else if (name == "object") {
             topic = {};
-            inTopic = Lower(Attribute(tag, "type")) == "text/sitemap";
+            inTopic = LowerAsciiText(Attribute(tag, "type")) == "text/sitemap";
         } else if (name == "param" && inTopic) {
-            const std::string what = Lower(Attribute(tag, "name"));
+            const std::string what = LowerAsciiText(Attribute(tag, "name"));
             if (what == "name" && topic.title.empty()) topic.title = Attribute(tag, "value");
             if (what == "local" && topic.page.empty()) topic.page = Attribute(tag, "value");
         } else if (name == "/object" && inTopic) {

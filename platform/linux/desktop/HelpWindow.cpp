@@ -165,6 +165,7 @@ HelpWindow::HelpWindow(CompiledHelp help, const QString& fileName)
     });
     connect(page_, &QTextBrowser::sourceChanged, this, [this](const QUrl& page) {
         statusBar()->hide();
+        page_->setAccessibleName(page_->documentTitle().isEmpty() ? windowTitle() : page_->documentTitle());
         SelectTopicOf(page);
     });
 }
@@ -175,6 +176,7 @@ void HelpWindow::ShowFirstPage() {
 
 void HelpWindow::FillContents() {
     contents_->setObjectName("contents");
+    contents_->setAccessibleName(tr("Contents"));
     contents_->setHeaderHidden(true);
     contents_->setFrameShape(QFrame::NoFrame);
     contents_->setStyleSheet("QTreeView::item { padding: 3px 2px; }");

@@ -5,11 +5,13 @@
 #include "platform/linux/desktop/Pictures.h"
 #include "platform/linux/desktop/Theme.h"
 
+#include <QAccessible>
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QStyledItemDelegate>
 #include <QToolTip>
+#include <algorithm>
 #include <numeric>
 
 namespace korlan {
@@ -37,18 +39,18 @@ int ListModel::rowCount(const QModelIndex& parent) const {
 }
 
 int ListModel::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : columns_;
+    return parent.isValid() ? 0 : static_cast<int>(shown_.size());
 }
 
 QVariant ListModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || index.row() >= list_.Count()) return {};
     const ListRow& row = list_.Row(index.row() + 1);
-    const bool first = index.column() == 0;
+    const std::size_t column = shown_[static_cast<std::size_t>(index.column())];
+    const bool first = column == 0;
     switch (role) {
     case Qt::DisplayRole: {
         if (first) return ShownText(row.text);
-        const auto subItem = static_cast<std::size_t>(index.column() - 1);
-        return subItem < row.subItems.size() ? ShownText(row.subItems[subItem]) : QString();
+        return column <= row.subItems.size() ? ShownText(row.subItems[column - 1]) : QString();
     }
     case Qt::CheckStateRole: return first ? QVariant(row.checked ? Qt::Checked : Qt::Unchecked) : QVariant();
     case Qt::DecorationRole: return first ? QVariant(ListIcon(row.smallIcon)) : QVariant();
@@ -65,9 +67,8 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
 QVariant ListModel::headerData(int section, Qt::Orientation orientation, int role) const {
     if (orientation != Qt::Horizontal) return {};
     if (role == Qt::TextAlignmentRole) return QVariant(Qt::AlignLeft | Qt::AlignVCenter);
-    const auto column = static_cast<std::size_t>(section);
-    if (role != Qt::DisplayRole || column >= list_.Columns().size()) return {};
-    return ToQString(list_.Columns()[column].title);
+    if (role != Qt::DisplayRole || section < 0 || section >= columnCount()) return {};
+    return ToQString(Column(section).title);
 }
 
 Qt::ItemFlags ListModel::flags(const QModelIndex& index) const {
@@ -90,14 +91,12 @@ void ListModel::RowAdded(std::int32_t row) {
     endInsertRows();
 }
 
-void ListModel::RowChanged(std::int32_t row) {
-    if (row >= 1 && row <= rows_ && columns_ > 0) emit dataChanged(index(row - 1, 0), index(row - 1, columns_ - 1));
-}
-
 void ListModel::Reset() {
     beginResetModel();
     rows_ = list_.Count();
-    columns_ = static_cast<int>(list_.Columns().size());
+    shown_.clear();
+    for (std::size_t column = 0; column < list_.Columns().size(); ++column)
+        if (list_.Columns()[column].width > 0) shown_.push_back(column);
     endResetModel();
 }
 
@@ -105,6 +104,7 @@ ListMirror::ListMirror(ListView& list, QWidget* parent) : QTreeView(parent), lis
     setModel(&model_);
     setItemDelegate(new RowDelegate(this));
     OutlineIndicators(*this);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
     setRootIsDecorated(false);
     setUniformRowHeights(true);
     setAllColumnsShowFocus(true);
@@ -119,54 +119,102 @@ ListMirror::ListMirror(ListView& list, QWidget* parent) : QTreeView(parent), lis
     connect(header(), &QHeaderView::sectionResized, this, [this] {
         if (!sharing_) sizedByUser_ = true;
     });
-    ColumnsChanged();
 }
 
 void ListMirror::Changed(Aspect aspect, std::int32_t row) {
     switch (aspect) {
     case Aspect::RowAdded: model_.RowAdded(row); break;
-    case Aspect::RowChanged: model_.RowChanged(row); break;
+    case Aspect::RowChanged: PaintRow(row); break;
+    case Aspect::RowChecked:
+        PaintRow(row);
+        TellReaders(row);
+        break;
+    case Aspect::RowShown: scrollTo(model_.index(row - 1, 0)); break;
     case Aspect::Cleared: model_.Reset(); break;
-    case Aspect::Columns: ColumnsChanged(); break;
+    case Aspect::Columns:
+        model_.Reset();
+        ShareWidth();
+        break;
     default: viewport()->update(); break;
     }
 }
 
-void ListMirror::ColumnsChanged() {
-    if (model_.columnCount() != static_cast<int>(list_.Columns().size())) model_.Reset();
-    sharing_ = true;
-    for (int column = 0; column < model_.columnCount(); ++column)
-        header()->setSectionHidden(column, list_.Columns()[static_cast<std::size_t>(column)].width == 0);
-    sharing_ = false;
-    header()->viewport()->update();
-    ShareWidth();
+// The view keeps nothing of a row, so it need not be told what of it is new.
+void ListMirror::PaintRow(std::int32_t row) {
+    if (!isVisible()) return;
+    const QRect cell = visualRect(model_.index(row - 1, 0));
+    viewport()->update(0, cell.top(), viewport()->width(), cell.height());
 }
 
+void ListMirror::TellReaders(std::int32_t row) {
+    if (!isVisible() || !QAccessible::isActive()) return;
+    QAccessible::State changed;
+    changed.checked = true;
+    QAccessibleStateChangeEvent event(this, changed);
+    event.setChild(row * model_.columnCount()); // its first cell: the headers are the row before the first
+    QAccessible::updateAccessibility(&event);
+}
+
+// Wide enough for its title, and for the text that the record wants to fit.
+int ListMirror::NarrowestWidth(int column) const {
+    QFont bold = font();
+    bold.setBold(true);
+    const int text = QFontMetrics(bold).horizontalAdvance(ToQString(model_.Column(column).fits));
+    const int margin = style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1;
+    const int before =
+        column == 0 // check box and picture, each with its margins
+            ? style()->pixelMetric(QStyle::PM_IndicatorWidth, nullptr, this) + iconSize().width() + 4 * margin
+            : 0;
+    return qMax(header()->sectionSizeHint(column), before + text + 2 * margin);
+}
+
+// A column whose share would be too narrow takes what it needs; the others share what is left.
 void ListMirror::ShareWidth() {
     if (sizedByUser_) return;
-    const std::vector<ListColumn>& columns = list_.Columns();
-    const std::int64_t all = std::accumulate(columns.begin(), columns.end(), std::int64_t{0},
-                                             [](std::int64_t sum, const ListColumn& c) { return sum + c.width; });
+    std::int64_t room = viewport()->width(), all = 0;
+    std::vector<int> sharing(static_cast<std::size_t>(model_.columnCount()));
+    std::iota(sharing.begin(), sharing.end(), 0);
+    for (const int column : sharing) all += model_.Column(column).width;
+    const auto share = [&](int column) { return static_cast<int>(room * model_.Column(column).width / all); };
     sharing_ = true;
-    for (int column = 0; column < model_.columnCount(); ++column) {
-        const std::int32_t width = columns[static_cast<std::size_t>(column)].width;
-        if (width == 0) continue;
-        const auto share = static_cast<int>(viewport()->width() * std::int64_t{width} / all);
-        header()->resizeSection(column, qMax(share, header()->sectionSizeHint(column)));
+    for (std::size_t i = 0; i < sharing.size();) {
+        const int column = sharing[i];
+        const int narrowest = NarrowestWidth(column);
+        if (share(column) >= narrowest) {
+            ++i;
+            continue;
+        }
+        header()->resizeSection(column, narrowest);
+        room = qMax<std::int64_t>(0, room - narrowest);
+        all -= model_.Column(column).width;
+        sharing.erase(sharing.begin() + static_cast<std::ptrdiff_t>(i));
+        i = 0;
     }
+    for (const int column : sharing) header()->resizeSection(column, share(column));
     sharing_ = false;
 }
 
+// Space works on the selected rows; with Ctrl it adds the row to them or takes it out.
 void ListMirror::keyPressEvent(QKeyEvent* event) {
     if (event->key() != Qt::Key_Space && event->key() != Qt::Key_Select) {
         QTreeView::keyPressEvent(event);
         return;
     }
     event->accept();
-    const QModelIndex box = currentIndex().siblingAtColumn(0);
-    if (event->isAutoRepeat() || !(model_.flags(box) & Qt::ItemIsUserCheckable) || !box.isValid()) return;
-    const bool checked = box.data(Qt::CheckStateRole).toInt() == Qt::Checked;
-    model_.setData(box, checked ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
+    if (event->isAutoRepeat()) return;
+    if (event->modifiers() & Qt::ControlModifier)
+        selectionModel()->select(currentIndex(), QItemSelectionModel::Toggle | QItemSelectionModel::Rows);
+    else
+        ToggleChosenRows();
+}
+
+void ListMirror::ToggleChosenRows() {
+    std::vector<std::int32_t> rows;
+    for (const QItemSelectionRange& range : selectionModel()->selection())
+        for (int row = range.top(); row <= range.bottom(); ++row) rows.push_back(row + 1);
+    if (rows.empty() && currentIndex().isValid()) rows.push_back(currentIndex().row() + 1);
+    std::sort(rows.begin(), rows.end());
+    RunGesture([&] { list_.UserToggleRows(rows); });
 }
 
 void ListMirror::resizeEvent(QResizeEvent* event) {

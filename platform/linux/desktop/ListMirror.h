@@ -1,5 +1,6 @@
 // Shows a ListView record as a table with check boxes. Nothing is copied: every cell is read from the record when it is
-// painted, and a row that has changed is the only one painted anew.
+// painted, and a row that has changed is the only one painted anew. A hidden column is no column of the table, so
+// nobody meets it, a screen reader included.
 #pragma once
 
 #include "platform/Controls.h"
@@ -21,13 +22,13 @@ public:
     bool setData(const QModelIndex& index, const QVariant& value, int role) override; // the user's toggle
 
     void RowAdded(std::int32_t row);
-    void RowChanged(std::int32_t row);
     void Reset(); // rows or columns have been replaced
+    const ListColumn& Column(int column) const { return list_.Columns()[shown_[static_cast<std::size_t>(column)]]; }
 
 private:
     ListView& list_;
-    int rows_ = 0; // what the view has been told; the record is ahead of it while it tells
-    int columns_ = 0;
+    int rows_ = 0;                   // what the view has been told; the record is ahead of it while it tells
+    std::vector<std::size_t> shown_; // the record's columns that have a width
 };
 
 class ListMirror : public QTreeView {
@@ -43,7 +44,10 @@ protected:
     QSize minimumSizeHint() const override;
 
 private:
-    void ColumnsChanged();
+    void PaintRow(std::int32_t row);
+    void TellReaders(std::int32_t row); // that its check mark has changed
+    void ToggleChosenRows();
+    int NarrowestWidth(int column) const;
     void ShareWidth(); // the columns fill the list in the proportions of the record until the user sizes one
 
     ListView& list_;

@@ -99,16 +99,12 @@ private:
 
 QWidget* Owner() {
     TheApplication();
-    QWidget* modal = QApplication::activeModalWidget(); // a box asked from behind another one
-    if (modal) return modal;
     return FormWindow() && FormWindow()->isVisible() ? FormWindow() : nullptr;
 }
 
 void Ask(QDialog& dialog) {
     const PlainPointer pointer;
-    Wait wait([&dialog] { dialog.reject(); });
     dialog.exec();
-    wait.Rethrow();
 }
 
 } // namespace

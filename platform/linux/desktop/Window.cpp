@@ -54,7 +54,7 @@ std::string FromCompoundText(std::string_view bytes) {
 std::string FirstCharacters(const std::string& text, std::size_t count = kLongestText) {
     std::size_t characters = 0;
     for (std::size_t i = 0; i < text.size(); ++i)
-        if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80 && ++characters > count) return text.substr(0, i);
+        if (!IsUtf8Tail(text[i]) && ++characters > count) return text.substr(0, i);
     return text;
 }
 
