@@ -159,6 +159,12 @@ void ChangeCurrentFolder(const std::string& path) {
     RaiseHostError(errno, hostPath);
 }
 
+void TryFolder(const std::string& path) {
+    const FileHandle before(".", O_PATH | O_DIRECTORY);
+    ChangeCurrentFolder(path);
+    if (fchdir(before.Descriptor()) != 0) RaiseHostError(errno, path);
+}
+
 // --- Time stamps -----------------------------------------------------------------------------------------------------
 
 namespace {
@@ -215,6 +221,7 @@ struct OutputFile::Impl {
     std::string hostPath;
     FileHandle file;
     Mode mode = Mode::Create;
+    off_t oldLength = -1; // unknown; no file is ever cut to that
     std::string buffer;
 
     void Flush() {
@@ -232,9 +239,12 @@ OutputFile::OutputFile(const std::string& path, Mode mode) : impl_(std::make_uni
     impl_->file =
         FileHandle(impl_->hostPath, O_WRONLY | O_CREAT | O_NONBLOCK | (mode == Mode::Append ? O_APPEND : O_TRUNC));
     if (!impl_->file) RaiseHostError(errno, impl_->hostPath);
+    if (fstat(impl_->file.Descriptor(), &status) == 0) impl_->oldLength = status.st_size;
 }
 
 OutputFile::~OutputFile() {
+    if (impl_->file && impl_->mode == Mode::Append && ftruncate(impl_->file.Descriptor(), impl_->oldLength) == 0)
+        return;
     try {
         Close();
     } catch (const RuntimeError&) { // a destructor has nobody to tell; who wants to know calls Close

@@ -56,6 +56,7 @@ public:
         }
     }
 
+    bool Updatable() const override { return database_.Call(L"Updatable").Text() == "True"; }
     std::unique_ptr<Recordset> OpenRecordset(const std::string& tableOrSql) override {
         return std::make_unique<DaoRecordset>(AutomationObject(database_.Call(L"OpenRecordset", tableOrSql)));
     }

@@ -90,6 +90,7 @@ std::string FindNormalFile(const std::string& pattern) {
     const std::size_t start = pattern.find_last_of("\\/:") + 1; // npos + 1 is 0
     std::string name = UpperCaseText(std::string_view(pattern).substr(start));
     if (name == "*.*") name = "*";
+    if (name.find_first_of("*?") == std::string::npos) name.resize(name.find_last_not_of(" .") + 1); // as in any path
     if (name.empty() || pattern.find('\0') != std::string::npos) return {};
     std::vector<std::string> names;
     ListMatching(FilePath(pattern.substr(0, start)), name, names);
@@ -154,6 +155,12 @@ void ChangeCurrentFolder(const std::string& path) {
     if (!wide.empty() && SetCurrentDirectoryW(wide.c_str())) return;
     const DWORD error = wide.empty() ? ERROR_PATH_NOT_FOUND : GetLastError();
     RaiseHostError(error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error, wide);
+}
+
+void TryFolder(const std::string& path) {
+    const std::string before = CurrentFolder();
+    ChangeCurrentFolder(path);
+    ChangeCurrentFolder(before);
 }
 
 // --- Time stamps -----------------------------------------------------------------------------------------------------

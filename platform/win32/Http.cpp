@@ -22,9 +22,9 @@ using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kSlice{50};
 constexpr int kRedirectLimit = 20;
-constexpr std::size_t kReceiveBytes = 64UL * 1024; // one call of the layer
-constexpr std::size_t kSmallBlock = 1024;
-constexpr std::size_t kKeptBytes = 256UL * 1024; // an unread body waits from here on
+constexpr std::size_t kReceiveBytes = 1024;        // one call of the layer
+constexpr std::size_t kHeaderBytes = 256UL * 1024; // more header text than this is no honest answer
+constexpr std::size_t kKeptBytes = 256UL * 1024;   // an unread body waits from here on
 
 std::chrono::milliseconds timeLimit{60'000};
 
@@ -132,6 +132,7 @@ void Transfer::Run(std::string url) {
         if (!Publish(InternetOpenUrlA(net->Get(), url.c_str(), nullptr, 0, kFlags, 0))) break;
         const std::string text = HeadersOf(request->Get());
         const DWORD code = StatusOf(request->Get());
+        if (text.size() > kHeaderBytes) break;
         const std::string target = RedirectTarget(code, text, url);
         if (target.empty()) {
             {
@@ -150,17 +151,12 @@ void Transfer::Run(std::string url) {
     End();
 }
 
-// A read waits until its block is full. Of a body of known length only what has come is asked for; what has come of one
-// in chunks cannot be told, so it is read in small blocks.
+// A read waits until its block is full, so the blocks are small.
 void Transfer::ReceiveBody() {
-    const bool knowsLength = !HeaderValue(headers, "Content-Length").empty();
-    std::string block(knowsLength ? kReceiveBytes : kSmallBlock, '\0');
+    std::string block(kReceiveBytes, '\0');
     for (;;) {
-        DWORD available = static_cast<DWORD>(block.size()), got = 0;
-        const HINTERNET handle = request->Get();
-        if (knowsLength && (!InternetQueryDataAvailable(handle, &available, 0, 0) || available == 0)) return;
-        const DWORD count = std::min<DWORD>(available, static_cast<DWORD>(block.size()));
-        if (!InternetReadFile(handle, block.data(), count, &got) || got == 0) return;
+        DWORD got = 0;
+        if (!InternetReadFile(request->Get(), block.data(), static_cast<DWORD>(block.size()), &got) || got == 0) return;
         std::unique_lock lock(mutex);
         body.append(block, 0, got);
         ++progress;
@@ -259,7 +255,7 @@ private:
     // Bytes read go in large steps: moving the rest for every block would cost more than receiving it.
     void Forget(Transfer& transfer, std::size_t count) {
         taken_ += count;
-        if (taken_ < transfer.body.size() && taken_ < kReceiveBytes) return;
+        if (taken_ < transfer.body.size() && taken_ < kKeptBytes / 4) return;
         transfer.body.erase(0, std::exchange(taken_, 0));
         transfer.changed.notify_all();
     }

@@ -207,7 +207,7 @@ TEST_F(HttpTest, EveryKindOfWaitIsAbandonedAtOnceOrAtTheTimeLimit) {
         const auto url = session->OpenUrl(server_.Url("/body"));
         const WholeBody body = ReadAll(*url);
         EXPECT_EQ(HttpBody::End::Failed, body.end);
-        EXPECT_EQ(Pattern(1500), body.bytes);
+        EXPECT_EQ(Pattern(kOnWindows ? 1024 : 1500), body.bytes); // its layer waits for whole blocks
     }
 }
 

@@ -241,6 +241,7 @@ private:
 class DatabaseObject : public Dispatch {
 public:
     explicit DatabaseObject(Table& table) {
+        On(L"Updatable", [](const Arguments&) { return Yes(true); });
         On(L"OpenRecordset", [&table](const Arguments& given) {
             const std::string sql = Narrow(given.at(0));
             const bool isName = !korlan::IsSelect(sql);

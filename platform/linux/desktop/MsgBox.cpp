@@ -109,6 +109,10 @@ void Ask(QDialog& dialog) {
 
 } // namespace
 
+bool BoxIsUp() {
+    return QApplication::activeModalWidget() != nullptr;
+}
+
 std::int32_t ShowMsgBox(const std::string& text, std::int32_t style, const std::string& title) {
     QMessageBox box(Owner());
     box.setObjectName("MsgBox");

@@ -11,6 +11,7 @@ constexpr int kMargin = 18;
 constexpr int kGap = 8;
 constexpr int kPicture = 136;
 constexpr int kSmallestButton = 88;
+constexpr int kBar = 12;
 constexpr int kIndent = 8; // of the options below their heading
 
 void MoveTo(HWND window, const RECT& place) {
@@ -35,6 +36,7 @@ SIZE FormView::TextSize(const Child& child) const {
 }
 
 int FormView::HeightOf(const Child& child) const {
+    if (child.control->Kind() == ControlKind::ProgressBar) return Scaled(kBar, dpi_);
     const int line = static_cast<int>(TextSize(child).cy);
     const bool isOption = child.control->Kind() == ControlKind::OptionButton;
     return isOption ? line + Scaled(4, dpi_) : line * child.control->Place().lines + Scaled(2, dpi_);

@@ -50,6 +50,7 @@ WindowKind KindOf(const Control& control) {
         return {WC_STATICW, SS_NOPREFIX | (control.Place().lines > 1 ? DWORD{SS_EDITCONTROL} : DWORD{SS_ENDELLIPSIS})};
     case ControlKind::Button: return {WC_BUTTONW, BS_PUSHBUTTON | WS_TABSTOP | WS_GROUP};
     case ControlKind::OptionButton: return {WC_BUTTONW, BS_AUTORADIOBUTTON | BS_NOTIFY};
+    case ControlKind::ProgressBar: return {PROGRESS_CLASSW, PBS_SMOOTH};
     case ControlKind::PictureBox: return {WC_STATICW, SS_OWNERDRAW};
     default: return {nullptr, 0}; // the list makes its own; the others are never seen
     }
@@ -167,6 +168,11 @@ void FormView::ChildChanged(Child& child, Aspect aspect, std::int32_t row) {
     default: break;
     }
     if (child.list) child.list->Changed(aspect, row);
+    if (control.Kind() == ControlKind::ProgressBar && aspect == Aspect::Value) {
+        const auto& bar = static_cast<const ProgressBar&>(control);
+        SendMessageW(child.window, PBM_SETRANGE32, 0, bar.Maximum());
+        SendMessageW(child.window, PBM_SETPOS, static_cast<WPARAM>(bar.Value()), 0);
+    }
     if (control.Kind() == ControlKind::OptionButton && aspect == Aspect::Value) {
         const bool value = static_cast<const OptionButton&>(control).Value();
         Button_SetCheck(child.window, value ? BST_CHECKED : BST_UNCHECKED);

@@ -46,6 +46,8 @@ void ListMirror::Changed(Aspect aspect, std::int32_t row) {
         ListView_SetItemCountEx(list_, record_.Count(), record_.Count() > 0 ? LVSICF_NOSCROLL : 0);
         InvalidateRect(list_, nullptr, FALSE);
         break;
+    case Aspect::RowShown: ListView_EnsureVisible(list_, row - 1, FALSE); break;
+    case Aspect::RowChecked:
     case Aspect::RowChanged: ListView_RedrawItems(list_, row - 1, row - 1); break;
     case Aspect::Columns: ColumnsChanged(); break;
     default: InvalidateRect(list_, nullptr, FALSE); break;
@@ -139,6 +141,15 @@ void ListMirror::Toggle(std::int32_t row) {
     RunGesture([&] { record_.UserToggle(row); });
 }
 
+void ListMirror::ToggleSelected() {
+    std::vector<std::int32_t> rows;
+    for (int item = -1; (item = ListView_GetNextItem(list_, item, LVNI_SELECTED)) >= 0;) rows.push_back(item + 1);
+    if (rows.size() > 1)
+        RunGesture([&] { record_.UserToggleRows(rows); });
+    else
+        Toggle(ListView_GetNextItem(list_, -1, LVNI_FOCUSED) + 1);
+}
+
 LRESULT ListMirror::Notified(NMHDR& header, bool& answered) {
     answered = true;
     if (header.hwndFrom == ListView_GetHeader(list_)) {
@@ -160,7 +171,7 @@ LRESULT ListMirror::Notified(NMHDR& header, bool& answered) {
         if ((hit.flags & LVHT_ONITEMSTATEICON) != 0 && (hit.flags & LVHT_ONITEMLABEL) == 0) Toggle(hit.iItem + 1);
         return 0;
     } else if (Answers(header, LVN_KEYDOWN) && reinterpret_cast<NMLVKEYDOWN&>(header).wVKey == VK_SPACE) {
-        Toggle(ListView_GetNextItem(list_, -1, LVNI_FOCUSED) + 1);
+        ToggleSelected();
         return TRUE;
     }
     answered = false;

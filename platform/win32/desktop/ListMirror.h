@@ -28,6 +28,7 @@ private:
     void GiveItem(NMLVDISPINFOW& info) const;
     LRESULT Paint(NMLVCUSTOMDRAW& draw) const;
     void Toggle(std::int32_t row);
+    void ToggleSelected(); // the focused row, or all that are selected
 
     ListView& record_;
     HWND list_;

@@ -112,6 +112,10 @@ INT_PTR CALLBACK AnswerInput(HWND dialog, UINT message, WPARAM wide, LPARAM para
 
 } // namespace
 
+bool BoxIsUp() { // a box disables its owner
+    return FormWindow() && !IsWindowEnabled(FormWindow());
+}
+
 std::int32_t ShowMsgBox(const std::string& text, std::int32_t style, const std::string& title) {
     Wait wait(EndTopmostBox);
     const int answer = MessageBoxW(Owner(), Wide(text).c_str(), TitleOf(title).c_str(), SystemStyle(style));
