@@ -13,6 +13,7 @@
 #include "library/SearchSequence.h"
 #include "platform/FormHost.h"
 #include "platform/Help.h"
+#include "platform/Log.h"
 #include "platform/MsgBox.h"
 #include "platform/Process.h"
 #include "platform/RuntimeError.h"
@@ -35,9 +36,16 @@ void RefuseWhileSuiteRuns() {
     bool running = false;
     FindKorlanRunning(running);
     if (!running) return;
+    LogLine("the suite is running");
     ShowMsgBox(GetLocalText("Close ", "4925") + GetSysName() + GetLocalText(" before running Live Update", "991870"),
                kBoxCritical + kBoxOkOnly, GetSysName());
     throw RuntimeError(kErrDeliberateAbort);
+}
+
+void LogSettings() {
+    LogLine("program " + ProgramPath() + ", command line: " + ProgramCommandLine());
+    LogLine("settings of " + Settings.IniFilePath + (FileExists(Settings.IniFilePath) ? "" : " (not there)") +
+            ": server " + Settings.UpdateUrl + ", libraries " + Settings.LibDir + ", system " + Settings.SysDir);
 }
 
 void ReadInstallation() {
@@ -49,6 +57,7 @@ void ReadInstallation() {
     Flags.CancelRequested = 0;
     Settings.IniFilePath = Settings.SysPath + "TESSARY.INI";
     ReadSuiteSettings();
+    LogSettings();
     LoadLocalisation();
 }
 
@@ -83,7 +92,8 @@ void StartCompanion() {
     constexpr const char* kLaunchToken = "KEMO274";
     try {
         StartProgram(GetAppFolder() + "\\KLNUPDTR.exe " + kLaunchToken, WindowStyle::MinimizedFocus);
-    } catch (const RuntimeError&) { // the process ends all the same
+    } catch (const RuntimeError& error) { // the process ends all the same
+        LogTrapped("StartCompanion", error);
     }
 }
 
@@ -104,14 +114,20 @@ void AttachHandlers() {
 
 void Form_Load() {
     try {
-        if (AnotherInstanceRunning()) frmUpdate.form.Unload();
+        BeginLog(StateFolder());
+        LogLine("KlnUpdt " KLN_VERSION " starts");
+        if (AnotherInstanceRunning()) {
+            LogLine("another copy is running");
+            frmUpdate.form.Unload();
+        }
         HideLaterControls();
         ReadInstallation();
         RefuseWhileSuiteRuns();
         BuildWindow();
         Search();
         OfferReminder();
-    } catch (const RuntimeError&) {
+    } catch (const RuntimeError& error) {
+        LogTrapped("Form_Load", error);
         frmUpdate.IsBusy = 0;
         SetMousePointer(MousePointer::Default);
         EndProcess();
@@ -128,6 +144,7 @@ void Form_QueryUnload(std::int16_t& cancel, std::int32_t /*mode*/) {
 void Form_Unload() {
     Tables.CatalogueDatabase.reset();
     if (Flags.UpdateSucceeded != 0 && Flags.NewUpdaterLoaded != 0) StartCompanion();
+    LogLine("ends: the window was closed");
     EndProcess();
 }
 
@@ -154,7 +171,8 @@ void InitLibraryInterface() {
         E_SetString("ServerPath", GetAppFolder());
         if (const std::string iniFile = E_GetString("IniFile"); !iniFile.empty()) Settings.IniFilePath = iniFile;
         DB_CreateDataBase();
-    } catch (const RuntimeError&) { // what was reached before the error stays
+    } catch (const RuntimeError& error) { // what was reached before the error stays
+        LogTrapped("InitLibraryInterface", error);
     }
 }
 

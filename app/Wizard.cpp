@@ -12,6 +12,8 @@
 #include "catalogue/DateText.h"
 #include "catalogue/FileList.h"
 #include "platform/FileSystem.h"
+#include "platform/FormHost.h"
+#include "platform/Log.h"
 #include "platform/MsgBox.h"
 #include "platform/Process.h"
 #include "platform/RuntimeError.h"
@@ -23,10 +25,11 @@ namespace korlan {
 namespace {
 
 template <typename Handler>
-void Quietly(Handler handler) {
+void Quietly(const char* name, Handler handler) {
     try {
         handler();
-    } catch (const RuntimeError&) { // the flags tell what was reached
+    } catch (const RuntimeError& error) { // the flags tell what was reached
+        LogTrapped(name, error);
     }
 }
 
@@ -47,6 +50,7 @@ std::string FirstLine(const std::string& path) {
 
 void ShowConnectionError() {
     if (Flags.CancelRequested != 0) EndProcess();
+    LogLine("shown: connection error");
     frmUpdate.WizardState = 1;
     frmUpdate.cmdUpdate.SetVisible(false);
     frmUpdate.cmdCancel.SetCaption(GetLocalText("&Close", "9917"));
@@ -64,7 +68,9 @@ void CheckForNewerBuild() {
     if (!Fetch(note)) return;
     const std::string serverDate = FirstLine(InTempFolder(note));
     std::int32_t newer = 0;
-    CompareDates(GetFileStamp(GetAppFolder() + "\\KlnUpdt.EXE"), serverDate, newer);
+    const std::string ownDate = GetFileStamp(GetAppFolder() + "\\KlnUpdt.EXE");
+    LogLine("this program is of " + ownDate + ", the server's of " + serverDate);
+    CompareDates(ownDate, serverDate, newer);
     if (newer == 0) return;
     StartProgram(GetAppFolder() + "\\KLNUPSLF.EXE", WindowStyle::NormalFocus);
     throw RuntimeError(kErrDeliberateAbort);
@@ -74,6 +80,7 @@ void CheckForNewerBuild() {
 void EndRun() {
     if (Flags.CancelRequested != 0) EndProcess();
     frmUpdate.cmdCancel.SetEnabled(false);
+    DoEvents(); // impatient clicks on Cancel die here: they were not meant for Next
     frmUpdate.IsBusy = 0;
     frmUpdate.UpdateDone = 1;
     frmUpdate.cmdHelp.SetEnabled(true);
@@ -83,6 +90,7 @@ void EndRun() {
 }
 
 void RecordSuccess(const std::string& message) {
+    LogLine("shown: " + message);
     UpdateIniFile();
     Flags.UpdateSucceeded = 1;
     EditMsgline(message);
@@ -95,6 +103,7 @@ void Update() {
     frmUpdate.cmdUpdate.SetEnabled(false);
     frmUpdate.cmdHelp.SetEnabled(false);
     frmUpdate.lvwFilesList.SetLocked(true);
+    LogLine("update of " + DecimalText(frmUpdate.CheckedCount) + " files");
     CreateNewFolders();
     const std::int32_t failed = UpdateFilesFromWeb();
     if (Flags.DownloadFailed == 1) return; // the run has shown Retry; the window stays busy
@@ -106,6 +115,7 @@ void Update() {
 // Retry has other identifiers than Update for the same texts, by which they are translated, and names the button Next
 // only after success.
 void Retry() {
+    LogLine("retry");
     frmUpdate.CmdRetry.SetEnabled(false);
     frmUpdate.IsRetry = 1;
     const std::int32_t failed = UpdateFilesFromWeb();
@@ -137,6 +147,7 @@ void QuitWhileBusy() {
     RegistryWrite(kSettingsApplication, kSettingsSection, "LiveDay", "0");
     RegistryWrite(kSettingsApplication, kSettingsSection, "NxtLiveDay", "0");
     Flags.CancelRequested = 1;
+    LogLine("ends: cancelled at work");
     EndProcess();
 }
 
@@ -149,6 +160,7 @@ void Cancel() {
     } else {
         if (Flags.UpdateSucceeded == 1) CleanUpTemporaryFiles();
         Flags.CancelRequested = 1;
+        LogLine("ends: by the button " + frmUpdate.cmdCancel.Caption());
         EndProcess();
     }
 }
@@ -180,19 +192,19 @@ void InitiateUpdate() {
 }
 
 void cmdUpdate_Click() {
-    Quietly(Update);
+    Quietly("cmdUpdate_Click", Update);
 }
 
 void CmdRetry_Click() {
-    Quietly(Retry);
+    Quietly("CmdRetry_Click", Retry);
 }
 
 void cmdCancel_Click() {
-    Quietly(Cancel);
+    Quietly("cmdCancel_Click", Cancel);
 }
 
 void cmdHelp_Click() {
-    Quietly([] { ShowHelp(GetAppFolder() + "\\KlnUpdt.HLP", HelpCommand::DisplayTopic, 0); });
+    Quietly("cmdHelp_Click", [] { ShowHelp(GetAppFolder() + "\\KlnUpdt.HLP", HelpCommand::DisplayTopic, 0); });
 }
 
 void Option2_Click() {

@@ -3,6 +3,7 @@
 #include "app/base/Settings.h"
 #include "app/base/frmUpdate.h"
 #include "platform/FormHost.h"
+#include "platform/Log.h"
 #include "platform/MsgBox.h"
 #include "platform/Process.h"
 
@@ -15,6 +16,7 @@ using namespace korlan;
 namespace {
 
 int EndInError(const std::string& text) {
+    LogLine("ends: " + text);
     ShowMsgBox(text, kBoxCritical, GetSysName());
     CloseFormHost();
     return EXIT_FAILURE;

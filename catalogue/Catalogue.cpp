@@ -6,6 +6,7 @@
 #include "app/base/frmUpdate.h"
 #include "catalogue/FileTables.h"
 #include "platform/FormHost.h"
+#include "platform/Log.h"
 #include "transfer/HttpTransfer.h"
 
 #include <unordered_set>
@@ -47,6 +48,8 @@ void ReadMasterCatalogue(const std::string& path) {
             Tables.FileArraySP.Append(RecordFromRow<SPRecord>(*rows));
     }
     rows->Close();
+    LogLine("catalogue: " + DecimalText(Tables.FileArraySP.UpperBound()) + " packs besides the " +
+            DecimalText(Tables.AppliedSPList.UpperBound()) + " recorded");
 }
 
 void MergeFileRow(const Recordset& row, const std::string& archive, SPRecord& pack) {
@@ -71,6 +74,7 @@ void FetchServicePack(std::int32_t index, std::string& cataloguePath, std::int32
     // Not reset between packs: after a failed transfer an older copy of the pack, if there is one, is read.
     DownloadFile(Settings.UpdateUrl + "/" + pack.FileName, cataloguePath, result, 0, "", 1);
     if (result != 0) GetFilesInsideSP(cataloguePath, index);
+    LogLine("pack " + pack.FileName + ": " + DecimalText(pack.Files.UpperBound()) + " files");
 }
 
 } // namespace
@@ -87,8 +91,10 @@ void GetLatestFiles(std::string& cataloguePath, std::int32_t& result) {
             FetchServicePack(i, cataloguePath, result);
             if (Flags.CancelRequested != 0) break;
         }
+        Tables.FileIndex.Clear(); // nothing is merged any more, and it is large
         result = 1;
-    } catch (const RuntimeError&) {
+    } catch (const RuntimeError& error) {
+        LogTrapped("GetLatestFiles", error);
         result = 0;
     }
 }

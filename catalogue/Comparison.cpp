@@ -8,6 +8,7 @@
 #include "catalogue/FileKinds.h"
 #include "catalogue/FileTables.h"
 #include "platform/FileSystem.h"
+#include "platform/Log.h"
 #include "platform/MsgBox.h"
 
 #include <algorithm>
@@ -29,11 +30,14 @@ std::string DestinationFolder(const FileRecord& record) {
 }
 
 void JudgeRecord(FileRecord& record, const std::string& targetPath) {
+    std::string stamp = "missing";
     if (FileExists(targetPath)) {
-        CompareDates(GetFileStamp(targetPath), record.Filedate, record.UpdateFlag);
+        stamp = GetFileStamp(targetPath);
+        CompareDates(stamp, record.Filedate, record.UpdateFlag);
     } else {
         record.UpdateFlag = 1;
     }
+    if (record.UpdateFlag == 1) LogLine("marked " + targetPath + ": here " + stamp + ", server " + record.Filedate);
 }
 
 bool ModelInstalledBefore(const FileRecord& record) {
@@ -44,14 +48,14 @@ bool ModelInstalledBefore(const FileRecord& record) {
 void CompareRecord(std::int32_t index, std::unordered_set<std::string>& handled) {
     FileRecord& record = Tables.FileArray[index];
     const std::string folder = DestinationFolder(record);
-    if (!IsBareName(record.FileName) || !StaysInFolder(record.FileZipName)) return; // refused; the others still count
+    if (!IsBareName(record.FileName) || !StaysInFolder(record.FileZipName)) // the others still count
+        return LogLine("refused the name " + record.FileName + " or its archive " + record.FileZipName);
     const std::string targetPath = folder + record.FileName;
-    const std::string handledPath = UpperCase(targetPath);
-    if (!handled.contains(handledPath)) {
-        JudgeRecord(record, targetPath);
-        handled.insert(handledPath);
+    if (handled.insert(UpperCase(targetPath)).second) JudgeRecord(record, targetPath);
+    if (record.UpdateFlag == 1 && CheckSPCFile(index) && ModelInstalledBefore(record)) {
+        LogLine("unmarked: " + record.FileZipName + " was installed before");
+        record.UpdateFlag = 0;
     }
-    if (record.UpdateFlag == 1 && CheckSPCFile(index) && ModelInstalledBefore(record)) record.UpdateFlag = 0;
     if (record.UpdateFlag != 1) return;
     record.LocalFile = targetPath;
     record.ServerZipName = record.FileZipName;
@@ -73,11 +77,16 @@ struct StampHandle {
 } // namespace
 
 void CompareUpdatableFiles() {
+    std::int32_t i = 1;
     try {
         std::unordered_set<std::string> handled;
-        for (std::int32_t i = 1; i <= Tables.FileArray.UpperBound(); ++i) CompareRecord(i, handled);
+        for (; i <= Tables.FileArray.UpperBound(); ++i) CompareRecord(i, handled);
         UpdateFileArraySP();
-    } catch (const RuntimeError&) { // the list shows what was marked before
+    } catch (const RuntimeError& error) { // the list shows what was marked before
+        LogTrapped("CompareUpdatableFiles", error);
+        if (i > Tables.FileArray.UpperBound()) return;
+        const FileRecord& record = Tables.FileArray[i];
+        LogLine("refused " + record.FilePath + " " + record.FileName + " of " + record.Filedate);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "app/base/frmUpdate.h"
 #include "catalogue/AppliedPacks.h"
 #include "catalogue/FileTables.h"
+#include "platform/Log.h"
 
 namespace korlan {
 
@@ -55,6 +56,7 @@ void CarryOver(std::int32_t row, bool checked) {
 } // namespace
 
 void ShowNoUpdates() {
+    LogLine("shown: no updates found");
     frmUpdate.WizardState = 1;
     frmUpdate.lblUpdate.SetCaption(GetLocalText("No updates found", "991848"));
     frmUpdate.cmdUpdate.SetVisible(false);
@@ -71,6 +73,7 @@ void DisplayFilesInformationsFromWeb() {
         UpdateIniNoUpdatesFound();
         return;
     }
+    LogLine("shown: a list of " + DecimalText(frmUpdate.lvwFilesList.Count()) + " files");
     frmUpdate.lvwFilesList.SetVisible(true);
     EditMsgline("");
 }

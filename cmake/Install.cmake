@@ -5,7 +5,7 @@ set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 
 install(TARGETS KlnUpdt DESTINATION lib/klnupdt COMPONENT wizard)
 install(FILES sample/help/KlnUpdt.chm DESTINATION lib/klnupdt COMPONENT wizard)
-install(FILES sdk/KlwUpdt.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/klnupdt COMPONENT wizard)
+install(FILES sdk/KlwUpdt.def sdk/KlwUpdt.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/klnupdt COMPONENT wizard)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/klnupdt RENAME copyright COMPONENT wizard)
 
 install(TARGETS klnpub DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT publisher EXCLUDE_FROM_ALL)

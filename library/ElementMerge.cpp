@@ -6,6 +6,7 @@
 #include "library/PartDatabase.h"
 #include "library/SearchSequence.h"
 #include "library/SuiteText.h"
+#include "platform/Log.h"
 #include "platform/MsgBox.h"
 #include "platform/RuntimeError.h"
 
@@ -212,14 +213,16 @@ void SaveToLib(const std::string& sourceLibrary, const std::string& targetLibrar
     Merge merge{kKinds[Flags.LibElementKind - 1], sourceLibrary, targetLibrary};
     try {
         FillItemsList(sourceLibrary);
-    } catch (const RuntimeError&) { // without the suite's library there is nothing to merge
+    } catch (const RuntimeError& error) { // without the suite's library there is nothing to merge
+        LogTrapped("SaveToLib", error);
         return;
     }
     if (Elements.library <= 0) merge.EndWithSource();
     for (std::int32_t i = 1; i <= Elements.names.UpperBound() && !merge.ended; ++i) {
         try {
             merge.MergeElement(Elements.names[i]);
-        } catch (const RuntimeError&) { // the next element may fare better
+        } catch (const RuntimeError& error) { // the next element may fare better
+            LogTrapped("MergeElement", error);
         }
     }
 }

@@ -5,11 +5,14 @@
 #include "app/base/TextHelpers.h"
 #include "library/SearchSequence.h"
 #include "library/SuiteText.h"
+#include "platform/DatabaseError.h"
 #include "platform/FileSystem.h"
-#include "platform/RuntimeError.h"
+#include "platform/FormHost.h"
+#include "platform/Log.h"
 #include "platform/TextEncoding.h"
 
 #include <algorithm>
+#include <chrono>
 #include <string_view>
 #include <vector>
 
@@ -21,10 +24,7 @@ constexpr const char* kFieldSeparator = "\xE2\x82\xAC"; // the character of code
 constexpr std::size_t kFieldCount = 10;                 // further ones are ignored
 constexpr std::size_t kMixedModeField = 7, kElementCodeField = 8;
 
-// A part that can be indexed takes at least its name, nine separators and the two zero bytes that end its texts.
-constexpr std::int64_t kSmallestPart = 12;
-constexpr std::int64_t kLibraryHeader = 20;    // bytes up to the end of the part count
-constexpr std::int32_t kMostParts = 1'000'000; // a file of zeros packs to next to nothing and could hold any count
+constexpr std::int32_t kMostParts = 1'000'000; // a damaged file never decides how much memory is taken
 
 // Whether it is empty or the word alone, once a section of the part and up to five times, with commas between.
 bool SaysNothing(const std::string& text, std::string_view word) {
@@ -92,16 +92,14 @@ std::string FileNameOf(const std::string& path) {
     return Mid(path, InStrRev(path, "\\") + 1);
 }
 
-// The 32-bit value at byte 12 is read with the count and not used. A count below 0, above what a file of that length
-// can hold, or beyond all measure raises 9, so a damaged file never decides how much memory is taken.
+// The 32-bit value at byte 12 is read with the count and not used. A count below 0 or beyond all measure raises 9.
 std::int32_t ReadPartCount(const std::string& path) {
     const std::string bytes = ReadFilePart(path, 12, 8);
     if (bytes.size() < 8) throw RuntimeError(kErrPastEndOfFile);
     std::uint32_t value = 0;
     for (std::size_t i = 8; i-- > 4;) value = value << 8 | static_cast<unsigned char>(bytes[i]);
     const auto count = static_cast<std::int32_t>(value);
-    const std::int64_t room = (FileLength(path) - kLibraryHeader) / kSmallestPart;
-    if (count < 0 || count > room || count > kMostParts) throw RuntimeError(kErrSubscript);
+    if (count < 0 || count > kMostParts) throw RuntimeError(kErrSubscript);
     return count;
 }
 
@@ -117,36 +115,55 @@ void AddParts(Recordset& rows, const std::vector<PartInformation>& parts, const 
     }
 }
 
-void AddFileElements(Database& db, const std::string& libraryFileName) {
+// Who else has the index open holds it for a moment only. One that is locked is therefore tried again, from the start,
+// and the window stays alive meanwhile.
+template <typename Change>
+void ChangeIndex(Change change) {
+    using Clock = std::chrono::steady_clock;
+    for (const auto deadline = Clock::now() + indexPatience;; DoEvents()) {
+        try {
+            std::unique_ptr<Database> db;
+            InitDB(db);
+            if (!db) return;
+            db->BeginTrans();
+            change(*db);
+            return db->CommitTrans();
+        } catch (const RuntimeError& error) {
+            if (error.Number() != kErrDatabaseLocked || Clock::now() >= deadline) throw;
+        }
+    }
+}
+
+void DeleteRows(Database& db, const std::string& libraryFileName) {
+    if (CanGetPartInfo()) db.Execute("DELETE * from PartFields WHERE Library = '" + libraryFileName + "'");
+}
+
+void AddAllParts(Database& db, const std::string& libraryFileName) {
     const std::unique_ptr<Recordset> rows = db.OpenRecordset("PartFields");
     const std::string path = LibraryFolder() + libraryFileName;
     std::int32_t position = 0;
     GetSSQNum(libraryFileName, position);
-    const std::int32_t count = ReadPartCount(path);
-    if (count > 0) {
-        std::vector<PartInformation> parts(static_cast<std::size_t>(count));
-        E_GetPartInfo(path, parts);
-        db.BeginTrans();
-        try {
-            AddParts(*rows, parts, libraryFileName, position);
-        } catch (const RuntimeError&) {
-            db.CommitTrans(); // rows added before the error stay
-            throw;
-        }
-        db.CommitTrans();
-    }
+    std::vector<PartInformation> parts(static_cast<std::size_t>(ReadPartCount(path)));
+    if (!parts.empty()) E_GetPartInfo(path, parts);
+    AddParts(*rows, parts, libraryFileName, position);
     rows->Close();
+    LogLine("index: " + std::to_string(parts.size()) + " parts of " + libraryFileName + ", place " +
+            DecimalText(position));
 }
 
-void AddOrRefreshPart(const std::string& libraryName, ElementHandle deviceHandle) {
-    DeviceRecord device;
-    D_ReadDevice(deviceHandle, device);
-    const PartRow row = RowFromDescriptor(Trim(SuiteText(device.name)), Trim(SuiteText(device.descriptor)));
-    std::unique_ptr<Database> db;
-    InitDB(db);
-    if (!db) return;
-    const std::unique_ptr<Recordset> rows = db->OpenRecordset("SELECT * FROM PartFields WHERE (Name = '" + row.name +
-                                                              "') AND (Library = '" + libraryName + "')");
+// Rows added before an error stay: the index stays behind the library, and the update goes on.
+void AddFileElements(Database& db, const std::string& libraryFileName) {
+    try {
+        AddAllParts(db, libraryFileName);
+    } catch (const RuntimeError& error) {
+        if (error.Number() == kErrDatabaseLocked) throw; // nothing is written then, and all of it tried again
+        LogTrapped("AddFileElements", error);
+    }
+}
+
+void AddOrRefreshPart(Database& db, const std::string& libraryName, const PartRow& row) {
+    const std::unique_ptr<Recordset> rows = db.OpenRecordset("SELECT * FROM PartFields WHERE (Name = '" + row.name +
+                                                             "') AND (Library = '" + libraryName + "')");
     if (rows->Eof()) {
         rows->AddNew();
     } else {
@@ -163,40 +180,49 @@ void AddOrRefreshPart(const std::string& libraryName, ElementHandle deviceHandle
 
 void InitDB(std::unique_ptr<Database>& db) {
     const std::string path = LibraryFolder() + "Parts.abd";
-    if (!FileExists(path)) return;
+    if (!FileExists(path)) return LogLine("no index " + path);
     db.reset();
     db = OpenDatabase(path, false, false, ";pwd=kqz");
-    if (!db->Updatable()) db.reset();
+    if (db->Updatable()) return;
+    LogLine("index that cannot be written: " + path);
+    db.reset();
 }
 
 void UpdateLibDBDeleteFile(const std::string& libraryFileName) {
-    std::unique_ptr<Database> db;
-    InitDB(db);
-    if (db && CanGetPartInfo()) db->Execute("DELETE * from PartFields WHERE Library = '" + libraryFileName + "'");
+    ChangeIndex([&](Database& db) { DeleteRows(db, libraryFileName); });
 }
 
 void UpdateLibDBAddFileElements(const std::string& libraryFileName) {
     try {
-        std::unique_ptr<Database> db;
-        InitDB(db);
-        if (db) AddFileElements(*db, libraryFileName);
-    } catch (const RuntimeError&) { // the index stays behind the library; the update goes on
+        ChangeIndex([&](Database& db) { AddFileElements(db, libraryFileName); });
+    } catch (const RuntimeError& error) { // as for one of its parts
+        LogTrapped("UpdateLibDBAddFileElements", error);
     }
+}
+
+void UpdateLibDBReplaceFile(const std::string& libraryFileName) {
+    ChangeIndex([&](Database& db) {
+        DeleteRows(db, libraryFileName);
+        AddFileElements(db, libraryFileName);
+    });
 }
 
 void UpdateLibDB(const std::string& libraryPath, ElementHandle deviceHandle) {
     try {
-        AddOrRefreshPart(FileNameOf(libraryPath), deviceHandle);
-    } catch (const RuntimeError&) { // as above
+        DeviceRecord device;
+        D_ReadDevice(deviceHandle, device);
+        const PartRow row = RowFromDescriptor(Trim(SuiteText(device.name)), Trim(SuiteText(device.descriptor)));
+        ChangeIndex([&](Database& db) { AddOrRefreshPart(db, FileNameOf(libraryPath), row); });
+    } catch (const RuntimeError& error) { // the part is in its library all the same
+        LogTrapped("UpdateLibDB", error);
     }
 }
 
 void UpdateLibDBDeleteFromFile(const std::string& libraryPath, const std::string& partName) {
-    std::unique_ptr<Database> db;
-    InitDB(db);
-    if (db)
-        db->Execute("DELETE * from PartFields WHERE (Library = '" + FileNameOf(libraryPath) + "') AND (Name = '" +
-                    partName + "')");
+    ChangeIndex([&](Database& db) {
+        db.Execute("DELETE * from PartFields WHERE (Library = '" + FileNameOf(libraryPath) + "') AND (Name = '" +
+                   partName + "')");
+    });
 }
 
 } // namespace korlan

@@ -1,17 +1,20 @@
 // The index of all parts, Parts.abd in the installation's library folder: one row a part and library file in its table
 // PartFields. Every operation opens its own connection and closes it; without the file (it is never made here) every
 // operation does nothing, as with one that the back end cannot write. Texts go into the statements as they are: a quote
-// in a name is not doubled.
+// in a name is not doubled. Each changes the index in one transaction, and waits for one that is locked, yielding.
 #pragma once
 
 #include "platform/Database.h"
 #include "platform/SuiteLibrary.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
 
 namespace korlan {
+
+inline std::chrono::milliseconds indexPatience{5000}; // after which an index still locked raises 3260
 
 // Opens the index into `db`; one that `db` holds is closed first. Left as it was when the file cannot be opened for
 // reading, empty when this back end cannot write it. Errors of the database go to the caller.
@@ -21,10 +24,14 @@ void InitDB(std::unique_ptr<Database>& db);
 // the database go to the caller.
 void UpdateLibDBDeleteFile(const std::string& libraryFileName);
 
-// Adds a row for each part of the library file of that name in the library folder, all in one transaction: a process
-// killed in between leaves none of them. Its place in the search sequence is found, or the library is added there. Any
-// error ends the operation without a message; rows added before it stay.
+// Adds a row for each part of the library file of that name in the library folder; a process killed in between leaves
+// none of them. Its place in the search sequence is found, or the library is added there. Any error ends the operation
+// without a message; rows added before it stay.
 void UpdateLibDBAddFileElements(const std::string& libraryFileName);
+
+// Both, in one transaction: whoever reads the index sees the old rows or the new ones. Errors of the database while
+// deleting, and an index that stays locked, go to the caller and leave the old rows.
+void UpdateLibDBReplaceFile(const std::string& libraryFileName);
 
 // Adds or refreshes the row of one part that the suite holds in memory. Any error ends the operation without a message.
 void UpdateLibDB(const std::string& libraryPath, ElementHandle deviceHandle);

@@ -15,7 +15,7 @@ namespace korlan {
 namespace {
 
 constexpr const char* kRebuildSection = "LIVEUPDATESPCFROMWEB";
-constexpr std::int64_t kMostModels = 64 << 20; // bytes; far above any models, and what memory must hold at once
+constexpr std::size_t kBlock = 16 << 20; // bytes in memory at once; far above the models of today, which are one write
 
 // The library's code tells a missing or damaged archive; a file that came out all the same still counts.
 bool Extracted(const FileRecord& record, const std::string& folder) {
@@ -32,7 +32,6 @@ void AppendModels(std::int32_t& success, const FileRecord& record) {
     const std::string workFile = InTempFolder(record.FileName);
     if (FileExists(workFile)) RemoveFile(workFile);
     if (!Extracted(record, InTempFolder(""))) return;
-    if (FileLength(workFile) > kMostModels) return RemoveFile(workFile); // as good as not extracted
     SetAttributesNormal(record.LocalFile);
     CopyContentsToSPC(success, workFile, record.LocalFile);
     if (record.LocalFolder == Settings.SysDir + "\\") RequestRebuild(); // minds the case, unlike below
@@ -61,9 +60,14 @@ void CopyContentsToSPC(std::int32_t& /*success*/, const std::string& newFile, co
     LiveUpdateStatusSPC();
     const std::string lineBreak = "\r\n";
     const std::string emptyLines = lineBreak + lineBreak; // a printed line that is itself a line break
-    const std::string models = ReadWholeFile(newFile);
+    const auto length = static_cast<std::uint64_t>(FileLength(newFile));
+    std::string text = emptyLines + emptyLines + ReadFilePart(newFile, 0, kBlock);
     OutputFile target(targetFile, OutputFile::Mode::Append);
-    target.Write(emptyLines + emptyLines + models + lineBreak);
+    for (std::uint64_t at = kBlock; at < length; at += kBlock) {
+        target.Write(text);
+        text = ReadFilePart(newFile, at, kBlock);
+    }
+    target.Write(text + lineBreak);
     target.Close();
 }
 

@@ -14,8 +14,9 @@ namespace korlan {
 // (extraction).
 void UpdateSPCFile(std::int32_t& success, std::int32_t index);
 
-// Appends four empty lines and the whole of `newFile` to `targetFile` in one write at its end: a process killed before
-// it leaves the user's own models as they were. Leaves `success` alone. Errors of the files go to the caller.
+// Appends four empty lines and the whole of `newFile` to `targetFile`: in one write, but for a file above 16 MB, so a
+// process killed before it leaves the user's own models as they were. Leaves `success` alone. Errors of the files go to
+// the caller, and the target has its old length again.
 void CopyContentsToSPC(std::int32_t& success, const std::string& newFile, const std::string& targetFile);
 
 // Asks the suite to rebuild its model index. result = 0 when the request is written, 1 when it could not be.

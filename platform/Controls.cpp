@@ -128,9 +128,10 @@ ListRow& ListView::At(std::int32_t row) {
 void ListView::AddRow(std::int32_t position, std::string key, std::string text, const std::string& iconKey) {
     if (position < 1 || position > Count() + 1) throw RuntimeError(kErrElementIndex, "Index out of bounds");
     const std::int32_t icon = icons_->IndexOf(iconKey);
-    if (!keys_.insert(key).second) throw RuntimeError(kErrKeyNotUnique, "Key is not unique in collection");
+    const auto [stored, isNew] = keys_.insert(std::move(key));
+    if (!isNew) throw RuntimeError(kErrKeyNotUnique, "Key is not unique in collection");
     ListRow row;
-    row.key = std::move(key);
+    row.key = *stored;
     row.text = std::move(text);
     row.smallIcon = icon;
     rows_.insert(rows_.begin() + (position - 1), std::move(row));
@@ -142,7 +143,7 @@ void ListView::SetSubItem(std::int32_t row, std::int32_t subItem, std::string te
     if (subItem < 1 || static_cast<std::size_t>(subItem) >= columns_.size())
         throw RuntimeError(kErrElementIndex, "Index out of bounds");
     const auto index = static_cast<std::size_t>(subItem - 1);
-    if (record.subItems.size() <= index) record.subItems.resize(index + 1);
+    if (record.subItems.size() <= index) record.subItems.resize(columns_.size() - 1);
     record.subItems[index] = std::move(text);
     Tell(Aspect::RowChanged, row);
 }

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <vector>
 
@@ -142,7 +143,7 @@ struct ListColumn {
 };
 
 struct ListRow {
-    std::string key;                   // unique in the list
+    std::string_view key;              // unique in the list, which keeps it
     std::string text;                  // first column
     std::vector<std::string> subItems; // [0] is sub-item 1
     std::string tag;

@@ -28,7 +28,7 @@ public:
 
 class Database {
 public:
-    virtual ~Database() = default;      // closes
+    virtual ~Database() = default;      // closes; a transaction that was not committed is undone
     virtual bool Updatable() const = 0; // whether its rows can be written
     // A table's name or "SELECT * FROM" one, rows in the table's own order; WHERE clauses where Updatable.
     virtual std::unique_ptr<Recordset> OpenRecordset(const std::string& tableOrSql) = 0;

@@ -38,7 +38,8 @@ struct CalendarTime {
 };
 std::int32_t TicksToCalendar(std::int64_t ticks, CalendarTime& time); // 1 on success, 0 on a value out of range
 
-// A file open for writing in binary. Destroying it closes it. Buffered: Close raises what a last write raises.
+// A file open for writing in binary. Destroying it closes it; one in Append mode that was not closed before has its old
+// length again, so an error leaves nothing half appended. Buffered: Close raises what a last write raises.
 class OutputFile {
 public:
     enum class Mode { Create, Append }; // Create empties an existing file; Append makes a missing one

@@ -78,7 +78,11 @@ void E_GetPartInfo(const std::string& libraryPath, std::span<PartInformation> re
 
 LibraryHandle E_OpenLibrary(const std::string& path, const std::string& libraryType, std::int32_t mode) {
     static auto* const call = Bind<decltype(::E_OpenLibrary)>("E_OpenLibrary");
-    return call(PathForSuite(path).c_str(), libraryType.c_str(), mode);
+    try {
+        return call(PathForSuite(path).c_str(), libraryType.c_str(), mode);
+    } catch (const RuntimeError&) { // a path that leads nowhere
+        return 0;
+    }
 }
 
 bool E_OpenLibToRead(LibraryHandle library, const std::string& elementName) {

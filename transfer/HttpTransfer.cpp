@@ -7,6 +7,7 @@
 #include "platform/FileSystem.h"
 #include "platform/FormHost.h"
 #include "platform/Http.h"
+#include "platform/Log.h"
 #include "platform/MsgBox.h"
 #include "platform/RuntimeError.h"
 
@@ -122,7 +123,8 @@ void DownloadFile(const std::string& url, const std::string& saveAs, std::int32_
         Progress progress(fileName, fileSize);
         ReadToFile(*body, file, progress, showStatus);
         done = 1;
-    } catch (const RuntimeError&) { // the caller looks at done and DownloadFailed; nothing is shown
+    } catch (const RuntimeError& error) { // the caller looks at done and DownloadFailed; nothing is shown
+        LogTrapped("DownloadFile", error);
     }
 }
 

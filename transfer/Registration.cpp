@@ -5,6 +5,7 @@
 #include "catalogue/FileKinds.h"
 #include "catalogue/FileTables.h"
 #include "platform/Component.h"
+#include "platform/Log.h"
 #include "platform/Process.h"
 #include "platform/RuntimeError.h"
 
@@ -24,7 +25,8 @@ bool IsComponentServer(const std::string& name) {
 void Start(const std::string& command) {
     try {
         StartProgram(command, WindowStyle::MinimizedFocus);
-    } catch (const RuntimeError&) { // a registration that fails does so unseen
+    } catch (const RuntimeError& error) { // a registration that fails does so unseen
+        LogTrapped("RegisterFile", error);
     }
 }
 
@@ -62,7 +64,8 @@ std::int32_t RegisterTypeLibrary(const std::string& path) {
 std::int32_t UnregisterTypeLibrary(const std::string& path) {
     try {
         UnregisterTypeLib(DescribeTypeLib(path));
-    } catch (const RuntimeError&) { // nothing tells of it
+    } catch (const RuntimeError& error) { // nothing on the screen tells of it
+        LogTrapped("UnregisterTypeLibrary", error);
     }
     return 0;
 }

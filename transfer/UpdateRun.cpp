@@ -12,6 +12,8 @@
 #include "library/SearchSequence.h"
 #include "library/SpcModels.h"
 #include "platform/FileSystem.h"
+#include "platform/FormHost.h"
+#include "platform/Log.h"
 #include "platform/MsgBox.h"
 #include "transfer/HttpTransfer.h"
 #include "transfer/Registration.h"
@@ -73,6 +75,7 @@ void FetchArchive(FileRecord& record, const std::string& url, std::int32_t size,
     std::int32_t done = 0;
     std::string label = record.FileName;
     DownloadFile(url, record.TempZipFile, done, size, label, showStatus);
+    if (done == 0 && Flags.CancelRequested == 0) Flags.DownloadFailed = 1; // it never began, or could not be written
     if (Flags.DownloadFailed != 1 && done != 0) record.TransferState = 1;
 }
 
@@ -131,10 +134,12 @@ void RemoveInstalledFile(const FileRecord& record, std::int32_t index) {
 }
 
 void ReportFailure(const FileRecord& record, const std::string& message) {
+    LogLine("failed " + record.LocalFile + " of " + record.Filedate);
     ShowMsgBox(message + record.LocalFile, kBoxCritical, GetSysName());
 }
 
 void RecordInstalled(const FileRecord& record, const std::string& status) {
+    LogLine("installed " + record.LocalFile + (FileExists(record.LocalFile) ? "" : ", which is not there"));
     Tables.UpdatedFiles.Append(record.FileZipName);
     frmUpdate.lvwFilesList.SetSubItem(record.Row, kStatusSubItem, status);
 }
@@ -150,10 +155,8 @@ void InstallPartLibrary(const FileRecord& record, std::int32_t index) {
         ReportFailure(record, "File not updated properly : ");
         return;
     }
-    if (Trim(Settings.SuiteVersion) != "1.20") { // installations of that version have their index left alone
-        UpdateLibDBDeleteFile(record.FileName);
-        UpdateLibDBAddFileElements(record.FileName);
-    }
+    if (Trim(Settings.SuiteVersion) != "1.20") // installations of that version have their index left alone
+        UpdateLibDBReplaceFile(record.FileName);
     RecordInstalled(record, "Updated"); // a literal, unlike below
 }
 
@@ -186,6 +189,7 @@ void InstallPass(std::int32_t& index) {
     for (index = 1; index <= Tables.FileArray.UpperBound(); ++index) {
         const FileRecord& record = Tables.FileArray[index];
         if (record.Row == 0 || record.TransferState != 1) continue;
+        DoEvents(); // Cancel is answered between two files, too
         frmUpdate.lvwFilesList.EnsureVisible(record.Row);
         EditMsgline(GetLocalText("Uncompressing : ", "991878") + record.FileName);
         if (UpperCase(record.FileName) == "KLNUPDTA.EXE") Flags.NewUpdaterLoaded = 1;
@@ -206,6 +210,7 @@ void EndInError(std::int32_t index) {
     Flags.DownloadFailed = 1;
     if (index >= 1 && index <= Tables.FileArray.UpperBound()) {
         const FileRecord& record = Tables.FileArray[index];
+        LogLine("failed " + record.LocalFile + " of " + record.Filedate);
         // Not the archive but the installed file goes, so that the next search offers it again.
         if (FileExists(record.TempZipFile)) EraseFile(record.LocalFile);
     }
@@ -215,6 +220,7 @@ void EndInError(std::int32_t index) {
 } // namespace
 
 void ShowRetry(const std::string& message) {
+    LogLine("shown: " + message);
     frmUpdate.CmdRetry.SetVisible(true);
     frmUpdate.cmdCancel.SetVisible(true);
     frmUpdate.cmdUpdate.SetVisible(false);
@@ -232,7 +238,8 @@ std::int32_t UpdateFilesFromWeb() {
         if (DownloadPass(index)) InstallPass(index);
         frmUpdate.prgRun.SetVisible(false);
         return 0;
-    } catch (const RuntimeError&) {
+    } catch (const RuntimeError& error) {
+        LogTrapped("UpdateFilesFromWeb", error);
         EndInError(index);
         return 1;
     }
@@ -245,7 +252,8 @@ void CreateNewFolders() {
             const auto first = InStr(entry.FolderName, "\\"); // what stands before it is ignored
             if (first != 0) CreateFoldersBelow(GetAppFolder(), Mid(entry.FolderName, first));
         }
-    } catch (const RuntimeError&) { // a folder that cannot be made shows when a file is to go there
+    } catch (const RuntimeError& error) { // a folder that cannot be made shows when a file is to go there
+        LogTrapped("CreateNewFolders", error);
     }
 }
 
@@ -255,7 +263,10 @@ void CleanUpTemporaryFiles() {
         files.SetPath(Settings.TempFolder);
         const std::int32_t count = files.ListCount();
         for (std::int32_t i = 0; i < count; ++i) RemoveFile(InTempFolder(files.List(i)));
-    } catch (const RuntimeError&) { // what is left goes at the next end
+        for (const FileRecord& record : Tables.FileArray) // some lie in folders of their own
+            if (record.TransferState == 1 && FileExists(record.TempZipFile)) RemoveFile(record.TempZipFile);
+    } catch (const RuntimeError& error) { // what is left goes at the next end
+        LogTrapped("CleanUpTemporaryFiles", error);
     }
 }
 

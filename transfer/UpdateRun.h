@@ -18,7 +18,8 @@ void ShowRetry(const std::string& message);
 // Makes the folders of the catalogue's folder list below the program folder. The first failure ends it quietly.
 void CreateNewFolders();
 
-// Deletes every file in the temporary folder. A missing folder is passed over.
+// Deletes every file in the temporary folder, and this run's archives in folders below it. A missing folder is passed
+// over.
 void CleanUpTemporaryFiles();
 
 } // namespace korlan

@@ -2,8 +2,10 @@
 
 #include "app/base/TextHelpers.h"
 #include "platform/FormHost.h"
+#include "platform/Log.h"
 #include "platform/MsgBox.h"
 #include "platform/RuntimeError.h"
+#include "platform/TextEncoding.h"
 #include "platform/ZipLibrary.h"
 
 #include <algorithm>
@@ -26,6 +28,12 @@ std::int32_t AnswerOverwrite(const std::string& member) {
     }
 }
 
+std::string FirstCharacters(const std::string& text, std::size_t count) {
+    std::size_t length = 0;
+    while (length < text.size() && (IsUtf8Tail(text[length]) || count-- > 0)) ++length;
+    return text.substr(0, length);
+}
+
 std::int32_t AnswerPassword(std::string& password, std::size_t maxLength) {
     if (modZip.SkipPassword != 0) return kPasswordSkip;
     const std::string answer = ShowInputBox("Please Enter The Password!", "", true);
@@ -33,7 +41,7 @@ std::int32_t AnswerPassword(std::string& password, std::size_t maxLength) {
         modZip.SkipPassword = 1;
         return kPasswordSkip;
     }
-    password = Left(answer, static_cast<std::int64_t>(maxLength));
+    password = FirstCharacters(answer, maxLength);
     return kPasswordGiven;
 }
 
@@ -99,7 +107,9 @@ void Unzip(std::int32_t& completed, std::int32_t /*recordIndex*/, const std::str
         if (!folder.empty()) modZip.ExtractFolder = folder;
         result = VBUnzip(modZip.ZipFileName, modZip.ExtractFolder, modZip.OptionFlags);
         completed = 1;
-    } catch (const RuntimeError&) { // seen by the completion flag
+        if (result != 0) LogLine("archive library: code " + DecimalText(result) + ", " + modZip.TextBuffer);
+    } catch (const RuntimeError& error) { // seen by the completion flag
+        LogTrapped("Unzip", error);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "app/base/TextHelpers.h"
 #include "platform/FileSystem.h"
 #include "platform/IniFile.h"
+#include "platform/Log.h"
 #include "platform/MsgBox.h"
 #include "platform/RuntimeError.h"
 #include "platform/SettingsStore.h"
@@ -51,7 +52,8 @@ void RegistryWrite(const std::string& application, const std::string& section, c
                    const std::string& value) {
     try {
         SaveSetting(application, section, key, value);
-    } catch (const RuntimeError&) { // the reminder is not worth a failed run
+    } catch (const RuntimeError& error) { // the reminder is not worth a failed run
+        LogTrapped("RegistryWrite", error);
     }
 }
 
@@ -70,7 +72,8 @@ void SetTempFolder() {
     Settings.TempFolder = GetAppFolder() + "\\Temp";
     try {
         TryFolder(Settings.TempFolder);
-    } catch (const RuntimeError&) { // a missing folder is not reported here
+    } catch (const RuntimeError& error) { // a missing folder is not reported here
+        LogTrapped("SetTempFolder", error);
     }
 }
 

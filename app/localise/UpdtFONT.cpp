@@ -6,6 +6,7 @@
 #include "app/base/TextHelpers.h"
 #include "app/base/frmUpdate.h"
 #include "platform/IniFile.h"
+#include "platform/Log.h"
 #include "platform/SuiteLibrary.h"
 #include "platform/TextLibrary.h"
 
@@ -51,7 +52,8 @@ std::string LanguageFolder(const CountryTable& table) {
 void TellSuiteLibrary(const std::string& languagePath) {
     try {
         E_SetString("LANGUAGEPATH", languagePath);
-    } catch (const RuntimeError&) { // without the suite's library this program still runs
+    } catch (const RuntimeError& error) { // without the suite's library this program still runs
+        LogTrapped("TellSuiteLibrary", error);
     }
 }
 

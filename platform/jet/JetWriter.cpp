@@ -235,51 +235,48 @@ struct SystemTable {
     NewColumns columns;
 };
 
-const std::vector<SystemTable>& SystemTables() {
-    using enum ColumnType;
-    static const std::vector<SystemTable> tables = {
-        {3, "MSysACEs", {{"ObjectId", Long}, {"SID", Binary}, {"ACM", Long}, {"FInheritable", YesNo}}},
-        {4,
-         "MSysQueries",
-         {{"ObjectId", Long},
-          {"Attribute", Byte},
-          {"Order", Binary},
-          {"Name1", Text},
-          {"Name2", Text},
-          {"Expression", Memo},
-          {"Flag", Integer}}},
-        {5,
-         "MSysRelationships",
-         {{"szRelationship", Text},
-          {"grbit", Long},
-          {"ccolumn", Long},
-          {"icolumn", Long},
-          {"szObject", Text},
-          {"szColumn", Text},
-          {"szReferencedObject", Text},
-          {"szReferencedColumn", Text}}},
-        {2,
-         "MSysObjects",
-         {{"Id", Long},
-          {"ParentId", Long},
-          {"Name", Text},
-          {"Type", Integer},
-          {"DateCreate", Date},
-          {"DateUpdate", Date},
-          {"Owner", Binary},
-          {"Flags", Long},
-          {"Database", Memo},
-          {"Connect", Memo},
-          {"ForeignName", Text},
-          {"RmtInfoShort", Binary},
-          {"RmtInfoLong", Ole},
-          {"Lv", Ole},
-          {"LvProp", Ole},
-          {"LvModule", Ole},
-          {"LvExtra", Ole}}},
-    };
-    return tables;
-}
+using enum ColumnType;
+const std::vector<SystemTable> kSystemTables = {
+    {3, "MSysACEs", {{"ObjectId", Long}, {"SID", Binary}, {"ACM", Long}, {"FInheritable", YesNo}}},
+    {4,
+     "MSysQueries",
+     {{"ObjectId", Long},
+      {"Attribute", Byte},
+      {"Order", Binary},
+      {"Name1", Text},
+      {"Name2", Text},
+      {"Expression", Memo},
+      {"Flag", Integer}}},
+    {5,
+     "MSysRelationships",
+     {{"szRelationship", Text},
+      {"grbit", Long},
+      {"ccolumn", Long},
+      {"icolumn", Long},
+      {"szObject", Text},
+      {"szColumn", Text},
+      {"szReferencedObject", Text},
+      {"szReferencedColumn", Text}}},
+    {2,
+     "MSysObjects",
+     {{"Id", Long},
+      {"ParentId", Long},
+      {"Name", Text},
+      {"Type", Integer},
+      {"DateCreate", Date},
+      {"DateUpdate", Date},
+      {"Owner", Binary},
+      {"Flags", Long},
+      {"Database", Memo},
+      {"Connect", Memo},
+      {"ForeignName", Text},
+      {"RmtInfoShort", Binary},
+      {"RmtInfoLong", Ole},
+      {"Lv", Ole},
+      {"LvProp", Ole},
+      {"LvModule", Ole},
+      {"LvExtra", Ole}}},
+};
 
 std::vector<Values> FileBuilder::ObjectRows() const {
     constexpr std::uint32_t kSystemFlag = 0x80000000, kTables = 0x0F000001, kDatabases = 0x0F000002;
@@ -288,7 +285,7 @@ std::vector<Values> FileBuilder::ObjectRows() const {
     std::vector<Values> rows;
     const auto add = [&](std::uint32_t id, std::uint32_t parent, std::string_view name, std::uint16_t type, bool system,
                          const char* owner) {
-        Values& row = rows.emplace_back(SystemTables().back().columns.size());
+        Values& row = rows.emplace_back(kSystemTables.back().columns.size());
         row[0] = Number(id, 4), row[1] = Number(parent, 4), row[2] = name, row[3] = Number(type, 2);
         row[4] = row[5] = created;
         row[6] = owner, row[7] = Number(system ? kSystemFlag : 0, 4);
@@ -329,7 +326,7 @@ void FileBuilder::AddHeader() {
 }
 
 std::string FileBuilder::Finish() {
-    for (const SystemTable& table : SystemTables()) {
+    for (const SystemTable& table : kSystemTables) {
         const bool isCatalogue = table.page == 2; // the last: it lists the others
         AddTable(table.name, table.columns, isCatalogue ? ObjectRows() : std::vector<Values>(), std::identity(),
                  table.page);

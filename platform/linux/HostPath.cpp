@@ -2,7 +2,6 @@
 
 #include "platform/AsciiText.h"
 #include "platform/RuntimeError.h"
-#include "platform/linux/ChangeStamp.h"
 #include "platform/linux/FolderIndex.h"
 #include "platform/linux/HostError.h"
 
@@ -52,32 +51,15 @@ bool IsLetter(char letter) {
     return UpperAscii(letter) >= 'A' && UpperAscii(letter) <= 'Z';
 }
 
-// The folders that links lead to, "" for a link that leads nowhere. Kept while the link itself stays as it is.
-class LinkCache {
-public:
-    std::string Target(const std::string& link) {
-        const std::int64_t now = ChangeStamp::Now();
-        struct stat status {};
-        if (lstat(link.c_str(), &status) != 0) return {};
-        const ChangeStamp stamp = ChangeStamp::Of(status);
-        const auto known = targets_.find(link);
-        if (known != targets_.end() && known->second.first == stamp) return known->second.second;
-        std::string target = RealPath(link);
-        if (!target.empty() && stamp.Settled(now)) targets_.insert_or_assign(link, std::pair(stamp, target));
-        return target;
-    }
-
-private:
-    std::map<std::string, std::pair<ChangeStamp, std::string>> targets_;
-};
-
 // The host folder of a drive without a slash at its end ("" for the root); nothing when there is no such drive.
+// A link that leads somewhere is followed once: drives stay where they are while the program runs.
 std::optional<std::string> DriveRoot(char letter) {
-    static LinkCache links;
+    static std::map<std::string, std::string> roots;
     const std::string folder = DrivesFolder() + "/";
     const char upper = UpperAscii(letter);
     for (const char spelling : {LowerAscii(upper), upper}) {
-        const std::string root = links.Target(folder + spelling + ":");
+        std::string& root = roots[folder + spelling + ":"];
+        if (root.empty()) root = RealPath(folder + spelling + ":");
         if (!root.empty()) return root == "/" ? std::string() : root;
     }
     if (upper == 'Z') return std::string();

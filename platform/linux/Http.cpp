@@ -1,5 +1,6 @@
 // platform/Http.h on libcurl's multi interface: one CURLM a session, turned by the caller's own reads.
 #include "platform/Http.h"
+#include "platform/Log.h"
 
 #include "platform/AsciiText.h"
 #include "platform/HttpText.h"
@@ -85,6 +86,7 @@ private:
     static int RequestStarts(void* self, char*, char*, int, int);
     bool AddHeaderLine(std::string_view line);
     void CollectFinished();
+    void LogRequest() const;
 
     std::shared_ptr<Network> network_;
     Want want_;
@@ -101,6 +103,7 @@ private:
     bool finished_ = false;
     bool paused_ = false;
     bool timedOut_ = false;
+    const char* failure_ = nullptr; // in the library's words
 };
 
 bool Transfer::Start(const std::string& url) {
@@ -139,11 +142,22 @@ bool Transfer::Start(const std::string& url) {
 
 void Transfer::Stop() {
     if (!easy_) return;
+    LogRequest();
     network_->transfers.erase(this);
     curl_multi_remove_handle(network_->multi.get(), easy_);
     curl_easy_cleanup(easy_);
     easy_ = nullptr;
     finished_ = true;
+}
+
+void Transfer::LogRequest() const {
+    const char* address = nullptr;
+    curl_off_t bytes = 0;
+    curl_easy_getinfo(easy_, CURLINFO_EFFECTIVE_URL, &address);
+    curl_easy_getinfo(easy_, CURLINFO_SIZE_DOWNLOAD_T, &bytes);
+    LogLine("GET " + std::string(address ? address : "") + ": status " + std::to_string(Status()) + ", " +
+            std::to_string(bytes) + " bytes" + (timedOut_ ? ", no byte for too long" : "") +
+            (failure_ ? ", " + std::string(failure_) : ""));
 }
 
 void Transfer::Turn() {
@@ -172,7 +186,10 @@ void Transfer::CollectFinished() {
         if (message->msg != CURLMSG_DONE) continue;
         void* transfer = nullptr;
         curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
-        static_cast<Transfer*>(transfer)->finished_ = true;
+        auto& ended = *static_cast<Transfer*>(transfer);
+        ended.finished_ = true;
+        const CURLcode code = message->data.result;
+        if (code != CURLE_OK && !ended.answered_) ended.failure_ = curl_easy_strerror(code);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "platform/IniFile.h"
 
+#include "platform/Log.h"
 #include "platform/RuntimeError.h"
 #include "platform/linux/HostPath.h"
 #include "platform/linux/ProfileFile.h"
@@ -59,12 +60,15 @@ std::int32_t WriteProfileValue(std::string_view section, std::string_view key, s
                                const std::string& file) {
     if (file.empty()) return kSystemAccessDenied;
     const std::string path = FullName(file);
-    if (!DriveIsThere(path)) return kSystemFileNotFound;
+    std::int32_t code = kSystemFileNotFound;
     try {
-        return SystemErrorOf(WriteProfileFile(section, key, value, HostPath(path)));
+        if (DriveIsThere(path)) code = SystemErrorOf(WriteProfileFile(section, key, value, HostPath(path)));
     } catch (const RuntimeError&) {
-        return kSystemPathNotFound;
+        code = kSystemPathNotFound;
     }
+    LogLine("setting [" + std::string(section) + "] " + std::string(key) + "=" + std::string(value) +
+            (code == 0 ? "" : ": " + DescribeSystemError(code)));
+    return code;
 }
 
 std::string DescribeSystemError(std::int32_t code) {

@@ -226,8 +226,10 @@ std::string ProgramCommandLine() {
     return arguments;
 }
 
+// Found out once: where it lies does not change, and who asks does so for every file.
 std::string ProgramPath() {
-    return WindowsPath(OwnHostPath());
+    static const std::string path = WindowsPath(OwnHostPath());
+    return path;
 }
 
 bool AnotherInstanceRunning() {

@@ -92,13 +92,13 @@ int WriteTemporary(const std::string& name, const std::string& bytes, const stru
 }
 
 int Replace(const std::string& hostPath, const std::string& bytes, const struct stat* old) {
-    static int count = 0;
     const std::string folder = FolderOf(hostPath);
-    const std::string name = folder + ".kln" + std::to_string(getpid()) + "-" + std::to_string(++count) + ".tmp";
+    const std::string name = folder + ".klnprofile.tmp"; // the same for all: only one process of a user is at work
+    unlink(name.c_str());                                // left over by one that was killed
     int error = WriteTemporary(name, bytes, old);
     if (error == 0 && rename(name.c_str(), hostPath.c_str()) != 0) error = errno;
     if (error != 0) {
-        if (error != EEXIST) unlink(name.c_str());
+        unlink(name.c_str());
         return error;
     }
     // The file is whole either way; syncing the folder only makes the new one sure to outlast a power cut.

@@ -7,12 +7,11 @@
 #include "platform/AsciiText.h"
 #include "platform/RuntimeError.h"
 #include "platform/linux/ProfileFile.h"
+#include "platform/linux/UserFolder.h"
 
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <optional>
 
 namespace korlan {
@@ -20,15 +19,8 @@ namespace {
 
 constexpr std::size_t kAnyLength = static_cast<std::size_t>(-1);
 
-std::string HomeFolder() {
-    if (const char* home = std::getenv("HOME"); home && home[0] == '/') return home;
-    const passwd* user = getpwuid(getuid());
-    return user ? user->pw_dir : "";
-}
-
 std::string StoreFolder() {
-    const char* configured = std::getenv("XDG_CONFIG_HOME"); // a relative path there does not count
-    return (configured && configured[0] == '/' ? std::string(configured) : HomeFolder() + "/.config") + "/korlan";
+    return UserFolder("XDG_CONFIG_HOME", "/.config") + "/korlan";
 }
 
 // Makes the folder with its parents, all for the user alone. What cannot be made shows when the file is written.

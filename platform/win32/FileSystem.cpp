@@ -206,6 +206,7 @@ struct OutputFile::Impl {
     std::wstring path;
     FileHandle file;
     Mode mode = Mode::Create;
+    LARGE_INTEGER oldLength{};
     std::string buffer;
 
     void Flush() {
@@ -220,13 +221,20 @@ OutputFile::OutputFile(const std::string& path, Mode mode) : impl_(std::make_uni
     impl_->path = FilePath(path);
     impl_->mode = mode;
     // A hidden or system file keeps its attributes: an existing one is emptied, not created anew.
-    impl_->file = FileHandle(impl_->path, mode == Mode::Append ? FILE_APPEND_DATA : GENERIC_WRITE, OPEN_ALWAYS);
-    if (impl_->file && (mode == Mode::Append || SetEndOfFile(impl_->file.Get()))) return;
+    impl_->file = FileHandle(impl_->path, GENERIC_WRITE, OPEN_ALWAYS);
+    const HANDLE file = impl_->file.Get();
+    if (impl_->file &&
+        (mode == Mode::Append ? SetFilePointerEx(file, {}, &impl_->oldLength, FILE_END) : SetEndOfFile(file)))
+        return;
     const DWORD error = GetLastError();
     RaiseHostError(error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error, impl_->path); // it would be made
 }
 
 OutputFile::~OutputFile() {
+    const HANDLE file = impl_->file.Get();
+    if (impl_->file && impl_->mode == Mode::Append && SetFilePointerEx(file, impl_->oldLength, nullptr, FILE_BEGIN) &&
+        SetEndOfFile(file))
+        return;
     try {
         Close();
     } catch (const RuntimeError&) { // a destructor has nobody to tell; who wants to know calls Close

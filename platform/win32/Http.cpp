@@ -3,6 +3,7 @@
 #include "platform/Http.h"
 
 #include "platform/HttpText.h"
+#include "platform/Log.h"
 
 #include <windows.h>
 
@@ -103,6 +104,7 @@ struct Transfer {
     bool wantsBody = true;
     bool answered = false, ended = false, abandoned = false;
     std::uint64_t progress = 0; // counts answers and blocks
+    std::uint64_t received = 0; // bytes of the body
 
     void Run(std::string url);
     bool Publish(HINTERNET handle);
@@ -159,6 +161,7 @@ void Transfer::ReceiveBody() {
         if (!InternetReadFile(request->Get(), block.data(), static_cast<DWORD>(block.size()), &got) || got == 0) return;
         std::unique_lock lock(mutex);
         body.append(block, 0, got);
+        received += got;
         ++progress;
         changed.notify_all();
         changed.wait(lock, [this] { return abandoned || body.size() < kKeptBytes; });
@@ -170,16 +173,18 @@ void Transfer::ReceiveBody() {
 class Waiting {
 public:
     Waiting(std::shared_ptr<Session> session, const std::string& url, bool wantsBody)
-        : session_(std::move(session)), transfer_(std::make_shared<Transfer>()) {
+        : session_(std::move(session)), transfer_(std::make_shared<Transfer>()), wire_(WireUrl(url)) {
         transfer_->net = session_->net;
         transfer_->wantsBody = wantsBody;
-        const std::string wire = WireUrl(url);
-        transfer_->ended = wire.empty();
-        if (!wire.empty()) std::thread([transfer = transfer_, wire] { transfer->Run(wire); }).detach();
+        transfer_->ended = wire_.empty();
+        if (!wire_.empty()) std::thread([transfer = transfer_, wire = wire_] { transfer->Run(wire); }).detach();
     }
     Waiting(const Waiting&) = delete;
     Waiting& operator=(const Waiting&) = delete;
-    ~Waiting() { Abandon(); }
+    ~Waiting() {
+        Abandon();
+        LogRequest();
+    }
 
     Transfer& Shared() { return *transfer_; }
     bool TimedOut() const { return idle_ >= timeLimit; }
@@ -216,8 +221,16 @@ public:
     }
 
 private:
+    void LogRequest() const {
+        if (wire_.empty()) return;
+        const std::lock_guard lock(transfer_->mutex);
+        LogLine("GET " + wire_ + ": status " + std::to_string(transfer_->status) + ", " +
+                std::to_string(transfer_->received) + " bytes" + (TimedOut() ? ", no byte for too long" : ""));
+    }
+
     std::shared_ptr<Session> session_;
     std::shared_ptr<Transfer> transfer_;
+    std::string wire_;
     SteadyClock::duration idle_{0}; // waited without any progress
     std::uint64_t seen_ = 0;
 };

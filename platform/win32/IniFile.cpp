@@ -1,6 +1,7 @@
 #include "platform/IniFile.h"
 
 #include "platform/FileSystem.h"
+#include "platform/Log.h"
 #include "platform/RuntimeError.h"
 #include "platform/TextEncoding.h"
 #include "platform/win32/Wide.h"
@@ -65,7 +66,10 @@ std::int32_t WriteProfileValue(std::string_view section, std::string_view key, s
     const std::string fileBytes = BytesOfFile(file);
     const BOOL well = WritePrivateProfileStringA(InFormOf(section, fileBytes).c_str(), InFormOf(key, fileBytes).c_str(),
                                                  InFormOf(value, fileBytes).c_str(), path->c_str());
-    return well ? 0 : static_cast<std::int32_t>(GetLastError());
+    const std::int32_t code = well ? 0 : static_cast<std::int32_t>(GetLastError());
+    LogLine("setting [" + std::string(section) + "] " + std::string(key) + "=" + std::string(value) +
+            (code == 0 ? "" : ": " + DescribeSystemError(code)));
+    return code;
 }
 
 std::string DescribeSystemError(std::int32_t code) {

@@ -12,6 +12,7 @@ namespace korlan {
 namespace {
 
 constexpr std::size_t kEndSize = 22, kEntrySize = 46, kLocalSize = 30, kLongestComment = 65535;
+constexpr std::uint32_t kNoMethod = 0xFFFF; // packed by a method that nobody knows
 constexpr std::string_view kEntryMark = "PK\1\2";
 constexpr std::uint64_t kLargestDirectory = 64u << 20; // far above any archive of the update server
 
@@ -176,6 +177,14 @@ void ReadKind(std::uint32_t maker, std::uint32_t attributes, ZipMember& member) 
         member.kind = type == 0 || type == kRegularFile ? ZipMember::Kind::File : ZipMember::Kind::NoFile;
 }
 
+// How the data is packed, also below an encryption whose mark stands in place of the method.
+std::uint32_t MethodOf(std::string_view entry, std::string_view local, std::string_view localExtra) {
+    constexpr std::uint32_t kAesMark = 99;
+    const std::uint32_t method = Number16(entry, 10);
+    if (method != Number16(local, 8)) return kNoMethod; // the one that unpacks goes by either
+    return method == kAesMark ? Number16(ExtraField(localExtra, 0x9901), 5) : method;
+}
+
 // The member of one directory entry. Its local header says where the data begins and has its own extra field.
 ZipMember MemberOf(const ReadBytes& read, std::string_view entry, const DirectoryPlace& place) {
     const std::size_t nameSize = Number16(entry, 28);
@@ -190,7 +199,7 @@ ZipMember MemberOf(const ReadBytes& read, std::string_view entry, const Director
     if (member.data > place.offset || member.packed > place.offset - member.data) return member;
     const std::string localExtra = read(member.data - localExtraSize, localExtraSize);
 
-    member.method = Number16(entry, 10);
+    member.method = MethodOf(entry, local, localExtra);
     member.checkSum = Number32(entry, 16);
     member.encrypted = (Number16(entry, 8) & 1) != 0;
     auto modified = ExtendedTime(localExtra);

@@ -15,6 +15,7 @@ TEST_F(CommandLine, FolderAndFileArguments) {
     drive.MakeFolders("Suite One\\Sys");
     drive.MakeFolders("Other");
     drive.Write("Jobs\\Board.txt", "x");
+    drive.AddDrive('z', drive.HostPathOf("Jobs\\Board.txt"));
     const std::string ownFolder = "C:\\KORLAN\\sys";
     ChangeCurrentFolder("C:\\Other");
     const struct {
@@ -27,7 +28,12 @@ TEST_F(CommandLine, FolderAndFileArguments) {
         {"\"/SYS:  c:\\suite one\\sys \"", "C:\\SUITE ONE\\SYS", "", 0},
         {"/sys:C:/suite one/./x/../sys\\", "C:/SUITE ONE/./X/../SYS\\", "", 0},
         {"/sys:D:\\Sys", ownFolder, "", 1}, // no such drive
-        {"/sys:q:", "Q:", "", 0},           // a bare drive is not looked at
+        {"/sys:a:", "A:", "", 0},           // a bare drive is not looked at
+        {"/sys:Y:\\", "Y:\\", "", 0},       // from A to Y
+        {"/sys:Z:\\", ownFolder, "", 1},
+        {"/sys:@:", ownFolder, "", 1},
+        {"/sys:Q;", ownFolder, "", 1},
+        {"/sys:Q:x", ownFolder, "", 1},
         {"/sys:C:\\Jobs\\Board.txt", ownFolder, "", 1},
         {"C:\\Jobs\\board.TXT", ownFolder, "C:\\Jobs\\board.TXT", 0},
         {"C:\\Jobs\\*.txt", ownFolder, "", 0},

@@ -29,6 +29,12 @@ protected:
     void PublishItsArchive() {
         Publish("NEW.TXT.zip", ZipWriter().Add({.name = "NEW.TXT", .data = "new content"}).Bytes());
     }
+    // A text table in which every text is "T" and its identifier: what shows tells which identifier was asked for.
+    void WriteTextsOf(const std::vector<std::string>& identifiers) const {
+        std::string texts;
+        for (const std::string& id : identifiers) texts += id + " = T" + id + "\r\n";
+        drive.Write("KORLAN\\COUNTRY\\English\\KLNLOCAL.TXT", texts);
+    }
     static bool Start() {
         AttachHandlers();
         return Ends(Form_Load);

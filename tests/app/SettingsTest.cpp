@@ -14,7 +14,7 @@ TEST_F(SettingsTest, FolderDefaultsFollowTheConfiguredName) {
     ReadSuiteSettings();
     EXPECT_EQ(Settings.SysName + " " + Settings.JobDir + " " + Settings.KDSwrk,
               "Korlan C:\\Korlan\\JOB C:\\Korlan\\KDS_WRK");
-    EXPECT_TRUE(Settings.UpdateUrl.ends_with("/Updates/Korlan/161")) << Settings.UpdateUrl;
+    EXPECT_EQ(Settings.UpdateUrl, "//http://update.korlan.invalid/Updates/Korlan/161");
     Settings.IniFilePath = "C:\\KORLAN\\SYS\\TESSARY.INI";
     WriteIni("[Tessary]\r\nSysName=Board Lab\r\nSysDir=D:\\S\\\r\n[WEB]\r\nUPDATEONLINE=  \" http://u/x \"\r\n");
     ReadSuiteSettings();
@@ -56,7 +56,7 @@ TEST_F(SettingsTest, DesignationsBecomeInstallationFolders) {
     EXPECT_EQ(folderOf("\\lib\\user\\a"), "D:\\Parts\\USER\\A");
     EXPECT_EQ(folderOf("\\LIBRARY") + folderOf("\\"), "C:\\KORLAN\\LIBRARYC:\\KORLAN\\");
     EXPECT_EQ(folderOf("ROOT"), "9");
-    for (const char* designation : {"\\LIB\\..\\..\\Windows", "\\LIB\\.. \\x", "\\LIB\\..../x", "\\D:\\x"})
+    for (const char* designation : {"\\LIB\\..\\..\\Windows", "\\LIB\\.. \\x", "\\LIB\\..../x", "\\D:\\x", "2\\x"})
         EXPECT_EQ(folderOf(designation), "76") << designation;
 }
 

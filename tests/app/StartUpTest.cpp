@@ -1,4 +1,5 @@
 #include "app/base/Settings.h"
+#include "platform/SuiteLibrary.h"
 #include "tests/app/SearchFixture.h"
 #include "tests/support/ResetProgram.h"
 
@@ -10,10 +11,11 @@ namespace {
 using StartUp = SearchTest;
 
 TEST_F(StartUp, TheOpenSuiteIsBroughtForwardAndTheProgramEnds) {
+    WriteTextsOf({"4925", "991870"});
     WriteIni("[Tessary]\r\nSysName=Board Lab\r\n");
     Windows().titles = {"", "Board Lab Live Update", "board lab: x", " Board Lab: BOARD1 ", "Board Lab: BOARD2"};
     EXPECT_TRUE(Start());
-    EXPECT_EQ(BoxTexts(), std::vector<std::string>{"Close Board Lab before running Live Update"});
+    EXPECT_EQ(Desktop().boxes, (std::vector{ShownBox{"T4925 Board Lab T991870", kBoxCritical, "Board Lab"}}));
     EXPECT_EQ(Windows().touched, (std::vector<std::string>{"flash  Board Lab: BOARD1 ", "top  Board Lab: BOARD1 "}));
     EXPECT_FALSE(frmUpdate.form.Visible());
     EXPECT_EQ(Ini() + Reminder(), "[Tessary]\r\nSysName=Board Lab\r\n- - - -");
@@ -29,6 +31,7 @@ TEST_F(StartUp, TheWindowIsCompleteBeforeTheSearchBegins) {
         if (&control != &frmUpdate.form || aspect != Aspect::Visible || !frmUpdate.form.Visible()) return;
         shown = frmUpdate.form.Caption() + "|" + frmUpdate.lblMainHead.Caption() + "|" + State();
         EXPECT_EQ(frmUpdate.form.Left(), 2280) << "centred";
+        EXPECT_EQ(Flags.StatusSpinner, "|");
         EXPECT_FALSE(frmUpdate.lvwFilesList.Visible() || frmUpdate.LblLive.Visible() || frmUpdate.Option4.Visible());
         EXPECT_TRUE(server.Targets().empty() && Desktop().pointers.empty());
     };
@@ -109,12 +112,19 @@ TEST_F(StartUp, ANewerBuildTakesOver) {
     found(true, false, {"", "not found", "\r\n5-3-2005,0:0:0"});                       // no date: ends all the same
 }
 
-TEST_F(StartUp, AMissingCompanionKeepsNobody) {
+TEST_F(StartUp, TheCompanionStartsAfterASuccessThatBroughtANewUpdater) {
+    const std::string companion = "C:\\KORLAN\\KLNUPDTR.exe KEMO274";
     AttachHandlers();
-    Flags.UpdateSucceeded = Flags.NewUpdaterLoaded = 1;
-    Process().missing = {"C:\\KORLAN\\KLNUPDTR.exe KEMO274"};
-    frmUpdate.form.Show();
-    EXPECT_TRUE(CloseWindow());
+    for (int row = 0; row < 5; ++row) { // in the last one it is not there, which keeps nobody
+        SCOPED_TRACE(row);
+        Process().started.clear();
+        Flags.UpdateSucceeded = row & 1;
+        Flags.NewUpdaterLoaded = row >> 1 & 1;
+        if (row == 4) Flags.UpdateSucceeded = Flags.NewUpdaterLoaded = 1, Process().missing = {companion};
+        frmUpdate.form.Show();
+        EXPECT_TRUE(CloseWindow());
+        EXPECT_EQ(Process().started.size(), row == 3 ? 1U : 0U);
+    }
 }
 
 TEST_F(StartUp, HelpOpensTheCompiledFileAndClosesWithTheWindow) {
@@ -135,6 +145,10 @@ TEST_F(StartUp, TheSuiteLibraryMayNameAnotherIniFile) {
     drive.Write("KORLAN\\IniFile.txt", "C:\\Elsewhere\\SUITE.INI\n");
     InitLibraryInterface();
     EXPECT_EQ(Settings.IniFilePath, "C:\\Elsewhere\\SUITE.INI");
+    D_Device();
+    EXPECT_GT(OM_SearchName(DB_DeviceMap(), ""), 0);
+    InitLibraryInterface();
+    EXPECT_EQ(OM_SearchName(DB_DeviceMap(), ""), 0) << "the suite's memory is made anew";
 }
 
 } // namespace

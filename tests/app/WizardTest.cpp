@@ -8,18 +8,17 @@ namespace {
 
 using Wizard = SearchTest;
 
-// With a text table in which every text is "T" and its identifier, what shows tells which identifier was asked for.
 TEST_F(Wizard, AWholeUpdateByIdentifiers) {
-    std::string texts;
-    for (const char* id : {"9989", "991875", "1725", "991867", "991857", "327", "10486", "991860", "991861", "11200",
-                           "991871", "991869", "991876", "5675", "991864", "991865", "991257", "991866"})
-        texts += std::string(id) + " = T" + id + "\r\n";
-    drive.Write("KORLAN\\COUNTRY\\English\\KLNLOCAL.TXT", texts);
+    WriteTextsOf({"9989",   "991875", "1725",   "991867", "991857", "327",    "10486",
+                  "991860", "991861", "11200",  "991871", "991869", "991876", "5675",
+                  "991864", "991865", "991257", "991866", "991854", "991877", "991878"});
     OfferOneFile();
     PublishItsArchive();
 
-    std::string focus, progress, columns;
+    std::string focus, progress, columns, steps;
     Desktop().onControlChanged = [&](const Control& control, Aspect aspect, std::int32_t) {
+        const std::string& text = frmUpdate.lblMsgline.Caption();
+        if (text.starts_with("T99187") && !steps.ends_with(text + "|")) steps += text + "|";
         if (aspect == Aspect::Focus) focus += control.Name() + " ";
         if (control.Kind() == ControlKind::ProgressBar && frmUpdate.prgRun.Visible())
             progress +=
@@ -36,13 +35,14 @@ TEST_F(Wizard, AWholeUpdateByIdentifiers) {
     EXPECT_EQ(frmUpdate.form.Caption() + " " + frmUpdate.lblUpdate.Caption(), "Korlan T991867 T991857");
     std::string running;
     Desktop().onDoEvents = [&] {
-        running = State();
+        if (!running.ends_with(State())) running += State();
         EXPECT_FALSE(CloseWindow()) << "refused during a run";
         frmUpdate.lvwFilesList.UserToggle(1);
     };
     EXPECT_FALSE(Click(frmUpdate.cmdUpdate));
     Desktop().onDoEvents = {};
-    EXPECT_EQ(running, "0 1: (T9989) T991875 (T1725)");
+    EXPECT_EQ(running, "0 1: (T9989) T991875 (T1725)0 1: (T9989) (T991875) (T1725)") << "old clicks die in the end";
+    EXPECT_EQ(steps + frmUpdate.lvwFilesList.Row(1).subItems[2], "T991877 NEW.TXT|T991878 NEW.TXT|T991854");
     EXPECT_TRUE(frmUpdate.lvwFilesList.Row(1).checked) << "the list is locked";
     EXPECT_TRUE(frmUpdate.lvwFilesList.Row(1).bold);
     EXPECT_EQ(progress, "0/2 1/2 2/2 ");
@@ -68,24 +68,25 @@ TEST_F(Wizard, AWholeUpdateByIdentifiers) {
 }
 
 TEST_F(Wizard, AFailedRunStaysBusyUntilRetrySucceeds) {
+    WriteTextsOf({"991851", "991852", "991855", "991856", "991860", "991862", "991863"});
     OfferOneFile();
     EXPECT_FALSE(Start());
-    for (Button* again : {&frmUpdate.cmdUpdate, &frmUpdate.CmdRetry}) { // the archive is not there
+    server.Answer("/u/NEW.TXT.zip", {.body = "cut", .cutsAfter = 1});
+    for (Button* again : {&frmUpdate.cmdUpdate, &frmUpdate.CmdRetry}) {
         EXPECT_FALSE(Click(*again));
-        EXPECT_EQ(State(), "0 1: Retry C&ancel (&Help)");
+        EXPECT_EQ(State(), "0 1: T991852 C&ancel (&Help)");
         EXPECT_FALSE(CloseWindow());
+        EXPECT_EQ(frmUpdate.lblMsgline.Caption(), again == &frmUpdate.cmdUpdate ? "T991851" : "T991855T991856");
     }
-    EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "Live Update failed.Click Retry to try again");
     EXPECT_EQ(ReadIniString("LIVEUPDATEFROMWEB", "Number", "none"), "none");
 
-    Desktop().boxes.clear();
     Desktop().answers = {kAnswerNo};
     EXPECT_FALSE(Click(frmUpdate.cmdCancel)) << "asks first";
-    EXPECT_EQ(BoxTexts().size(), 1U);
+    EXPECT_EQ(BoxTexts(), std::vector<std::string>{"T991862"});
 
     PublishItsArchive();
     EXPECT_FALSE(Click(frmUpdate.CmdRetry));
-    EXPECT_EQ(State(), "2 0: (Retry) Next &Help");
+    EXPECT_EQ(State() + frmUpdate.lblMsgline.Caption(), "2 0: (T991852) T991863 &HelpT991860");
     EXPECT_EQ(ReadIniString("LIVEUPDATEFROMWEB", "1", ""), "SP1.mdb");
     EXPECT_TRUE(CloseWindow());
 }
@@ -98,6 +99,19 @@ TEST_F(Wizard, CancelOnTheListAndDuringARun) {
     EXPECT_FALSE(drive.Names("KORLAN\\Temp").empty()) << "cleaned up after a successful run only";
 
     PublishItsArchive();
+    ResetProgram();
+    EXPECT_FALSE(Start());
+    Desktop().answers = {kAnswerYes};
+    Desktop().onDoEvents = [] { // between the passes
+        if (frmUpdate.lvwFilesList.Row(1).subItems[2] == "Copied from web") frmUpdate.cmdCancel.UserClick();
+    };
+    EXPECT_TRUE(Click(frmUpdate.cmdUpdate));
+    EXPECT_EQ(Reminder(), "- - 0 0");
+    EXPECT_FALSE(drive.Exists("KORLAN\\SYS\\NEW.TXT"));
+
+    ResetProgram();
+    Desktop().onDoEvents = {};
+    EXPECT_FALSE(Start());
     Desktop().onDoEvents = [] { Flags.CancelRequested = 1; };
     EXPECT_TRUE(Click(frmUpdate.cmdUpdate));
     EXPECT_EQ(ReadIniString("LIVEUPDATEFROMWEB", "Number", "none"), "none");

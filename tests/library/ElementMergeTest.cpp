@@ -52,6 +52,7 @@ protected:
 
 TEST_F(ElementMergeTest, MergesEveryKindAndAsksBeforeOverwriting) {
     using Bodies = std::vector<std::string>;
+    MakeIndex();
     const std::tuple<std::int32_t, Bodies, std::string> cases[] = {
         // ... and the element of the last message
         {kAnswerYes, {"B=new B", "Z=old Z", "A=new A", "C=new C"}, "C"},
@@ -65,6 +66,9 @@ TEST_F(ElementMergeTest, MergesEveryKindAndAsksBeforeOverwriting) {
             Desktop().answers = {answer};
             SaveToLib(source, target);
             EXPECT_EQ(TargetBodies(), bodies);
+            const auto merged =
+                std::ranges::count_if(bodies, [](const auto& body) { return body.find("=new") != body.npos; });
+            EXPECT_EQ(Index("DELETE FROM PartFields RETURNING Name").size(), kind.kind == kPartKind ? merged : 0);
             EXPECT_THAT(Desktop().boxes,
                         ElementsAre(ShownBox{kind.question + target + "\nOverwrite anyway ?", 40, "Update"}));
             EXPECT_EQ(frmUpdate.lblMsgline.Caption(), kind.word + last + " from " + source + " to " + target);
@@ -80,7 +84,9 @@ TEST_F(ElementMergeTest, FailingStepsAreReported) {
         WriteBoth(kind);
         std::filesystem::remove(drive.HostPathOf(source));
         SaveToLib(source, target);
-        EXPECT_THAT(Desktop().boxes, ElementsAre(ShownBox{none + source, 48, kTitle}));
+        SaveToLib("Q:\\away" + source, target);
+        EXPECT_THAT(Desktop().boxes,
+                    ElementsAre(ShownBox{none + source, 48, kTitle}, ShownBox{none + "Q:\\away" + source, 48, kTitle}));
 
         WriteBoth(kind);
         drive.Write(target, "torn");

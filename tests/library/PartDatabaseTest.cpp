@@ -2,6 +2,7 @@
 
 #include "TestData.h"
 #include "library/SearchSequence.h"
+#include "platform/DatabaseError.h"
 #include "tests/support/Failing.h"
 #include "tests/support/Installation.h"
 
@@ -66,9 +67,30 @@ TEST_F(PartDatabaseTest, AFileReplacesItsRows) {
     EXPECT_THAT(Index("SELECT *, typeof(SSQON), typeof(SSQNum) FROM PartFields WHERE Name = '74LS00'"),
                 ElementsAre("74LS00|Ttl.PART|Quad NAND|IX1|SIM1|Texas|IC|TTL|DIL|0|NONE|SYM0|DIL14|-|1|2|"
                             "integer|integer"));
+    WriteParts("Ttl.PART", {{"74LS08", "DIL14 " + kFields, ""}});
+    UpdateLibDBReplaceFile("Ttl.PART");
+    EXPECT_THAT(Names(), ElementsAre("OTHER.PART:keep", "Ttl.PART:74LS08"));
     UpdateLibDBDeleteFile("Ttl.PART");
     EXPECT_THAT(Names(), ElementsAre("OTHER.PART:keep"));
     EXPECT_EQ(SequenceOf(kPartKind).names[2], "TTL.PART");
+}
+
+TEST_F(PartDatabaseTest, AReaderIsWaitedForAndCostsNoRow) {
+    MakeIndex();
+    Index("INSERT INTO PartFields (Name, Library) VALUES ('old', 'A.PART')");
+    WriteParts("A.PART", {{"X", "P " + kFields, ""}});
+    sqlite3* reader = nullptr;
+    sqlite3_open(drive.HostPathOf(kIndex).c_str(), &reader);
+    const auto run = [&](const char* sql) { sqlite3_exec(reader, sql, nullptr, nullptr, nullptr); };
+    const std::chrono::milliseconds usual = std::exchange(indexPatience, std::chrono::milliseconds(0));
+    run("BEGIN; SELECT * FROM PartFields");
+    EXPECT_EQ(ErrorOf([] { UpdateLibDBReplaceFile("A.PART"); }), kErrDatabaseLocked);
+    EXPECT_THAT(Names(), ElementsAre("A.PART:old"));
+    indexPatience = usual;
+    Desktop().onDoEvents = [&] { run("COMMIT"); };
+    UpdateLibDBReplaceFile("A.PART");
+    EXPECT_THAT(Names(), ElementsAre("A.PART:X"));
+    sqlite3_close(reader);
 }
 
 TEST_F(PartDatabaseTest, AnIndexThatCannotBeWrittenCountsAsNone) {
@@ -85,8 +107,10 @@ TEST_F(PartDatabaseTest, BadLibraryFilesEndTheOperation) {
     const suite::Element part{"A", "P " + std::string(9, '\x80'), ""};
     const std::string bytes = suite::LibraryBytes({suite::Kind::Part, {part}});
     MakeIndex();
+    const auto counted = [&](const std::string& count) { return std::string(bytes).replace(16, 4, count); };
     for (const std::string& bad : {bytes.substr(0, 19), std::string(), suite::LibraryBytes({suite::Kind::Part, {}}),
-                                   suite::LibraryBytes({suite::Kind::Symbol, {part}})}) {
+                                   suite::LibraryBytes({suite::Kind::Symbol, {part}}), counted("\xFF\xFF\xFF\x7F"),
+                                   counted("\xFF\xFF\xFF\xFF")}) { // memory for as many is never asked for
         drive.Write("KORLAN/LIB/BAD.PART", bad);
         UpdateLibDBAddFileElements("BAD.PART");
         EXPECT_THAT(Names(), testing::IsEmpty()) << testing::PrintToString(bad);

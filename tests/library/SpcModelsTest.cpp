@@ -63,6 +63,26 @@ TEST_F(SpcModelsTest, ABadArchiveIsRecordedAllTheSame) {
         EXPECT_EQ(ReadIniString("LIVEUPDATESPCFROMWEB", "SPCFILEMDB", ""), "");
         EXPECT_EQ(drive.Read(kInstalled), "own");
     }
+    std::filesystem::remove(drive.HostPathOf(kInstalled)); // a new file: the folder's case does not matter
+    Record("C:\\KORLAN\\sys\\");
+    for (const std::string& archive : {std::string("no archive"), good}) {
+        drive.Write(kArchive, archive);
+        EXPECT_EQ(Update(), 1);
+        EXPECT_EQ(ReadIniString("LIVEUPDATESPCFROMWEB", "SPCFILEMDB", ""), archive == good ? "1" : "");
+    }
+}
+
+TEST_F(SpcModelsTest, ModelsOfAnySizeAreAppendedWholeOrNotAtAll) {
+    const std::string large((16 << 20) + 70'000, 'm'), own(100'000, 'o');
+    drive.Write(kArchive, ZipWriter().Add({.name = "M.SPC", .data = large}).Bytes());
+    drive.Write(kInstalled, own);
+    {
+        const FileLimit limit((16 << 20) + 150'000); // met by the second block
+        EXPECT_NE(ErrorOf([this] { Update(); }), 0);
+    }
+    EXPECT_TRUE(drive.Read(kInstalled) == own);
+    EXPECT_EQ(Update(), 1);
+    EXPECT_TRUE(drive.Read(kInstalled) == own + "\r\n\r\n\r\n\r\n" + large + "\r\n");
 }
 
 TEST_F(SpcModelsTest, WhatFails) {

@@ -6,7 +6,7 @@ build=$(readlink -f "$1")
 if [ "$(id -u)" -ne 0 ]; then exec unshare --map-root-user "$0" "$build"; fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-wizard="include/klnupdt/KlwUpdt.h lib/klnupdt/KlnUpdt.EXE lib/klnupdt/KlnUpdt.chm share/doc/klnupdt/copyright"
+wizard="include/klnupdt/KlwUpdt.def include/klnupdt/KlwUpdt.h lib/klnupdt/KlnUpdt.EXE lib/klnupdt/KlnUpdt.chm share/doc/klnupdt/copyright"
 publisher="bin/klnpub share/doc/klnpub/copyright share/doc/klnpub/many-machines.md share/doc/klnpub/nginx.conf share/man/man1/klnpub.1"
 
 expect() { # what, expected words, found words

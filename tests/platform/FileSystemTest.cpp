@@ -75,7 +75,8 @@ TEST(Files, TwoSpellingsAreOneFileAndEveryByteArrives) {
         OutputFile file("C:\\MIXED.TXT", OutputFile::Mode::Append);
         file.Write(" more");
         EXPECT_EQ(ReadWholeFile("c:\\mixed.TXT"), "second more"); // out at once
-    }
+    }                                                             // not closed: taken back
+    EXPECT_EQ(ReadWholeFile("c:\\mixed.TXT"), "second");
     EXPECT_THAT(drive.Names(), ElementsAre("MiXed.Txt"));
     std::string expected;
     {

@@ -2,6 +2,7 @@
 #include "TestData.h"
 
 #include "platform/TextEncoding.h"
+#include "tests/support/Failing.h"
 #include "tests/support/Table.h"
 #include "tests/support/TempFolder.h"
 

@@ -6,10 +6,10 @@
 
 #ifndef _WIN32
 #include <sys/resource.h>
-
-#include <csignal>
+#include <unistd.h>
 #endif
 
+#include <csignal>
 #include <cstdint>
 #include <stdexcept>
 
@@ -27,21 +27,24 @@ std::int32_t ErrorOf(Call&& call) {
 }
 
 #ifndef _WIN32
-// While this lives no file may grow beyond that many bytes, as on a disk that is full.
-class FullDisk {
+// While this lives, no file can be written beyond that length: a disk that fills up.
+class FileLimit {
 public:
-    explicit FullDisk(rlim_t bytes) {
-        std::signal(SIGXFSZ, SIG_IGN);
+    explicit FileLimit(rlim_t bytes) {
         getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit small{bytes, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &small);
+        const rlimit limit{bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
     }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
+    FileLimit(const FileLimit&) = delete;
+    FileLimit& operator=(const FileLimit&) = delete;
+    ~FileLimit() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, signal_);
+    }
 
 private:
     rlimit before_{};
+    void (*signal_)(int) = std::signal(SIGXFSZ, SIG_IGN);
 };
 
 // The administrator may do anything on this host. While this lives, the process is somebody else.

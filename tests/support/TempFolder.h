@@ -57,8 +57,8 @@ class TempDrive {
 public:
     TempDrive()
         : top_(MakeFolder()), before_(std::filesystem::current_path()),
-          drives_("KLN_DRIVES", (top_ / "drives").string()), config_("XDG_CONFIG_HOME", (top_ / "config").string()),
-          cache_("XDG_CACHE_HOME", (top_ / "cache").string()) {
+          state_("XDG_STATE_HOME", (top_ / "state").string()), drives_("KLN_DRIVES", (top_ / "drives").string()),
+          config_("XDG_CONFIG_HOME", (top_ / "config").string()), cache_("XDG_CACHE_HOME", (top_ / "cache").string()) {
         for (const char* folder : {"c", "drives", "config", "cache"}) std::filesystem::create_directory(top_ / folder);
         std::filesystem::create_directory_symlink(top_ / "c", top_ / "drives" / "c:");
     }
@@ -161,7 +161,7 @@ private:
 
     std::filesystem::path top_, before_;
     std::vector<std::string> theirs_;
-    ScopedVariable drives_, config_, cache_;
+    ScopedVariable state_, drives_, config_, cache_;
 };
 #endif
 

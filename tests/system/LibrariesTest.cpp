@@ -1,4 +1,5 @@
 // Libraries and models through the whole wizard: the part index, the search sequences, the requests to the suite.
+#include "library/PartDatabase.h"
 #include "sample/suite/LibraryFile.h"
 #include "tests/support/ZipWriter.h"
 #include "tests/system/WizardFixture.h"
@@ -136,6 +137,7 @@ TEST_F(LibrariesTest, ALockedIndexEndsInRetry) {
     Connection suite = OpenIndex();
     ASSERT_EQ(sqlite3_exec(suite.get(), "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
     Start();
+    indexPatience = std::chrono::milliseconds(0);
     Press("cmdUpdate");
     EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "LiveUpdate Failed.Click Retry to try again");
     suite.reset();

@@ -12,9 +12,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <sys/resource.h>
-
 using namespace korlan;
 using namespace korlan::test;
 using testing::ElementsAre;
@@ -126,16 +123,11 @@ TEST_F(HttpTransferTest, AsksTwiceForADownloadAndOnceForItsSize) {
 
 // The host's limit on the size of a file stands for a disk that fills up.
 TEST_F(HttpTransferTest, AFullDiskEndsTheDownloadSilently) {
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit small{kMegabyte, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
+    const FileLimit limit(kMegabyte);
     for (const std::uint64_t size : {3 * kMegabyte, kMegabyte + 10}) { // in the middle, and with the very last bytes
         server_.Answer("/a", {.filling = size});
         EXPECT_EQ(kLeftAlone, Download(server_.Url("/a"), static_cast<std::int32_t>(size))) << size;
     }
-    setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_TRUE(Desktop().boxes.empty());
 }
 

@@ -63,6 +63,12 @@ TEST_F(ModZipTest, AnEmptyPasswordIsNotAskedForAgain) {
     EXPECT_THAT(drive_.Names("OUT1"), testing::ElementsAre("plain.txt"));
     Desktop().inputs = {std::string(300, 'p'), "right"};
     EXPECT_EQ(Extract("C:\\LOCKED.ZIP", "C:\\ELSE"), Outcome(1, 0)) << "a wrong one, then the right one";
+
+    std::filesystem::copy_file(KLN_TEST_DATA "/zip/longest.zip", drive_.HostPathOf("LONGEST.ZIP"));
+    std::string longest; // 256 characters, whatever their bytes
+    for (int i = 0; i < 256; ++i) longest += "\xC3\xBC";
+    Desktop().inputs = {longest + "\xC3\xBC and more"};
+    EXPECT_EQ(Extract("C:\\LONGEST.ZIP"), Outcome(1, 0));
 }
 
 TEST_F(ModZipTest, CancelIsAnsweredWhileItWrites) {

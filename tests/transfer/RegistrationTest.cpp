@@ -2,15 +2,32 @@
 #include "transfer/Registration.h"
 
 #include "catalogue/FileTables.h"
+#include "platform/Component.h"
 #include "platform/RuntimeError.h"
 #include "tests/support/ScriptedProcess.h"
 
 #include <gtest/gtest.h>
 
 namespace korlan {
-namespace {
 
 using test::Process;
+
+// Type libraries as another program would be asked for them. One of the name "BAD.TLB" cannot be described.
+bool LoadAndRegisterTypeLib(const std::string& path) {
+    Process().started.push_back({"load " + path, WindowStyle::MinimizedFocus});
+    return false;
+}
+TypeLibraryInfo DescribeTypeLib(const std::string& path) {
+    if (path.ends_with("BAD.TLB")) throw RuntimeError(kErrFileNotFound);
+    return {.identifier = path};
+}
+bool UnregisterTypeLib(const TypeLibraryInfo& library) {
+    Process().started.push_back({"forget " + library.identifier, WindowStyle::MinimizedFocus});
+    return false;
+}
+
+namespace {
+
 using Operation = std::int32_t (*)(std::int32_t);
 
 // The one command that an operation starts on a record, "" when it starts none.
@@ -44,7 +61,8 @@ TEST(Registration, ExtensionAndFolderDecide) {
         {"A.DLL", "C:\\Korlan", "", ""},
         {"A.DLL", "C:\\Korlan\\SYS\\", "", ""},
         {"A\" /i \".DLL", own, "", ""},
-        {"A.tlb", own, "", ""}, // a call of the system, which fails unseen
+        {"A.tlb", own, R"(load C:\Korlan\A.tlb)", R"(forget C:\Korlan\A.tlb)"},
+        {"BAD.TLB", own, R"(load C:\Korlan\BAD.TLB)", ""}, // which fails unseen
     };
     for (const auto& [name, folder, whenRegistered, whenUnregistered] : cases) {
         EXPECT_EQ(CommandOf(RegisterFile, name, folder), whenRegistered) << folder << name;

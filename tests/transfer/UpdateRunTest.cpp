@@ -1,15 +1,14 @@
 #include "transfer/UpdateRun.h"
 
 #include "platform/Database.h"
+#include "platform/MsgBox.h"
+#include "tests/support/Failing.h"
 #include "tests/support/HttpServer.h"
 #include "tests/support/ProgramTest.h"
 #include "tests/support/SqliteFile.h"
 #include "tests/support/ZipWriter.h"
 
-#include <sys/resource.h>
-
 #include <algorithm>
-#include <csignal>
 
 namespace korlan {
 namespace {
@@ -22,7 +21,10 @@ constexpr const char* kDate = "5-3-2004,9:7:12";
 
 class UpdateRunTest : public test::ProgramTest {
 protected:
-    UpdateRunTest() { Settings.UpdateUrl = server.Url("/u"); }
+    UpdateRunTest() {
+        Settings.UpdateUrl = server.Url("/u");
+        Settings.SysName = "Korlan";
+    }
 
     static std::string Archive(const std::string& member, const std::string& data) {
         return test::ZipWriter().Add({.name = member, .data = data, .extendedTime = kStamp}).Bytes();
@@ -62,15 +64,28 @@ TEST_F(UpdateRunTest, FetchesAndInstallsWhatIsChecked) {
     Offer("B.DLL", "SYS\\NEW\\", std::string(5000, 'b'));
     Offer("C.DLL", "SYS\\", "not wanted");
     Offer("klnupdta.exe", "", "updater");
+    Offer("subcir.idx", "SYS\\", "index");
     list.SetChecked(3, false);
+    Tables.UpdatedFiles.Append("of the run before");
+    std::string unpacked;
+    Desktop().onControlChanged = [&](const Control& control, Aspect aspect, std::int32_t) {
+        if (&control != &frmUpdate.lblMsgline || aspect != Aspect::Caption) return;
+        if (const std::string& text = frmUpdate.lblMsgline.Caption(); text.starts_with("Unc")) unpacked += text + ";";
+    };
 
     EXPECT_EQ(UpdateFilesFromWeb(), 0);
+    EXPECT_EQ(unpacked, "Uncompressing : A.DLL;Uncompressing : B.DLL;Uncompressing : klnupdta.exe;"
+                        "Uncompressing : subcir.idx;");
+    EXPECT_EQ(std::vector(Tables.UpdatedFiles.begin(), Tables.UpdatedFiles.end()),
+              (std::vector<std::string>{"A.DLL.zip", "B.DLL.zip", "klnupdta.exe.zip", "subcir.idx.zip"}));
+    EXPECT_EQ(ReadIniString("LIVEUPDATESPCFROMWEB", "SPCFILEMDB", ""), "1");
+    EXPECT_TRUE(list.Row(1).bold && !list.Row(3).bold);
     EXPECT_EQ(drive.Read("KORLAN/A.DLL"), "new a");
     EXPECT_EQ(drive.Read("KORLAN/SYS/NEW/B.DLL"), std::string(5000, 'b'));
     EXPECT_FALSE(drive.Exists("KORLAN/SYS/C.DLL"));
     EXPECT_EQ(Asked("A.DLL"), 3u); // one probe, two requests of the download
     EXPECT_EQ(Asked("C.DLL"), 0u);
-    EXPECT_EQ(list.Row(2).subItems[1], "5KB");
+    EXPECT_EQ(list.Row(1).subItems[1] + list.Row(2).subItems[1], "1KB5KB");
     EXPECT_EQ(Status(1), "Updated");
     EXPECT_EQ(Flags.NewUpdaterLoaded, 1);
     ASSERT_EQ(Process().started.size(), 2u);
@@ -144,40 +159,77 @@ TEST_F(UpdateRunTest, AnErrorOfTheInstallPassStaysUntilTheNextTransfer) {
     }
 }
 
-TEST_F(UpdateRunTest, ADiskThatFillsUpLeavesTheInstalledFile) {
+TEST_F(UpdateRunTest, ATransferThatCannotBeWrittenIsAFailedOne) {
     drive.Write("KORLAN/B.DLL", "installed");
     Offer("B.DLL", "", std::string(90'000, 'b'));
     Offer("C.DLL", "", "new c");
-    const auto before = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit unlimited{};
-    getrlimit(RLIMIT_FSIZE, &unlimited);
-    const rlimit small{20'000, unlimited.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
-    EXPECT_EQ(UpdateFilesFromWeb(), 0); // kept: a file that cannot be written is no failed transfer
-    setrlimit(RLIMIT_FSIZE, &unlimited);
+    {
+        const test::FileLimit limit(20'000);
+        EXPECT_EQ(UpdateFilesFromWeb(), 0);
+    }
     EXPECT_EQ(drive.Read("KORLAN/B.DLL"), "installed");
-    EXPECT_EQ(drive.Read("KORLAN/C.DLL"), "new c");
-    EXPECT_EQ(Status(1), "");
+    EXPECT_EQ(Flags.DownloadFailed + Asked("C.DLL"), 1u);
+    EXPECT_TRUE(frmUpdate.CmdRetry.Visible());
 
-    EXPECT_EQ(UpdateFilesFromWeb(), 0); // what had come is no archive and is fetched anew
-    EXPECT_EQ(drive.Read("KORLAN/B.DLL"), std::string(90'000, 'b'));
-    std::signal(SIGXFSZ, before);
+    frmUpdate.IsRetry = 1;
+    EXPECT_EQ(UpdateFilesFromWeb() + Flags.DownloadFailed, 0);
+    EXPECT_EQ(drive.Read("KORLAN/B.DLL") + drive.Read("KORLAN/C.DLL"), std::string(90'000, 'b') + "new c");
+}
+
+TEST_F(UpdateRunTest, WhatCannotBeUnpackedIsReportedAndTheRunGoesOn) {
+    Offer("P.PART", "LIB\\", "");
+    Offer("A.DLL", "", "");
+    modZip.OptionFlags[3] = 1; // as if the archive library could not be called
+    EXPECT_EQ(UpdateFilesFromWeb() + Flags.DownloadFailed, 0);
+    const std::string text = "File not updated properly : C:\\KORLAN\\";
+    EXPECT_EQ(Desktop().boxes, (std::vector{test::ShownBox{text + "LIB\\P.PART", kBoxCritical, "Korlan"},
+                                            test::ShownBox{text + "A.DLL", kBoxCritical, "Korlan"}}));
+    EXPECT_EQ(Status(1) + Status(2) + std::to_string(Tables.UpdatedFiles.UpperBound()),
+              "Copied from webCopied from web0");
+}
+
+TEST_F(UpdateRunTest, AProgramFolderThatCannotBeReadEndsAPerfectRunWell) {
+    Offer("A.DLL", "SYS\\", "new a");
+    for (const char* folder : {"KORLAN/SYS", "KORLAN/Temp"}) drive.SetMode(folder, 0777);
+    drive.SetMode("KORLAN", 0311);
+    std::filesystem::permissions(drive.Top(), std::filesystem::perms::all);
+    const test::AsOrdinaryUser user;
+    EXPECT_EQ(UpdateFilesFromWeb() + Flags.DownloadFailed, 0);
+    EXPECT_EQ(drive.Read("KORLAN/SYS/A.DLL") + Status(1), "new aUpdated");
 }
 
 TEST_F(UpdateRunTest, AnArchiveLeftOverIsReusedWhenItHoldsTheCataloguesVersion) {
     const auto other = test::ZipWriter().Add({.name = "A.DLL", .data = "x", .extendedTime = kStamp + 1}).Bytes();
-    const std::pair<std::string, bool> cases[] = {
-        {Archive("A.DLL", "kept"), true}, {other, false}, {Archive("B.DLL", "x"), false}, {"PK no archive", false}};
-    for (const auto& [left, reused] : cases) {
+    const struct {
+        std::string left;
+        int status; // of the server
+        const char *installed, *size;
+        std::size_t requests;
+    } cases[] = {{Archive("A.DLL", "kept"), 200, "kept", "", 0},
+                 {other, 200, "fetched", " 0KB", 3},
+                 {Archive("B.DLL", "x"), 200, "fetched", " 0KB", 3},
+                 {"PK no archive", 200, "fetched", " 0KB", 3},
+                 {other, 404, "installed", "", 1}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.left + std::to_string(c.status));
         Tables.FileArray.Clear();
         list.ClearRows();
         Offer("A.DLL", "", "fetched");
-        drive.Write("KORLAN/Temp/A.DLL.zip", left);
+        if (c.status != 200) server.Answer("/u/A.DLL.zip", {.status = c.status});
+        drive.Write("KORLAN/A.DLL", "installed");
+        drive.Write("KORLAN/Temp/A.DLL.zip", c.left);
+        if (c.requests == 0) { // what lies there and is not to be replaced is looked at
+            drive.Write("KORLAN/Temp/A.DLL", "read-only");
+            drive.Touch("KORLAN/Temp/A.DLL", 2004, 3, 5, 9, 7, 12);
+            drive.SetMode("KORLAN/Temp/A.DLL", 0444);
+            Desktop().answers = {kAnswerNo};
+        }
         const std::size_t before = Asked("A.DLL");
-        EXPECT_EQ(UpdateFilesFromWeb(), 0);
-        EXPECT_EQ(drive.Read("KORLAN/A.DLL"), reused ? "kept" : "fetched") << left;
-        EXPECT_EQ(Asked("A.DLL") - before, reused ? 0u : 3u) << left;
-        EXPECT_FALSE(drive.Exists("KORLAN/Temp/A.DLL")) << left;
+        EXPECT_EQ(UpdateFilesFromWeb() + Flags.DownloadFailed, 0);
+        EXPECT_EQ(drive.Read("KORLAN/A.DLL"), c.installed);
+        EXPECT_EQ(Asked("A.DLL") - before, c.requests);
+        EXPECT_EQ(list.Row(1).subItems.size() < 2 ? "" : list.Row(1).subItems[1], c.size);
+        EXPECT_FALSE(drive.Exists("KORLAN/Temp/A.DLL"));
     }
 }
 
@@ -210,8 +262,13 @@ TEST_F(UpdateRunTest, CleansUpTheTemporaryFolderOnly) {
     drive.Write("KORLAN/Temp/sub/keep.txt", "x");
     drive.SetMode("KORLAN/Temp/a.zip", 0444);
     drive.Write("KORLAN/keep.txt", "x");
+    Offer("sub/A.DLL", "", "");
+    Tables.FileArray[1].TempZipFile = "C:\\KORLAN\\Temp\\sub\\A.DLL.zip";
+    EXPECT_EQ(UpdateFilesFromWeb(), 0);
+    EXPECT_TRUE(drive.Exists("KORLAN/Temp/sub/A.DLL.zip"));
     CleanUpTemporaryFiles();
     EXPECT_EQ(drive.Names("KORLAN/Temp"), std::vector<std::string>{"sub"});
+    EXPECT_EQ(drive.Names("KORLAN/Temp/sub"), std::vector<std::string>{"keep.txt"});
     EXPECT_TRUE(drive.Exists("KORLAN/keep.txt"));
 }
 

@@ -1,6 +1,7 @@
 #include "platform/MsgBox.h"
 
 #include "platform/Gestures.h"
+#include "platform/Log.h"
 #include "platform/linux/desktop/Application.h"
 
 #include <QApplication>
@@ -114,6 +115,7 @@ bool BoxIsUp() {
 }
 
 std::int32_t ShowMsgBox(const std::string& text, std::int32_t style, const std::string& title) {
+    LogLine("box: " + text);
     QMessageBox box(Owner());
     box.setObjectName("MsgBox");
     box.setWindowTitle(TitleOf(title));

@@ -1,6 +1,7 @@
 #include "platform/MsgBox.h"
 
 #include "platform/Gestures.h"
+#include "platform/Log.h"
 #include "platform/win32/Wide.h"
 
 #include <cstring>
@@ -117,6 +118,7 @@ bool BoxIsUp() { // a box disables its owner
 }
 
 std::int32_t ShowMsgBox(const std::string& text, std::int32_t style, const std::string& title) {
+    LogLine("box: " + text);
     Wait wait(EndTopmostBox);
     const int answer = MessageBoxW(Owner(), Wide(text).c_str(), TitleOf(title).c_str(), SystemStyle(style));
     wait.Rethrow();

@@ -25,7 +25,7 @@ TEST(ProfileFiles, AFullDiskLeavesTheOldFile) {
     const std::string before = "[S]\r\nk=v\r\n;" + std::string(50'000, 'c') + "\r\n";
     drive.Write("TEST.INI", before);
     {
-        const test::FullDisk disk(20'000);
+        const test::FileLimit limit(20'000);
         EXPECT_EQ(WriteProfileValue("S", "k", "w", kFile), 112);
     }
     EXPECT_EQ(drive.Read("TEST.INI"), before);
