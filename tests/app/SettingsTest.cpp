@@ -60,6 +60,13 @@ TEST_F(SettingsTest, DesignationsBecomeInstallationFolders) {
         EXPECT_EQ(folderOf(designation), "76") << designation;
 }
 
+TEST_F(SettingsTest, FoldersEndInOneBackslash) {
+    for (std::string folder : {"C:\\X", " C:\\X\\ "}) {
+        AddBackslash(folder);
+        EXPECT_EQ(folder, "C:\\X\\");
+    }
+}
+
 TEST_F(SettingsTest, BareNamesHoldNoFolder) {
     for (const char* name : {"a\\b", "a/b", "..", "C:x", "a\r\n1=b.SYMBOL"}) EXPECT_FALSE(IsBareName(name)) << name;
 }

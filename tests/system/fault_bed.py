@@ -21,7 +21,7 @@ ANSWERS = {
     "hangs up": (lambda body: [None], "error updated updated retry"),
     "401": (lambda body: [STATUS % 401], "error updated updated retry"),
     "404": (lambda body: [STATUS % 404], "error updated updated retry"),
-    "500": (lambda body: [STATUS % 500], "error updated updated updated"),
+    "500": (lambda body: [STATUS % 500], "error updated updated retry"),
     "empty": (lambda body: [HEAD % 0], "none closed none retry"),
     "no length": (lambda body: [b"HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + body, None],
                   "updated updated updated retry"),
@@ -36,9 +36,9 @@ ANSWERS = {
 REQUESTS = ("Update.mdb", "KlnUpdt.txt", "SP2.mdb", "TESSARYDOTTEXE.zip", "TTL74DOTTPART.zip", "OPAMPDOTTSPC.zip")
 # Operation and error of the fault, and the expected ends at the files.
 FAULTS = {
-    "create, no room": ("create", errno.ENOSPC, "error updated updated! - retry! retry updated - updated"),
-    "write, no room": ("write", errno.ENOSPC, "error updated updated! - retry! retry updated - updated"),
-    "write, broken": ("write", errno.EIO, "error updated updated! - retry! retry updated - updated"),
+    "create, no room": ("create", errno.ENOSPC, "error retry updated! - retry! retry updated - updated"),
+    "write, no room": ("write", errno.ENOSPC, "error retry updated! - retry! retry updated - updated"),
+    "write, broken": ("write", errno.EIO, "error retry updated! - retry! retry updated - updated"),
     "rename, refused": ("rename", errno.EACCES, "- - - updated! - - - updated updated"),
     "delete, refused": ("delete", errno.EACCES, "updated updated - updated - retry updated - updated"),
     "stat, refused": ("stat", errno.EACCES, "updated updated - none! updated! retry - updated updated"),

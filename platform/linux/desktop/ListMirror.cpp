@@ -159,7 +159,7 @@ void ListMirror::TellReaders(std::int32_t row) {
 int ListMirror::NarrowestWidth(int column) const {
     QFont bold = font();
     bold.setBold(true);
-    const int text = QFontMetrics(bold).horizontalAdvance(ToQString(model_.Column(column).fits));
+    const int text = qCeil(QFontMetricsF(bold).horizontalAdvance(ToQString(model_.Column(column).fits)));
     const int margin = style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1;
     const int before =
         column == 0 // check box and picture, each with its margins
