@@ -53,7 +53,9 @@ class Payload:
     """The content of a file as the maker publishes it."""
 
     def __init__(self, build):
-        self.make_library = build / "sample" / "kln-makelib"
+        self.make_library = [build / "sample" / "kln-makelib"]
+        if not self.make_library[0].exists():  # a Windows build
+            self.make_library = [HERE.parent / "scripts" / "wine", build / "sample" / "kln-makelib.exe"]
 
     def content(self, row, scratch):
         name = row["FileName"]
@@ -62,7 +64,7 @@ class Payload:
             own = folder_of(HERE / "installation", row["FilePath"]) / name
         if name.upper().endswith(LIBRARIES):
             library = scratch / name
-            subprocess.run([self.make_library, f"{own}.txt", library], check=True)
+            subprocess.run([*self.make_library, f"{own}.txt", library], check=True)
             return library.read_bytes()
         if own.exists():
             return own.read_bytes()
@@ -141,8 +143,12 @@ def lay_out_server(files, payload, scratch, program_time):
     return catalogue_rows()
 
 
-def lay_out_part_index(library_folder):
-    """The part index: every part of the libraries that the installation holds, and of one that is gone."""
+def lay_out_part_index(library_folder, as_text):
+    """The part index: every part of the libraries that the installation holds, and of one that is gone. As text it is
+    what the database engine of the tests under Wine reads."""
+    if as_text:
+        shutil.copy(HERE / "installation" / "Parts.abd.tsv", library_folder / "Parts.abd")
+        return
     with open(HERE / "installation" / "Parts.abd.tsv", encoding="utf-8", newline="") as table:
         columns, *rows = csv.reader(table, delimiter="\t", quoting=csv.QUOTE_NONE)
     numbers = ("SSQON", "SSQNum")
@@ -159,7 +165,8 @@ def lay_out_installation(program, build, payload, scratch, url, country):
     for code in CODES + ("Temp",):
         (program / code).mkdir(parents=True, exist_ok=True)
     shutil.copy(build / "KlnUpdt.EXE", program)
-    shutil.copy(build / "sample" / "libklwupdt.so", program)
+    on_windows = (build / "sample" / "KLWUPDT.DLL").exists()
+    shutil.copy(build / "sample" / ("KLWUPDT.DLL" if on_windows else "libklwupdt.so"), program)
     shutil.copy(HERE / "help" / "KlnUpdt.chm", program)
     for companion in ("KLNUPSLF.EXE", "KLNUPDTR.exe"):
         shutil.copy(HERE / "companion", program / companion)
@@ -183,7 +190,7 @@ def lay_out_installation(program, build, payload, scratch, url, country):
             shift = {"older": -86400, "current": 0, "newer": 86400}[age]
             mtime = seconds(row["Filedate"]) + shift
             os.utime(target, (mtime, mtime))
-    lay_out_part_index(program / "LIB")
+    lay_out_part_index(program / "LIB", on_windows)
 
 
 def main():
@@ -198,7 +205,7 @@ def main():
     out = arguments.out
     program, www, scratch = out / "drive_c" / "KORLAN", out / "www", out / "scratch"
     for folder in (out / "drives", www / "files", www / "temp", scratch):
-        folder.mkdir(parents=True)
+        folder.mkdir(parents=True, exist_ok=True)
     (out / "drives" / "c:").symlink_to("../drive_c")
     (out / "drives" / "z:").symlink_to("/")
 

@@ -1,8 +1,8 @@
 #include "platform/FileSystem.h"
 
+#include "platform/NamePattern.h"
 #include "platform/RuntimeError.h"
 #include "platform/TextCase.h"
-#include "platform/TextEncoding.h"
 #include "platform/linux/ExecuteBits.h"
 #include "platform/linux/FileHandle.h"
 #include "platform/linux/HostError.h"
@@ -45,30 +45,6 @@ bool IsNormalFile(int folder, std::string_view name) {
     return fstatat(folder, name.data(), &status, 0) == 0 && S_ISREG(status.st_mode);
 }
 
-// "*" is any run of characters, "?" any one. Both texts are in upper case. Steps back to the last "*" only, so the work
-// is bounded by the product of the lengths.
-bool MatchesPattern(std::string_view name, std::string_view pattern) {
-    std::size_t at = 0, inPattern = 0, star = std::string_view::npos, afterStar = 0;
-    while (at < name.size()) {
-        if (inPattern < pattern.size() && pattern[inPattern] == '*') {
-            star = inPattern++;
-            afterStar = at;
-        } else if (inPattern < pattern.size() && pattern[inPattern] == '?') {
-            ++inPattern;
-            do ++at;
-            while (at < name.size() && IsUtf8Tail(name[at]));
-        } else if (inPattern < pattern.size() && pattern[inPattern] == name[at]) {
-            ++inPattern, ++at;
-        } else if (star != std::string_view::npos) {
-            inPattern = star + 1;
-            at = ++afterStar;
-        } else {
-            return false;
-        }
-    }
-    return pattern.find_first_not_of('*', inPattern) == std::string_view::npos;
-}
-
 // The normal files of a folder that match, sorted without regard to case. An errno value when it cannot be read.
 int ListMatching(const std::string& hostFolder, std::string_view foldedPattern, std::vector<std::string>& names) {
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(hostFolder.c_str()), closedir);
@@ -76,7 +52,7 @@ int ListMatching(const std::string& hostFolder, std::string_view foldedPattern, 
     std::vector<std::pair<std::string, std::string>> sorted; // upper case, spelling
     while (const dirent* entry = readdir(folder.get())) {
         std::string folded = UpperCaseText(entry->d_name);
-        if (MatchesPattern(folded, foldedPattern) && IsNormalFile(dirfd(folder.get()), entry->d_name))
+        if (MatchesNamePattern(folded, foldedPattern) && IsNormalFile(dirfd(folder.get()), entry->d_name))
             sorted.emplace_back(std::move(folded), entry->d_name);
     }
     std::sort(sorted.begin(), sorted.end());

@@ -1,7 +1,5 @@
 #include "sample/suite/LibraryFile.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -182,10 +180,13 @@ void SaveLibrary(const LibraryFile& library, const std::string& path) {
     ParseLibrary(bytes); // names twice or with a zero byte would make a file that nobody reads
     const std::string temporary = path + ".new";
     std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
+    const bool opened = file.is_open();
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     file.close();
-    if (file && std::rename(temporary.c_str(), path.c_str()) == 0) return;
-    unlink(temporary.c_str());
+    std::error_code failed = std::make_error_code(std::errc::io_error);
+    if (file) std::filesystem::rename(temporary, path, failed);
+    if (!failed) return;
+    if (opened) std::filesystem::remove(temporary, failed);
     throw LibraryFileError("cannot write " + path);
 }
 

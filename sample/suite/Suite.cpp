@@ -1,9 +1,8 @@
 // The suite's procedures over the sample's library files. Errors never leave a procedure: they are its result.
+#include "platform/NamePattern.h"
 #include "sample/suite/LibraryFile.h"
+#include "sample/suite/OwnFolder.h"
 #include "sdk/KlwUpdt.h"
-
-#include <dlfcn.h>
-#include <fnmatch.h>
 
 #include <cstddef>
 #include <fstream>
@@ -100,13 +99,15 @@ std::int32_t Search(std::int32_t map, const std::function<bool(const std::string
 
 // First line of IniFile.txt beside this library.
 std::string IniFileFromFolder() {
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(&IniFileFromFolder), &info) == 0 || !info.dli_fname) return {};
-    const std::string self = info.dli_fname;
-    std::ifstream file(self.substr(0, self.rfind('/') + 1) + "IniFile.txt");
+    std::ifstream file(suite::OwnFolder() / "IniFile.txt");
     std::string line;
     std::getline(file, line);
     return line;
+}
+
+std::string Upper(std::string name) {
+    for (char& c : name) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
+    return name;
 }
 
 } // namespace
@@ -262,6 +263,6 @@ int32_t OM_SearchName(int32_t map, const char* name) {
 
 int32_t OM_SearchNameMask(int32_t map, const char* mask) {
     return Search(map, [mask](const std::string& candidate) {
-        return fnmatch(mask, candidate.c_str(), FNM_CASEFOLD | FNM_NOESCAPE) == 0;
+        return korlan::MatchesNamePattern(Upper(candidate), Upper(mask));
     });
 }

@@ -11,7 +11,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <thread>
 
 namespace korlan {
@@ -106,7 +105,6 @@ TEST_F(ZipLibraryTest, OnlyFilesAreMadeOfMembers) {
               0)
         << "a comment may hold the mark of the end";
     EXPECT_THAT(drive_.Names("OUT"), ElementsAre("tool"));
-    EXPECT_EQ(access(drive_.HostPathOf("OUT/tool").c_str(), X_OK), 0) << "a program stays one";
     ZipEntry unreadable = unixEntry("link", 0120777);
     unreadable.method = 97;
     const ZipWriter refused[] = {
@@ -122,6 +120,7 @@ TEST_F(ZipLibraryTest, OnlyFilesAreMadeOfMembers) {
     }
 }
 
+#ifndef _WIN32 // where every file may run
 TEST_F(ZipLibraryTest, ProgramsStayPrograms) {
     const auto runs = [&](const char* name) { return access(drive_.HostPathOf(name).c_str(), X_OK) == 0; };
     answers_ = {kOverwriteYes};
@@ -135,11 +134,14 @@ TEST_F(ZipLibraryTest, ProgramsStayPrograms) {
                         .Add({"ERASED", "x"})
                         .Add({"data", "x"})
                         .Add({"elf", elf})
-                        .Add({"script", "#!/bin/sh\n"})),
+                        .Add({"script", "#!/bin/sh\n"})
+                        .Add({.name = "tool", .data = "x", .maker = 0x0314, .attributes = 0100755u << 16})),
               0);
-    for (const char* name : {"OUT/There", "OUT/ERASED", "OUT/elf", "OUT/script"}) EXPECT_TRUE(runs(name)) << name;
+    for (const char* name : {"OUT/There", "OUT/ERASED", "OUT/elf", "OUT/script", "OUT/tool"})
+        EXPECT_TRUE(runs(name)) << name;
     EXPECT_FALSE(runs("OUT/data"));
 }
+#endif
 
 TEST_F(ZipLibraryTest, AFileUnderWayGoesWithWhoeverEndsTheWork) {
     drive_.Write("OUT/.klnunzip1", "of a process that was killed");
@@ -151,6 +153,7 @@ TEST_F(ZipLibraryTest, AFileUnderWayGoesWithWhoeverEndsTheWork) {
     };
     EXPECT_THROW(Unzip(archive), int);
     EXPECT_EQ(Out(), "");
+    if (kOnWindows) return; // the file goes when the next process extracts to the folder
     functions_.service = [] { EndProcess(); };
     EXPECT_EXIT(Unzip(archive), testing::ExitedWithCode(0), "");
     EXPECT_EQ(Out(), "");
@@ -168,14 +171,17 @@ TEST_F(ZipLibraryTest, MembersKeepTheirOwnTime) {
         {kWest, DosDate(1980, 1, 1), DosTime(0, 0, 0), -86399, -86399},
     };
     for (const auto& [zone, date, time, extended, seconds] : cases) {
+        if (kOnWindows && !extended) continue; // the zone is the system's there, for all programs
         const ScopedVariable variable("TZ", zone);
         tzset();
         EmptyOut();
         const ZipEntry entry{.name = "A.TXT", .data = "x", .date = date, .time = time, .extendedTime = extended};
         EXPECT_EQ(Unzip(ZipWriter().Add(entry)), 0);
-        struct stat status {};
-        EXPECT_EQ(stat(drive_.HostPathOf("OUT/A.TXT").c_str(), &status), 0);
-        EXPECT_EQ(status.st_mtim.tv_sec, seconds) << zone << " " << date << " " << time;
+        const std::int32_t handle = OpenForStamp("C:\\OUT\\A.TXT");
+        std::int64_t ticks = 0;
+        EXPECT_TRUE(ReadWriteTime(handle, ticks));
+        CloseStamp(handle);
+        EXPECT_EQ(ticks / 10'000'000 - 11'644'473'600, seconds) << zone << " " << date << " " << time;
     }
     tzset();
 }
@@ -202,6 +208,7 @@ TEST_F(ZipLibraryTest, AsksBeforeItReplaces) {
 TEST_F(ZipLibraryTest, WhichFileAMemberReplaces) {
     EXPECT_EQ(Unzip(ZipWriter().Add({"x/A.TXT", "first"}).Add({"y/a.txt", "second"})), 0);
     EXPECT_THAT(asked_, ElementsAre("y/a.txt")) << "the second member of a name";
+    if (kOnWindows) return; // a user may make no links there
     answers_ = {kOverwriteYes};
     drive_.Write("OUTSIDE.TXT", "mine");
     std::filesystem::create_symlink(drive_.HostPathOf("OUTSIDE.TXT"), drive_.HostPathOf("OUT/LINK"));
@@ -250,6 +257,7 @@ TEST_F(ZipLibraryTest, EveryDamagedByteIsSurvived) {
     }
 }
 
+#ifndef _WIN32
 TEST_F(ZipLibraryTest, AFullDiskEndsTheExtraction) {
     const ZipEntry large{"LARGE.BIN", std::string(300'000, 'x')};
     drive_.Write("A.ZIP", ZipWriter().Add({"SMALL.TXT", "small"}).Add(large).Add({"LAST.TXT", "last"}).Bytes());
@@ -259,6 +267,7 @@ TEST_F(ZipLibraryTest, AFullDiskEndsTheExtraction) {
     EXPECT_EQ(Unzip(), 50);
     EXPECT_EQ(Out(), "LARGE.BIN=old;SMALL.TXT=small;") << "no torn file, no temporary one";
 }
+#endif
 
 TEST_F(ZipLibraryTest, PasswordsOpenMembersOrLeaveThemOut) {
     // The members one.txt and two.txt are encrypted with "right", plain.txt is not.
@@ -268,7 +277,8 @@ TEST_F(ZipLibraryTest, PasswordsOpenMembersOrLeaveThemOut) {
         {{"wrong", "right"}, 2, 0},
         {{"a", "b", "c", "right"}, 3, 82},
     };
-    for (const char* encryption : {"zipcrypt", "aes256"}) {
+    for (const std::string encryption : {"zipcrypt", "aes256"}) {
+        if (kOnWindows && encryption == "aes256") continue; // left out as an unknown method
         std::ifstream file(std::string(KLN_TEST_DATA "/zip/") + encryption + ".zip", std::ios::binary);
         const std::string archive(std::istreambuf_iterator<char>(file), {});
         for (const auto& [passwords, asked, code] : cases) {

@@ -2,9 +2,12 @@
 #pragma once
 
 #include "platform/RuntimeError.h"
+#include "tests/support/Host.h"
 
+#ifndef _WIN32
 #include <sys/resource.h>
 #include <unistd.h>
+#endif
 
 #include <csignal>
 #include <cstdint>
@@ -23,6 +26,7 @@ std::int32_t ErrorOf(Call&& call) {
     }
 }
 
+#ifndef _WIN32
 // While this lives, no file can be written beyond that length: a disk that fills up.
 class FileLimit {
 public:
@@ -59,5 +63,6 @@ public:
 private:
     uid_t user_ = geteuid();
 };
+#endif
 
 } // namespace korlan::test

@@ -1,11 +1,5 @@
 #include "tests/support/HttpServer.h"
-
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include "tests/support/Sockets.h"
 
 #include <algorithm>
 #include <array>
@@ -14,6 +8,35 @@
 #include <stdexcept>
 
 namespace korlan::test {
+namespace {
+
+SocketHandle Handle(int socket) {
+    return static_cast<SocketHandle>(socket);
+}
+
+#ifdef _WIN32
+using Size = int;
+#else
+using Size = std::size_t;
+#endif
+Size SizeOf(const auto& bytes) {
+    return static_cast<Size>(bytes.size());
+}
+
+// A socket connected to itself: what it says, it hears. Below 0 when there is none.
+int TalkingToItself() {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    auto* general = reinterpret_cast<sockaddr*>(&address);
+    socklen_t size = sizeof address;
+    const int socket = NewSocket(AF_INET, SOCK_DGRAM);
+    const bool well = socket >= 0 && bind(Handle(socket), general, size) == 0 &&
+                      getsockname(Handle(socket), general, &size) == 0 && connect(Handle(socket), general, size) == 0;
+    return well ? socket : -1;
+}
+
+} // namespace
 
 HttpServer::HttpServer(Family family) {
     sockaddr_in four{};
@@ -25,9 +48,10 @@ HttpServer::HttpServer(Family family) {
     const bool isFour = family == Family::Four;
     auto* general = isFour ? reinterpret_cast<sockaddr*>(&four) : reinterpret_cast<sockaddr*>(&six);
     socklen_t size = isFour ? sizeof four : sizeof six;
-    listener_ = socket(general->sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (listener_ < 0 || bind(listener_, general, size) != 0 || listen(listener_, 64) != 0 || pipe(stop_) != 0 ||
-        getsockname(listener_, general, &size) != 0)
+    listener_ = NewSocket(general->sa_family, SOCK_STREAM);
+    stop_ = TalkingToItself();
+    if (listener_ < 0 || stop_ < 0 || bind(Handle(listener_), general, size) != 0 ||
+        listen(Handle(listener_), 64) != 0 || getsockname(Handle(listener_), general, &size) != 0)
         throw std::runtime_error("the test server has no socket");
     base_ = (isFour ? "http://127.0.0.1:" : "http://[::1]:") +
             std::to_string(ntohs(isFour ? four.sin_port : six.sin6_port));
@@ -35,11 +59,11 @@ HttpServer::HttpServer(Family family) {
 }
 
 HttpServer::~HttpServer() {
-    close(stop_[1]); // ends every wait
+    send(Handle(stop_), "x", 1, 0); // to itself, where nobody reads it: ends every wait
     acceptor_.join();
     for (std::thread& connection : connections_) connection.join();
-    close(listener_);
-    close(stop_[0]);
+    CloseSocket(listener_);
+    CloseSocket(stop_);
 }
 
 std::string HttpServer::Url(const std::string& target) const {
@@ -84,18 +108,18 @@ bool HttpServer::AllConnectionsClosed() const {
 
 // Waits for one of the events; false when the server ends.
 bool HttpServer::WaitFor(int socket, short events) const {
-    std::array<pollfd, 2> waited{{{socket, events, 0}, {stop_[0], POLLIN, 0}}};
-    while (poll(waited.data(), waited.size(), -1) < 0) { // a signal
+    std::array<pollfd, 2> waited{{{Handle(socket), events, 0}, {Handle(stop_), POLLIN, 0}}};
+    while (PollSockets(waited.data(), waited.size()) < 0) { // a signal
     }
     return waited[1].revents == 0;
 }
 
 void HttpServer::AcceptLoop() {
     while (WaitFor(listener_, POLLIN)) {
-        const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+        const int socket = AcceptSocket(listener_);
         if (socket < 0) continue;
         const int on = 1;
-        setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+        setsockopt(Handle(socket), IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&on), sizeof on);
         const std::lock_guard lock(mutex_);
         mostAtOnce_ = std::max(mostAtOnce_, ++open_);
         connections_.emplace_back([this, socket] { Serve(socket); });
@@ -115,7 +139,7 @@ void HttpServer::Serve(int socket) {
         }
         if (!SendAnswer(socket, target, answer)) break;
     }
-    close(socket);
+    CloseSocket(socket);
     const std::lock_guard lock(mutex_);
     --open_;
     closed_.notify_all();
@@ -126,7 +150,7 @@ bool HttpServer::ReadHead(int socket, std::string& head) const {
     std::array<char, 4096> bytes;
     while (!head.ends_with("\r\n\r\n")) {
         if (!WaitFor(socket, POLLIN)) return false;
-        const ssize_t count = recv(socket, bytes.data(), bytes.size(), 0);
+        const ssize_t count = recv(Handle(socket), bytes.data(), SizeOf(bytes), 0);
         if (count <= 0) return false;
         head.append(bytes.data(), static_cast<std::size_t>(count));
         if (!head.starts_with("GET ")) return false;
@@ -136,7 +160,8 @@ bool HttpServer::ReadHead(int socket, std::string& head) const {
 
 bool HttpServer::Send(int socket, std::string_view bytes) const {
     while (!bytes.empty()) {
-        const ssize_t count = WaitFor(socket, POLLOUT) ? send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL) : -1;
+        const ssize_t count =
+            WaitFor(socket, POLLOUT) ? send(Handle(socket), bytes.data(), SizeOf(bytes), MSG_NOSIGNAL) : -1;
         if (count < 0) return false;
         bytes.remove_prefix(static_cast<std::size_t>(count));
     }
@@ -146,7 +171,7 @@ bool HttpServer::Send(int socket, std::string_view bytes) const {
 // False: nothing is left to say.
 bool HttpServer::StallUntilHungUp(int socket) const {
     char byte = 0;
-    while (WaitFor(socket, POLLIN) && recv(socket, &byte, 1, 0) > 0) {
+    while (WaitFor(socket, POLLIN) && recv(Handle(socket), &byte, 1, 0) > 0) {
     }
     return false;
 }
@@ -169,9 +194,11 @@ bool HttpServer::SendAnswer(int socket, const std::string& target, const HttpAns
 bool HttpServer::SendBody(int socket, const std::string& target, const HttpAnswer& answer) {
     const std::uint64_t whole = answer.body.size() + answer.filling;
     const std::uint64_t end = std::min({whole, answer.stallsAfter.value_or(whole), answer.cutsAfter.value_or(whole)});
-    for (std::uint64_t at = 0, size = 0; at < end; at += size) {
-        size = std::min<std::uint64_t>(end - at, answer.pieceSize);
-        std::string piece = answer.body.substr(std::min<std::size_t>(at, answer.body.size()), size);
+    std::size_t size = 0;
+    for (std::uint64_t at = 0; at < end; at += size) {
+        size = static_cast<std::size_t>(std::min<std::uint64_t>(end - at, answer.pieceSize));
+        const auto from = static_cast<std::size_t>(std::min<std::uint64_t>(at, answer.body.size()));
+        std::string piece = answer.body.substr(from, size);
         piece.resize(size, 'x');
         std::ostringstream length;
         length << std::hex << size << "\r\n";

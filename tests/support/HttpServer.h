@@ -68,8 +68,8 @@ private:
     bool WaitFor(int socket, short events) const;
 
     int listener_ = -1;
-    std::string base_;       // of every address
-    int stop_[2] = {-1, -1}; // a pipe: readable once the server ends
+    std::string base_; // of every address
+    int stop_ = -1;    // readable once the server ends
     mutable std::mutex mutex_;
     mutable std::condition_variable closed_;
     std::map<std::string, HttpAnswer> answers_;

@@ -1,10 +1,10 @@
 // A drive C: in a temporary folder, for tests that need real files. While it lives, $KLN_DRIVES names a folder of links
 // with "c:" in it, and $XDG_CONFIG_HOME and $XDG_CACHE_HOME lie there too. At its end everything is as before.
+// On Windows it is the prefix's real drive C: (and refuses any other Windows): what was there before stays, and is not
+// among the names.
 #pragma once
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "tests/support/Host.h"
 
 #include <algorithm>
 #include <chrono>
@@ -29,13 +29,30 @@ public:
     ~ScopedVariable() { Set(before_); }
 
 private:
-    void Set(const std::optional<std::string>& value) {
-        value ? setenv(name_.c_str(), value->c_str(), 1) : unsetenv(name_.c_str());
-    }
+    void Set(const std::optional<std::string>& value) { SetVariable(name_, value ? value->c_str() : nullptr); }
     std::string name_;
     std::optional<std::string> before_;
 };
 
+#ifdef _WIN32
+class TempDrive {
+public:
+    TempDrive() : before_(std::filesystem::current_path()) {
+        if (!GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version"))
+            throw std::runtime_error("these tests write to drive C: and run in a Wine prefix only");
+        theirs_ = Names();
+    }
+    ~TempDrive() {
+        std::error_code ignored;
+        std::filesystem::current_path(before_, ignored);
+        for (const std::string& name : Names()) {
+            for (const auto& entry : std::filesystem::recursive_directory_iterator(HostFile(name), ignored))
+                SetFileAttributesW(entry.path().c_str(), FILE_ATTRIBUTE_NORMAL);
+            SetFileAttributesW(HostFile(name).c_str(), FILE_ATTRIBUTE_NORMAL);
+            std::filesystem::remove_all(HostFile(name), ignored);
+        }
+    }
+#else
 class TempDrive {
 public:
     TempDrive()
@@ -50,6 +67,7 @@ public:
         std::filesystem::current_path(before_, ignored);
         std::filesystem::remove_all(top_, ignored);
     }
+#endif
 
     // "SYS\\X.INI" or "SYS/X.INI" -> "C:\\SYS\\X.INI"; "" is "C:\\".
     static std::string Path(std::string_view relative = {}) {
@@ -63,11 +81,15 @@ public:
         if (relative.starts_with("C:")) relative.remove_prefix(2);
         std::string path(relative.substr(std::min(relative.find_first_not_of("\\/"), relative.size())));
         std::replace(path.begin(), path.end(), '\\', '/');
-        return (top_ / "c" / path).string();
+        return TextOfPath(top_ / (kOnWindows ? "" : "c")) + (kOnWindows || path.empty() ? path : "/" + path);
+    }
+
+    std::filesystem::path HostFile(std::string_view relative) const {
+        return PathOfText(HostPathOf(relative));
     }
 
     void Write(std::string_view path, std::string_view bytes) const { // makes the folders too
-        const std::filesystem::path host = HostPathOf(path);
+        const std::filesystem::path host = HostFile(path);
         std::filesystem::create_directories(host.parent_path());
         std::ofstream file(host, std::ios::binary | std::ios::trunc);
         if (!(file << bytes).flush()) throw std::runtime_error("cannot write " + host.string());
@@ -75,27 +97,38 @@ public:
 
     // The file's bytes; a file that is not there throws.
     std::string Read(std::string_view path) const {
-        std::ifstream file(HostPathOf(path), std::ios::binary);
+        std::ifstream file(HostFile(path), std::ios::binary);
         if (!file) throw std::runtime_error("cannot read " + HostPathOf(path));
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
     bool Exists(std::string_view path) const {
-        return std::filesystem::exists(std::filesystem::symlink_status(HostPathOf(path)));
+        return std::filesystem::exists(std::filesystem::symlink_status(HostFile(path)));
     }
 
-    void MakeFolders(std::string_view path) const { std::filesystem::create_directories(HostPathOf(path)); }
+    void MakeFolders(std::string_view path) const {
+        std::filesystem::create_directories(HostPathOf(path));
+    }
 
     std::vector<std::string> Names(std::string_view folder = {}) const { // sorted
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(HostPathOf(folder)))
-            names.push_back(entry.path().filename().string());
+        for (const auto& entry : std::filesystem::directory_iterator(HostFile(folder)))
+            names.push_back(TextOfPath(entry.path().filename()));
+        if (folder.empty())
+            std::erase_if(names, [&](const auto& name) { return std::ranges::find(theirs_, name) != theirs_.end(); });
         std::sort(names.begin(), names.end());
         return names;
     }
 
-    void SetMode(std::string_view path, mode_t mode) const {
-        if (chmod(HostPathOf(path).c_str(), mode) != 0) throw std::runtime_error("cannot chmod " + HostPathOf(path));
+    void SetMode(std::string_view path, unsigned mode) const {
+        if (!ChangeMode(HostPathOf(path), mode)) throw std::runtime_error("cannot chmod " + HostPathOf(path));
+    }
+
+    void MakeDevice([[maybe_unused]] std::string_view path) const { // one that is always full; Windows has none
+#ifndef _WIN32
+        chmod(top_.c_str(), 0755);
+        std::filesystem::create_symlink("/dev/full", HostPathOf(path));
+#endif
     }
 
     // Sets the last-write time (UTC).
@@ -105,11 +138,19 @@ public:
         std::filesystem::last_write_time(HostPathOf(path), file_clock::from_sys(time + seconds(second)));
     }
 
+    const std::filesystem::path& Top() const {
+        return top_;
+    } // on Linux it holds "c", "drives", "config" and "cache"
+
+#ifdef _WIN32
+private:
+    std::filesystem::path top_ = "C:/", before_;
+    std::vector<std::string> theirs_;
+};
+#else
     void AddDrive(char letter, const std::string& target) const { // `target` is a host folder
         std::filesystem::create_directory_symlink(target, top_ / "drives" / (std::string(1, letter) + ":"));
     }
-
-    const std::filesystem::path& Top() const { return top_; } // holds "c", "drives", "config" and "cache"
 
 private:
     static std::filesystem::path MakeFolder() {
@@ -119,7 +160,9 @@ private:
     }
 
     std::filesystem::path top_, before_;
+    std::vector<std::string> theirs_;
     ScopedVariable state_, drives_, config_, cache_;
 };
+#endif
 
 } // namespace korlan::test

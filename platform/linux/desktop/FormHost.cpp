@@ -1,8 +1,8 @@
 #include "platform/FormHost.h"
 
+#include "platform/Gestures.h"
 #include "platform/linux/desktop/Application.h"
 #include "platform/linux/desktop/FormView.h"
-#include "platform/linux/desktop/Gestures.h"
 
 #include <QApplication>
 #include <QEventLoop>

@@ -1,8 +1,8 @@
 // How the form's controls are made and where they lie.
+#include "platform/Gestures.h"
 #include "platform/linux/desktop/Application.h"
 #include "platform/linux/desktop/FormView.h"
 #include "platform/linux/desktop/FrameLabel.h"
-#include "platform/linux/desktop/Gestures.h"
 #include "platform/linux/desktop/ListMirror.h"
 #include "platform/linux/desktop/Pictures.h"
 #include "platform/linux/desktop/Theme.h"

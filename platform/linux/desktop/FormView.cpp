@@ -1,8 +1,8 @@
 #include "platform/linux/desktop/FormView.h"
 
+#include "platform/Gestures.h"
 #include "platform/linux/desktop/Application.h"
 #include "platform/linux/desktop/FrameLabel.h"
-#include "platform/linux/desktop/Gestures.h"
 #include "platform/linux/desktop/ListMirror.h"
 #include "platform/linux/desktop/Widgets.h"
 

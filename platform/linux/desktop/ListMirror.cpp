@@ -1,7 +1,7 @@
 #include "platform/linux/desktop/ListMirror.h"
 
+#include "platform/Gestures.h"
 #include "platform/linux/desktop/Application.h"
-#include "platform/linux/desktop/Gestures.h"
 #include "platform/linux/desktop/Pictures.h"
 #include "platform/linux/desktop/Theme.h"
 

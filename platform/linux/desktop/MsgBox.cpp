@@ -1,5 +1,6 @@
 #include "platform/MsgBox.h"
 
+#include "platform/Gestures.h"
 #include "platform/Log.h"
 #include "platform/linux/desktop/Application.h"
 
@@ -108,6 +109,10 @@ void Ask(QDialog& dialog) {
 }
 
 } // namespace
+
+bool BoxIsUp() {
+    return QApplication::activeModalWidget() != nullptr;
+}
 
 std::int32_t ShowMsgBox(const std::string& text, std::int32_t style, const std::string& title) {
     LogLine("box: " + text);

@@ -11,6 +11,8 @@ namespace korlan {
 // keyboard from the window then, but not a screen reader.
 void RunGesture(const std::function<void()>& gesture);
 
+bool BoxIsUp(); // of the back end
+
 class Wait {
 public:
     // `end` makes the wait return soon; empty for a wait that returns by itself.

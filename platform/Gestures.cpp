@@ -1,6 +1,5 @@
-#include "platform/linux/desktop/Gestures.h"
+#include "platform/Gestures.h"
 
-#include <QApplication>
 #include <exception>
 #include <utility>
 
@@ -14,7 +13,7 @@ std::exception_ptr thrown;
 } // namespace
 
 void RunGesture(const std::function<void()>& gesture) {
-    if (thrown || QApplication::activeModalWidget()) return;
+    if (thrown || BoxIsUp()) return;
     try {
         gesture();
     } catch (...) { // the one place that must take everything: it is thrown again unchanged
