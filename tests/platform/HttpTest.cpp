@@ -145,8 +145,9 @@ TEST_F(HttpTest, FillsBlocksUntilTheBodyEnds) {
     expect(whole, {.body = body, .pieceSize = 7});
     expect(whole, {.body = body, .chunked = true, .pieceSize = 100});
     expect(cut, {.body = body, .declaredLength = "9999", .cutsAfter = 1500});
-    expect(cut, {.body = body, .declaredLength = "1500", .cutsAfter = 2500}); // more than declared
     expect(whole, {.headers = {{"Content-Encoding", "gzip"}}, .body = body}); // as it came
+    // More than declared. Last: Wine's layer begins the next answer on that connection with the rest.
+    expect(cut, {.body = body, .declaredLength = "1500", .cutsAfter = 2500});
 }
 
 TEST_F(HttpTest, OpensByTheStatusOfTheFinalAnswer) {
@@ -166,9 +167,9 @@ TEST_F(HttpTest, OpensByTheStatusOfTheFinalAnswer) {
     const std::size_t before = server_.Requests().size();
     EXPECT_FALSE(Opens(server_.Url("/loop")));
     EXPECT_EQ(before + 21, server_.Requests().size());
-    for (const std::size_t lines : {2, 3}) { // 256 KB of headers is the limit
-        server_.Answer("/long", {.headers = std::vector(lines, std::pair(std::string("X"), std::string(90'000, 'h')))});
-        EXPECT_EQ(lines == 2, Opens(server_.Url("/long"))) << lines;
+    for (const std::size_t lines : {60, 90}) { // 256 KB of headers is the limit; Wine's layer cuts a line at 4 KB
+        server_.Answer("/long", {.headers = std::vector(lines, std::pair(std::string("X"), std::string(3'500, 'h')))});
+        EXPECT_EQ(lines == 60, Opens(server_.Url("/long"))) << lines;
     }
 }
 
