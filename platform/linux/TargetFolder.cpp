@@ -15,15 +15,13 @@
 namespace korlan {
 namespace {
 
-constexpr std::string_view kTemporary = ".klnunzip";
-
 // Once a folder and process: only one process of this program is at work for a user.
 void RemoveLeftOvers(const std::string& hostFolder, int folder) {
     static std::set<std::string> done;
     if (!done.insert(hostFolder).second) return;
     const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(hostFolder.c_str()), closedir);
     while (const dirent* entry = entries ? readdir(entries.get()) : nullptr)
-        if (std::string_view(entry->d_name).starts_with(kTemporary)) unlinkat(folder, entry->d_name, 0);
+        if (std::string_view(entry->d_name).starts_with(kTemporaryMember)) unlinkat(folder, entry->d_name, 0);
 }
 
 } // namespace
@@ -62,7 +60,7 @@ NewFile::NewFile(const TargetFolder& folder, mode_t executable) : folder_(folder
     });
     static unsigned made = 0;
     do {
-        name_ = std::string(kTemporary) + std::to_string(getpid()) + "-" + std::to_string(++made);
+        name_ = std::string(kTemporaryMember) + std::to_string(getpid()) + "-" + std::to_string(++made);
         constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
         file_ = FileHandle(openat(folder_, name_.c_str(), kFlags, 0666 | executable));
     } while (!file_ && errno == EEXIST);

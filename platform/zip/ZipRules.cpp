@@ -19,7 +19,7 @@ std::string FileNameOfMember(const std::string& member) {
     std::string name(std::find_if(member.rbegin(), member.rend(), IsZipSeparator).base(), member.end());
     name.resize(name.find_last_not_of(" .") + 1); // npos + 1 is 0
     const auto refused = [](char c) { return c == ':' || static_cast<unsigned char>(c) < 32; };
-    return std::ranges::any_of(name, refused) ? std::string() : name;
+    return std::ranges::any_of(name, refused) || name.starts_with(kTemporaryMember) ? std::string() : name;
 }
 
 bool HasParentComponent(const std::string& path) {

@@ -21,6 +21,9 @@ enum class ZipOutcome : std::int32_t {
 };
 ZipOutcome Graver(ZipOutcome one, ZipOutcome other);
 
+// Files under way begin with it; what is left of a killed process is known by it, so no member may be called so.
+inline constexpr std::string_view kTemporaryMember = ".klnunzip";
+
 // The last component of a member's name, which its file gets, without blanks and dots at its end; "" when no file may
 // have it.
 std::string FileNameOfMember(const std::string& member);
