@@ -10,6 +10,7 @@
 #include "app/localise/UpdtFONT.h"
 #include "catalogue/FileList.h"
 #include "catalogue/FileTables.h"
+#include "library/PartDatabase.h"
 #include "library/SearchSequence.h"
 #include "platform/FormHost.h"
 #include "platform/Help.h"
@@ -75,17 +76,11 @@ void Search() {
     frmUpdate.IsBusy = 1;
     frmUpdate.cmdHelp.SetEnabled(false);
     TemporaryIntenetFilesCleanUp();
+    MakeUpForReplacement();
     InitiateUpdate();
     frmUpdate.cmdHelp.SetEnabled(true);
     frmUpdate.IsBusy = 0;
     SetMousePointer(MousePointer::Default);
-}
-
-void OfferReminder() {
-    frmUpdate.Option2.SetCaption(GetLocalText("Remind me after 15 days", "991871"));
-    frmUpdate.Option3.SetCaption(GetLocalText("Remind me after 30 days", "991872"));
-    frmUpdate.Option4.SetCaption(GetLocalText("Turn Off any future Live Updates", "991873"));
-    if (frmUpdate.WizardState == 1) ShowReminderOptions(GetLocalText("Configure Korlan Live Updates", "991861"));
 }
 
 void StartCompanion() {
@@ -114,7 +109,7 @@ void AttachHandlers() {
 
 void Form_Load() {
     try {
-        BeginLog(StateFolder());
+        BeginLog(LogFolder());
         LogLine("KlnUpdt " KLN_VERSION " starts");
         if (AnotherInstanceRunning()) {
             LogLine("another copy is running");
@@ -125,9 +120,10 @@ void Form_Load() {
         RefuseWhileSuiteRuns();
         BuildWindow();
         Search();
-        OfferReminder();
+        if (frmUpdate.WizardState == 1) ShowReminderOptions(GetLocalText("Configure Korlan Live Updates", "991861"));
     } catch (const RuntimeError& error) {
         LogTrapped("Form_Load", error);
+        LogLine("ends: at its start");
         frmUpdate.IsBusy = 0;
         SetMousePointer(MousePointer::Default);
         EndProcess();

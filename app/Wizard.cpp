@@ -44,7 +44,7 @@ bool Fetch(const std::string& name) {
 std::string FirstLine(const std::string& path) {
     constexpr std::size_t kLongestLine = 1024;
     const std::string text = ReadFilePart(path, 0, kLongestLine);
-    if (text.empty()) throw RuntimeError(kErrPastEndOfFile, "Input past end of file");
+    if (text.empty()) throw RuntimeError(kErrPastEndOfFile);
     return text.substr(0, text.find_first_of("\r\n"));
 }
 

@@ -79,8 +79,8 @@ class Case:
                 (self.program / name).rename(tempfile.mkdtemp(dir=self.program))
             (self.program / name).mkdir()
 
-    def start(self, screen):
-        return Program(self.program / "KlnUpdt.EXE", screen, self.bed.environment)
+    def start(self, screen, **more):
+        return Program(self.program / "KlnUpdt.EXE", screen, {**self.bed.environment, **more})
 
     def install(self, mtime):
         """Puts every file of the catalogue where it belongs."""

@@ -5,6 +5,7 @@
 #include "catalogue/FileTables.h"
 #include "platform/FileSystem.h"
 #include "platform/IniFile.h"
+#include "platform/Log.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -48,7 +49,8 @@ std::string Normalised(const std::string& archive) {
 // knows what it holds.
 bool IsApplied(const SPRecord& pack, const std::unordered_set<std::string>& installed) {
     return pack.Read && std::all_of(pack.Files.begin(), pack.Files.end(), [&](const SPMember& member) {
-               return member.UpdateFlag != 1 || installed.contains(Normalised(member.FileZipName));
+               return member.UpdateFlag != 1 ||
+                      installed.contains(Normalised(Tables.FileArray[member.Record].FileZipName));
            });
 }
 
@@ -58,6 +60,7 @@ void IniWebR() {
     ReadList(kPackSection, Tables.AppliedSPList, Tables.AppliedSPCount);
     ReadList(kModelSection, Tables.AppliedSPCList, Tables.AppliedSPCCount);
     Settings.SuiteVersion = ReadIniString("Tessary", "Ver", "?");
+    LogLine("suite version " + Settings.SuiteVersion);
 }
 
 void UpdateIniFile() {

@@ -44,8 +44,11 @@ void ReadMasterCatalogue(const std::string& path) {
     for (; !rows->Eof(); rows->MoveNext()) {
         DoEvents();
         const std::string name = rows->Text("FileName");
-        if (!applied.contains(Trim(UpperCase(name))) && StaysInFolder(name))
+        if (applied.contains(Trim(UpperCase(name)))) continue;
+        if (StaysInFolder(name))
             Tables.FileArraySP.Append(RecordFromRow<SPRecord>(*rows));
+        else
+            LogLine("refused the pack " + name);
     }
     rows->Close();
     LogLine("catalogue: " + DecimalText(Tables.FileArraySP.UpperBound()) + " packs besides the " +
@@ -53,10 +56,10 @@ void ReadMasterCatalogue(const std::string& path) {
 }
 
 void MergeFileRow(const Recordset& row, const std::string& archive, SPRecord& pack) {
-    SPMember& member = pack.Files.Append({archive, 0});
     if (const std::int32_t known = Tables.FileIndex.Find(Tables.FileArray, archive)) {
-        member.UpdateFlag = Tables.FileArray[known].UpdateFlag;
+        pack.Files.Append({known, Tables.FileArray[known].UpdateFlag});
     } else {
+        pack.Files.Append({Tables.FileArray.UpperBound() + 1, 0});
         Tables.FileArray.Append(RecordFromRow<FileRecord>(row));
     }
 }
@@ -118,13 +121,11 @@ void GetFilesInsideSP(const std::string& spCataloguePath, std::int32_t spIndex) 
 }
 
 void UpdateFileArraySP() {
-    std::unordered_set<std::string> marked;
-    for (const FileRecord& record : Tables.FileArray)
-        if (record.UpdateFlag == 1) marked.insert(record.FileZipName);
     for (SPRecord& pack : Tables.FileArraySP) {
-        std::unordered_set<std::string> seen;
+        std::unordered_set<std::int32_t> seen;
         for (SPMember& member : pack.Files)
-            if (marked.contains(member.FileZipName) && seen.insert(member.FileZipName).second) member.UpdateFlag = 1;
+            if (Tables.FileArray[member.Record].UpdateFlag == 1 && seen.insert(member.Record).second)
+                member.UpdateFlag = 1;
     }
 }
 

@@ -12,15 +12,13 @@ namespace korlan {
 namespace {
 
 // Year, month, day, hour, minute: the order in which they are compared.
-std::array<std::int32_t, 5> Components(const std::string& text) {
-    const auto parts = Split(text, ",");
-    const auto date = Split(Piece(parts, 0), "-");
-    const auto time = Split(Piece(parts, 1), ":");
-    return {ToInteger(Piece(date, 2)), ToInteger(Piece(date, 1)), ToInteger(Piece(date, 0)), ToInteger(Piece(time, 0)),
-            ToInteger(Piece(time, 1))};
+std::array<std::int32_t, 5> Components(std::string_view text) {
+    const auto date = Piece(text, ",", 0), time = Piece(text, ",", 1);
+    return {ToInteger(Piece(date, "-", 2)), ToInteger(Piece(date, "-", 1)), ToInteger(Piece(date, "-", 0)),
+            ToInteger(Piece(time, ":", 0)), ToInteger(Piece(time, ":", 1))};
 }
 
-std::string WithoutLastThree(const std::string& text) {
+std::string_view WithoutLastThree(std::string_view text) {
     std::size_t length = text.size();
     for (int i = 0; i < 3; ++i) {
         if (length == 0) throw RuntimeError(kErrInvalidCall);

@@ -16,7 +16,7 @@ constexpr std::int32_t kCheckedImage = 8;   // "NOTDELETE"
 constexpr std::int32_t kDesignationSubItem = 4;
 
 const std::string& Designation(const ListRow& row) {
-    return row.subItems.at(kDesignationSubItem - 1);
+    return *row.subItems.at(kDesignationSubItem - 1);
 }
 
 bool IsHelpFile(const std::string& name) {
@@ -27,9 +27,9 @@ bool IsHelpFile(const std::string& name) {
 void AddListRow(FileRecord& record) {
     ListView& list = frmUpdate.lvwFilesList;
     const std::int32_t row = list.Count() + 1;
-    list.AddRow(row, "FILE-" + record.FilePath + "\\" + record.FileName, record.FileName, "NOTDELETE");
-    const auto folderLength = static_cast<std::int64_t>(record.LocalFolder.size()) - 1; // without the backslash
-    list.SetSubItem(row, 1, UpperCase(Left(record.LocalFolder, folderLength)));
+    list.AddRow(row, "FILE-" + *record.FilePath + "\\" + record.FileName, record.FileName, "NOTDELETE");
+    const auto folderLength = static_cast<std::int64_t>(record.LocalFolder->size()) - 1; // without the backslash
+    list.SetSubItem(row, 1, UpperCase(Left(*record.LocalFolder, folderLength)));
     list.SetSubItem(row, 2, record.FileSize);
     list.SetSubItem(row, 3, GetLocalText("Not updated", "991858"));
     list.SetSubItem(row, kDesignationSubItem, record.FilePath);

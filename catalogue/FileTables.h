@@ -2,8 +2,10 @@
 // One copy for the process.
 #pragma once
 
+#include "app/base/Settings.h"
 #include "app/base/Table.h"
 #include "platform/Database.h"
+#include "platform/SharedText.h"
 
 #include <cstdint>
 #include <memory>
@@ -14,21 +16,21 @@ namespace korlan {
 
 struct FileRecord {
     std::string FileName;
-    std::string FileSize;        // as the catalogue has it
-    std::string Filedate;        // D-M-YYYY,H:M:S in UTC
-    std::string FileZipName;     // key of the record: the archive's path on the server
-    std::string FilePath;        // destination designation
-    std::int32_t UpdateFlag = 0; // 1 = newer on the server, or missing here
-    std::string LocalFile;       // full path of the installed file
-    std::string ServerZipName;
-    std::string TempZipFile;        // where the archive is kept during a run
-    std::string LocalFolder;        // destination folder, ending in "\"
+    SharedText FileSize;            // as the catalogue has it
+    std::string Filedate;           // D-M-YYYY,H:M:S in UTC
+    std::string FileZipName;        // key of the record: the archive's path on the server
+    SharedText FilePath;            // destination designation
+    SharedText LocalFolder;         // destination folder, ending in "\"; "" unless marked
+    std::int32_t UpdateFlag = 0;    // 1 = newer on the server, or missing here
     std::int32_t TransferState = 0; // 1 = the archive is in the temporary folder
     std::int32_t Row = 0;           // of the wizard's list, 0 = not listed
+
+    std::string LocalFile() const { return *LocalFolder + FileName; }     // full path of the installed file
+    std::string TempZipFile() const { return InTempFolder(FileZipName); } // where the archive is kept during a run
 };
 
 struct SPMember {
-    std::string FileZipName;
+    std::int32_t Record = 0;     // its place in FileArray
     std::int32_t UpdateFlag = 0; // 1 = among the files to update
 };
 

@@ -88,6 +88,10 @@ std::string LibraryFolder() {
     return folder;
 }
 
+std::string NotePath() {
+    return LibraryFolder() + ".klnindex";
+}
+
 std::string FileNameOf(const std::string& path) {
     return Mid(path, InStrRev(path, "\\") + 1);
 }
@@ -135,7 +139,9 @@ void ChangeIndex(Change change) {
 }
 
 void DeleteRows(Database& db, const std::string& libraryFileName) {
-    if (CanGetPartInfo()) db.Execute("DELETE * from PartFields WHERE Library = '" + libraryFileName + "'");
+    if (!CanGetPartInfo()) return;
+    db.Execute("DELETE * from PartFields WHERE Library = '" + libraryFileName + "'");
+    LogLine("index: without the parts of " + libraryFileName);
 }
 
 void AddAllParts(Database& db, const std::string& libraryFileName) {
@@ -205,6 +211,35 @@ void UpdateLibDBReplaceFile(const std::string& libraryFileName) {
         DeleteRows(db, libraryFileName);
         AddFileElements(db, libraryFileName);
     });
+}
+
+ReplacementNote::ReplacementNote(const std::string& libraryFileName) {
+    if (FileExists(NotePath())) return;
+    try {
+        OutputFile note(NotePath(), OutputFile::Mode::Create);
+        written_ = true;
+        note.Write(libraryFileName);
+        note.Close();
+    } catch (const RuntimeError& error) { // the library does not wait for it
+        LogTrapped("ReplacementNote", error);
+    }
+}
+
+ReplacementNote::~ReplacementNote() {
+    if (written_) EraseFile(NotePath());
+}
+
+void MakeUpForReplacement() {
+    if (!FileExists(NotePath())) return;
+    try {
+        const std::string name = ReadWholeFile(NotePath());
+        LogLine("index: an earlier start ended while it replaced " + name);
+        if (FileExists(LibraryFolder() + name)) UpdateLibDBReplaceFile(name);
+    } catch (const RuntimeError& error) {
+        LogTrapped("MakeUpForReplacement", error);
+        if (error.Number() == kErrDatabaseLocked) return; // the next start tries again
+    }
+    EraseFile(NotePath());
 }
 
 void UpdateLibDB(const std::string& libraryPath, ElementHandle deviceHandle) {

@@ -33,6 +33,23 @@ void UpdateLibDBAddFileElements(const std::string& libraryFileName);
 // deleting, and an index that stays locked, go to the caller and leave the old rows.
 void UpdateLibDBReplaceFile(const std::string& libraryFileName);
 
+// While it lives, a note in the library folder says that this library is being replaced and its rows are not. A process
+// that ends in between leaves it there. A note that cannot be written costs nothing else, and an older one stays.
+class ReplacementNote {
+public:
+    explicit ReplacementNote(const std::string& libraryFileName);
+    ~ReplacementNote();
+    ReplacementNote(const ReplacementNote&) = delete;
+    ReplacementNote& operator=(const ReplacementNote&) = delete;
+
+private:
+    bool written_ = false;
+};
+
+// Replaces the rows of the library named by the note that an earlier process left there, and removes the note unless
+// the index stays locked. Raises nothing, shows nothing.
+void MakeUpForReplacement();
+
 // Adds or refreshes the row of one part that the suite holds in memory. Any error ends the operation without a message.
 void UpdateLibDB(const std::string& libraryPath, ElementHandle deviceHandle);
 

@@ -19,7 +19,7 @@ constexpr std::size_t kBlock = 16 << 20; // bytes in memory at once; far above t
 
 // The library's code tells a missing or damaged archive; a file that came out all the same still counts.
 bool Extracted(const FileRecord& record, const std::string& folder) {
-    const auto result = ExtractArchive(record.TempZipFile, folder);
+    const auto result = ExtractArchive(record.TempZipFile(), folder);
     return result && (*result == 0 || FileExists(folder + record.FileName));
 }
 
@@ -32,22 +32,22 @@ void AppendModels(std::int32_t& success, const FileRecord& record) {
     const std::string workFile = InTempFolder(record.FileName);
     if (FileExists(workFile)) RemoveFile(workFile);
     if (!Extracted(record, InTempFolder(""))) return;
-    SetAttributesNormal(record.LocalFile);
-    CopyContentsToSPC(success, workFile, record.LocalFile);
-    if (record.LocalFolder == Settings.SysDir + "\\") RequestRebuild(); // minds the case, unlike below
+    SetAttributesNormal(record.LocalFile());
+    CopyContentsToSPC(success, workFile, record.LocalFile());
+    if (*record.LocalFolder == Settings.SysDir + "\\") RequestRebuild(); // minds the case, unlike below
     RemoveFile(workFile);
 }
 
 void InstallNewFile(const FileRecord& record) {
     if (!Extracted(record, record.LocalFolder)) return;
-    if (UpperCase(record.LocalFolder) == UpperCase(Settings.SysDir + "\\")) RequestRebuild();
+    if (UpperCase(*record.LocalFolder) == UpperCase(Settings.SysDir + "\\")) RequestRebuild();
 }
 
 } // namespace
 
 void UpdateSPCFile(std::int32_t& success, std::int32_t index) {
     const FileRecord& record = Tables.FileArray[index];
-    if (FileExists(record.LocalFile)) {
+    if (FileExists(record.LocalFile())) {
         AppendModels(success, record);
     } else {
         InstallNewFile(record);

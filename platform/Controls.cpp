@@ -96,6 +96,28 @@ std::int32_t ImageList::IndexOf(const std::string& key) const {
     return static_cast<std::int32_t>(found - keys_.begin()) + 1;
 }
 
+// One whose share would be too narrow takes what it needs; the others share what is left.
+std::vector<int> ColumnWidths(const std::vector<ListColumn>& columns, const std::vector<int>& narrowest, int room) {
+    constexpr int kShares = -1;
+    std::vector<int> widths(columns.size(), kShares);
+    std::int64_t left = room, all = 0;
+    for (const ListColumn& column : columns) all += column.width;
+    const auto share = [&](std::size_t i) { return all == 0 ? 0 : static_cast<int>(left * columns[i].width / all); };
+    for (std::size_t i = 0; i < columns.size();) {
+        if (widths[i] != kShares || share(i) >= narrowest[i]) {
+            ++i;
+            continue;
+        }
+        widths[i] = narrowest[i];
+        left = std::max<std::int64_t>(0, left - narrowest[i]);
+        all -= columns[i].width;
+        i = 0;
+    }
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        if (widths[i] == kShares) widths[i] = share(i);
+    return widths;
+}
+
 ListView::ListView(std::string name, const ImageList& smallIcons)
     : Control(ControlKind::ListView, std::move(name)), icons_(&smallIcons) {}
 
@@ -128,28 +150,26 @@ ListRow& ListView::At(std::int32_t row) {
 void ListView::AddRow(std::int32_t position, std::string key, std::string text, const std::string& iconKey) {
     if (position < 1 || position > Count() + 1) throw RuntimeError(kErrElementIndex, "Index out of bounds");
     const std::int32_t icon = icons_->IndexOf(iconKey);
-    const auto [stored, isNew] = keys_.insert(std::move(key));
-    if (!isNew) throw RuntimeError(kErrKeyNotUnique, "Key is not unique in collection");
+    if (!keys_.insert(std::move(key)).second) throw RuntimeError(kErrKeyNotUnique, "Key is not unique in collection");
     ListRow row;
-    row.key = *stored;
     row.text = std::move(text);
     row.smallIcon = icon;
     rows_.insert(rows_.begin() + (position - 1), std::move(row));
     Tell(Aspect::RowAdded, position);
 }
 
-void ListView::SetSubItem(std::int32_t row, std::int32_t subItem, std::string text) {
+void ListView::SetSubItem(std::int32_t row, std::int32_t subItem, SharedText text) {
     ListRow& record = At(row);
     if (subItem < 1 || static_cast<std::size_t>(subItem) >= columns_.size())
         throw RuntimeError(kErrElementIndex, "Index out of bounds");
     const auto index = static_cast<std::size_t>(subItem - 1);
     if (record.subItems.size() <= index) record.subItems.resize(columns_.size() - 1);
-    record.subItems[index] = std::move(text);
+    record.subItems[index] = text;
     Tell(Aspect::RowChanged, row);
 }
 
-void ListView::SetRowTag(std::int32_t row, std::string tag) {
-    At(row).tag = std::move(tag);
+void ListView::SetRowTag(std::int32_t row, SharedText tag) {
+    At(row).tag = tag;
 }
 
 void ListView::SetSmallIcon(std::int32_t row, std::int32_t image) {

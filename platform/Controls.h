@@ -6,6 +6,7 @@
 #pragma once
 
 #include "platform/Fonts.h"
+#include "platform/SharedText.h"
 
 #include <cstdint>
 #include <functional>
@@ -142,11 +143,13 @@ struct ListColumn {
     std::string fits;          // a text that must fit even when bold, whatever the font; empty: none
 };
 
+// Pixels for each: together they fill `room` in the ratio of their own widths, but none is narrower than `narrowest`.
+std::vector<int> ColumnWidths(const std::vector<ListColumn>& columns, const std::vector<int>& narrowest, int room);
+
 struct ListRow {
-    std::string_view key;              // unique in the list, which keeps it
-    std::string text;                  // first column
-    std::vector<std::string> subItems; // [0] is sub-item 1
-    std::string tag;
+    std::string text;                 // first column
+    std::vector<SharedText> subItems; // [0] is sub-item 1
+    SharedText tag;
     std::int32_t smallIcon = 0; // image number, 0 = none
     bool checked = false;
     bool bold = false;
@@ -163,10 +166,10 @@ public:
 
     std::int32_t Count() const { return static_cast<std::int32_t>(rows_.size()); }
     const ListRow& Row(std::int32_t row) const;
-    // Inserts before `position` (Count() + 1 = at the end); a key in use raises 35602.
+    // Inserts before `position` (Count() + 1 = at the end); a key in use raises 35602. No row is found by its key.
     void AddRow(std::int32_t position, std::string key, std::string text, const std::string& iconKey);
-    void SetSubItem(std::int32_t row, std::int32_t subItem, std::string text); // subItem from 1
-    void SetRowTag(std::int32_t row, std::string tag);
+    void SetSubItem(std::int32_t row, std::int32_t subItem, SharedText text); // subItem from 1
+    void SetRowTag(std::int32_t row, SharedText tag);
     void SetSmallIcon(std::int32_t row, std::int32_t image);
     void SetChecked(std::int32_t row, bool checked); // raises no ItemCheck
     void SetBold(std::int32_t row, bool bold);

@@ -25,13 +25,22 @@ std::int64_t FileLength(const std::string& path); // bytes
 
 bool FolderExists(const std::string& path);
 void CreateOneFolder(const std::string& path); // its parent must be there
-std::string CurrentFolder();
-void ChangeCurrentFolder(const std::string& path);
 void TryFolder(const std::string& path); // changes to it and back to where the program was, whatever that is called now
 
-// The four calls that read a file's time stamp, shaped like the Windows ones whose oddities the program keeps.
-std::int32_t OpenForStamp(const std::string& path);           // -1 on failure, else a handle
-bool ReadWriteTime(std::int32_t handle, std::int64_t& ticks); // 100 ns since 1601-01-01 UTC; false on a bad handle
+// One look at a file that opens for reading. Times are ticks: 100 ns since 1601-01-01 UTC.
+struct FileLook {
+    std::int64_t ticks; // last written
+    bool isNormal;      // FindNormalFile finds it, too
+};
+FileLook LookAtFile(const std::string& path);
+constexpr std::int64_t TicksOf(std::int64_t secondsSince1970) {
+    return (secondsSince1970 + 11'644'473'600) * 10'000'000;
+}
+
+// The calls that read a file's time stamp, shaped like the Windows ones whose oddities the program keeps.
+std::int32_t OpenForStamp(const std::string& path); // -1 where FileOpensForReading says false, else a handle
+bool IsNormalFile(std::int32_t handle, const std::string& path); // of what OpenForStamp gave: FindNormalFile finds it
+bool ReadWriteTime(std::int32_t handle, std::int64_t& ticks);    // false on a bad handle
 void CloseStamp(std::int32_t handle);
 struct CalendarTime {
     std::int32_t year, month, day, hour, minute, second; // UTC

@@ -1,6 +1,8 @@
 #include "platform/HttpText.h"
 
 #include "platform/AsciiText.h"
+#include "platform/Http.h"
+#include "platform/Log.h"
 
 namespace korlan {
 namespace {
@@ -43,6 +45,19 @@ std::string_view HeaderValue(std::string_view headers, std::string_view name) {
         headers.remove_prefix(std::min(line.size() + 1, headers.size()));
     }
     return {};
+}
+
+std::string_view RedirectLocation(long status, std::string_view headers) {
+    return status >= 300 && status < 400 ? HeaderValue(headers, "Location") : std::string_view();
+}
+
+void SetHttpTimeLimit(std::chrono::milliseconds limit) {
+    httpTimeLimit = limit;
+}
+
+void LogRequest(const std::string& url, long status, std::uint64_t bytes, bool timedOut, const std::string& failure) {
+    LogLine("GET " + url + ": status " + std::to_string(status) + ", " + std::to_string(bytes) + " bytes" +
+            (timedOut ? ", no byte for too long" : "") + (failure.empty() ? "" : ", " + failure));
 }
 
 } // namespace korlan

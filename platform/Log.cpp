@@ -4,19 +4,16 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
+#include <memory>
 
 namespace korlan {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr std::size_t kMostBytes = 1 << 20, kLongestLine = 4096;
 constexpr const char* kNames[] = {"klnupdt.log", "klnupdt.1.log", "klnupdt.2.log"};
 
 struct LogFile {
-    std::ofstream file;
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file{nullptr, std::fclose}; // a stream would double the program
     std::size_t bytes = 0;
 };
 
@@ -31,7 +28,7 @@ void HideCredentials(std::string& line) {
     for (std::size_t at = 0; (at = line.find(':', at)) != std::string::npos; ++at) {
         const auto isSlash = [&](std::size_t i) { return i < line.size() && (line[i] == '/' || line[i] == '\\'); };
         if (!isSlash(at + 1) || !isSlash(at + 2)) continue;
-        const std::size_t begin = at + 3, end = std::min(line.find_first_of("/\\?# ", begin), line.size());
+        const std::size_t begin = at + 3, end = std::min(line.find_first_of("/\\?#", begin), line.size());
         const std::size_t sign = line.rfind('@', end);
         if (sign != std::string::npos && sign >= begin) line.replace(begin, sign - begin, "***");
     }
@@ -53,21 +50,19 @@ std::string TimeInUtc() {
 
 } // namespace
 
-void BeginLog(const std::string& stateFolder) {
+void BeginLog(const std::string& folder) {
     Log() = {};
-    if (stateFolder.empty()) return;
-    const fs::path folder = fs::path(std::u8string(stateFolder.begin(), stateFolder.end())) / "korlan";
-    std::error_code lost;
-    fs::create_directories(folder, lost);
-    for (std::size_t i = std::size(kNames) - 1; i > 0; --i)
-        fs::rename(folder / kNames[i - 1], folder / kNames[i], lost);
-    fs::remove(folder / kNames[0], lost); // opening what is no file could wait
-    Log().file.open(folder / kNames[0], std::ios::binary | std::ios::trunc);
-    fs::permissions(folder / kNames[0], fs::perms::owner_read | fs::perms::owner_write, lost);
+    if (folder.empty()) return;
+    const auto path = [&](std::size_t i) { return folder + "/" + kNames[i]; };
+    constexpr std::size_t kLast = std::size(kNames) - 1;
+    std::remove(path(kLast).c_str());
+    for (std::size_t i = kLast; i > 0; --i) std::rename(path(i - 1).c_str(), path(i).c_str());
+    std::remove(path(0).c_str()); // opening what is no file could wait
+    Log().file.reset(std::fopen(path(0).c_str(), "wb"));
 }
 
 void LogLine(std::string_view text) {
-    if (!Log().file.is_open() || Log().bytes > kMostBytes) return;
+    if (!Log().file || Log().bytes > kMostBytes) return;
     std::string line(text.substr(0, kLongestLine));
     std::replace_if(
         line.begin(), line.end(), [](unsigned char c) { return c < ' ' || c == 127; }, ' ');
@@ -75,12 +70,12 @@ void LogLine(std::string_view text) {
     line = TimeInUtc() + line + '\n';
     Log().bytes += line.size();
     if (Log().bytes > kMostBytes) line = TimeInUtc() + "The log is full.\n";
-    Log().file.write(line.data(), static_cast<std::streamsize>(line.size())).flush();
+    std::fwrite(line.data(), 1, line.size(), Log().file.get());
+    std::fflush(Log().file.get());
 }
 
 void LogTrapped(std::string_view procedure, const RuntimeError& error) {
     std::string line = "error " + std::to_string(error.Number()) + " in " + std::string(procedure);
-    if (error.Number() == kErrDeliberateAbort) line += ", raised by the program itself";
     if (!error.Description().empty()) line += ": " + error.Description();
     LogLine(line);
 }

@@ -9,9 +9,9 @@
 
 namespace korlan {
 
-// Begins the log of this start: korlan/klnupdt.log below `stateFolder`. The logs of the two starts before move on to
-// klnupdt.1.log and klnupdt.2.log. Until then, and when the file cannot be made, lines are dropped.
-void BeginLog(const std::string& stateFolder);
+// Begins the log of this start: klnupdt.log in `folder`. The logs of the two starts before move on to klnupdt.1.log and
+// klnupdt.2.log. Until then, and when the file cannot be made, lines are dropped.
+void BeginLog(const std::string& folder);
 
 // One line of at most 4 KB, handed to the system when the call returns; none once the log holds 1 MB. Control
 // characters become blanks; a user and a password in front of the host of an address become "***".
@@ -20,7 +20,8 @@ void LogLine(std::string_view text);
 // An error that the trap of `procedure` has ended.
 void LogTrapped(std::string_view procedure, const RuntimeError& error);
 
-// The user's folder of states as the host names it, "" when there is none. Part of the back end.
-std::string StateFolder();
+// The user's folder for the logs, made when missing and closed to others, as the host's C library names it; "" when
+// there is none. Part of the back end.
+std::string LogFolder();
 
 } // namespace korlan

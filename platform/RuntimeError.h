@@ -33,8 +33,8 @@ enum ErrorNumber : std::int32_t {
 
 class RuntimeError : public std::exception {
 public:
-    explicit RuntimeError(std::int32_t number, std::string description = {})
-        : number_(number), description_(std::move(description)) {
+    explicit RuntimeError(std::int32_t number); // with the runtime library's own text, where it has one
+    RuntimeError(std::int32_t number, std::string description) : number_(number), description_(std::move(description)) {
         what_ = "run-time error " + std::to_string(number_) + (description_.empty() ? "" : ": " + description_);
     }
     std::int32_t Number() const { return number_; }

@@ -7,7 +7,7 @@
 
 namespace korlan {
 
-std::string UpperCaseText(std::string_view utf8); // also what names of files are compared by
-std::string LowerCaseText(std::string_view utf8);
+std::string UpperCase(std::string_view utf8); // also what names of files are compared by
+std::string LowerCase(std::string_view utf8);
 
 } // namespace korlan

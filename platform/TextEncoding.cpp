@@ -32,7 +32,7 @@ Utf8Character NextUtf8Character(std::string_view bytes, std::size_t at) {
     char32_t code = lead & (0xFFu >> (length + 1));
     for (std::size_t i = 1; i < length; ++i) {
         if (!IsUtf8Tail(bytes[at + i])) return {};
-        code = code << 6 | (bytes[at + i] & 0x3Fu);
+        code = code << 6 | (static_cast<unsigned char>(bytes[at + i]) & 0x3Fu);
     }
     constexpr std::array<char32_t, 5> kSmallest = {0, 0, 0x80, 0x800, 0x10000};
     if (code < kSmallest[length] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return {};

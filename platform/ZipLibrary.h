@@ -5,6 +5,7 @@
 // torn. Temporary files that a killed process left in a folder go when the next process extracts to it.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -15,9 +16,9 @@
 namespace korlan {
 
 struct DCL { // options; this library knows the flags at 0 only, any other value raises 5
-    std::int32_t ExtractOnlyNewer = 0, SpaceToUnderscore = 0, PromptToOverwrite = 0, fQuiet = 0, ncflag = 0, ntflag = 0,
-                 nvflag = 0, nfflag = 0, nzflag = 0, ndflag = 0, noflag = 0, naflag = 0, nZIflag = 0, C_flag = 0,
-                 fPrivilege = 0;
+    // ExtractOnlyNewer, SpaceToUnderscore, PromptToOverwrite, fQuiet, ncflag, ntflag, nvflag, nfflag, nzflag, ndflag,
+    // noflag, naflag, nZIflag, C_flag, fPrivilege
+    std::array<std::int32_t, 15> flags{};
     std::string lpszZipFN;      // the archive
     std::string lpszExtractDir; // the folder its members go to; made when missing, unless ".." is in its path
 };

@@ -26,9 +26,8 @@ std::string BytesOfCatalogue(const CatalogueRows& rows) {
 }
 
 std::string DateTextOf(std::int64_t modified) {
-    constexpr std::int64_t kTicksASecond = 10'000'000, kSecondsTo1970 = 11'644'473'600;
     CalendarTime time{};
-    TicksToCalendar((modified + kSecondsTo1970) * kTicksASecond, time);
+    TicksToCalendar(TicksOf(modified), time);
     return DateText(time);
 }
 

@@ -68,9 +68,9 @@ void PrintOffer(const std::filesystem::path& folder, const std::vector<Published
     for (const FileRecord& record : Tables.FileArray) {
         if (record.UpdateFlag != 1) continue;
         ++offered;
-        std::cout << "  offers " << record.LocalFile << "  " << record.Filedate << "  "
-                  << (FileOpensForReading(record.LocalFile) ? "instead of " + GetFileStamp(record.LocalFile)
-                                                            : "not there yet")
+        std::cout << "  offers " << record.LocalFile() << "  " << record.Filedate << "  "
+                  << (FileOpensForReading(record.LocalFile()) ? "instead of " + GetFileStamp(record.LocalFile())
+                                                              : "not there yet")
                   << '\n';
     }
     if (offered == 0) std::cout << "  No updates found\n";

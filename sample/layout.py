@@ -50,9 +50,10 @@ def folder_of(program, designation):
 
 
 class Payload:
-    """The content of a file as the maker publishes it."""
+    """The content of a file as the maker publishes it: what the build has made of that name is the real thing."""
 
     def __init__(self, build):
+        self.built = build / "sample"
         self.make_library = [build / "sample" / "kln-makelib"]
         if not self.make_library[0].exists():  # a Windows build
             self.make_library = [HERE.parent / "scripts" / "wine", build / "sample" / "kln-makelib.exe"]
@@ -66,8 +67,9 @@ class Payload:
             library = scratch / name
             subprocess.run([*self.make_library, f"{own}.txt", library], check=True)
             return library.read_bytes()
-        if own.exists():
-            return own.read_bytes()
+        for real in (own, self.built / name):
+            if real.exists():
+                return real.read_bytes()
         size = int(row["FileSize"])
         if name.upper().endswith((".EXE", ".DLL", ".OCX")):
             return random.Random(f"{name} {row['Filedate']}").randbytes(size)

@@ -22,7 +22,7 @@ public:
 };
 
 CacheHandler& Handler() {
-    if (!modCache.handler) throw RuntimeError(kErrObjectNotSet, "Object variable not set");
+    if (!modCache.handler) throw RuntimeError(kErrObjectNotSet);
     return *modCache.handler;
 }
 

@@ -135,19 +135,14 @@ std::int32_t GetWebFileInformation(const std::string& url, std::int32_t& size, b
     while (inet.StillExecuting()) DoEvents();
 
     const std::string code = Left(Mid(inet.GetHeader(), 10), 3); // of "HTTP/1.1 404 Not Found"
-    if (code == "401") {
-        ShowMsgBox("Unauthorized Access, Download Terminated!" + ShownUrl(url), kBoxOkOnly, GetSysName());
-        return 0;
-    }
-    if (code == "403") {
-        ShowMsgBox("Access Denied, Download Terminated!" + ShownUrl(url), kBoxOkOnly, GetSysName());
-        size = 0;
-        inet.Cancel();
-        return 0;
-    }
-    if (code == "404") {
-        ShowMsgBox("File Not Found : " + ShownUrl(url), kBoxOkOnly, GetSysName());
-        exists = false;
+    const std::string refusal = code == "401"   ? "Unauthorized Access, Download Terminated!"
+                                : code == "403" ? "Access Denied, Download Terminated!"
+                                : code == "404" ? "File Not Found : "
+                                                : "";
+    if (!refusal.empty()) {
+        ShowMsgBox(refusal + ShownUrl(url), kBoxOkOnly, GetSysName());
+        if (code == "404") exists = false;
+        if (code == "401") return 0; // kept: size stays, and the request
         size = 0;
         inet.Cancel();
         return 0;

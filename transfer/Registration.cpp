@@ -14,7 +14,7 @@ namespace {
 
 // No file of the suite has a quote in its path; one that had could add words of its own to a command.
 bool IsRegistered(const FileRecord& record) {
-    return UpperCase(record.LocalFolder) == UpperCase(GetAppFolder()) + "\\" && !Contains(record.LocalFile, "\"");
+    return UpperCase(*record.LocalFolder) == UpperCase(GetAppFolder()) + "\\" && !Contains(record.LocalFile(), "\"");
 }
 
 bool IsComponentServer(const std::string& name) {
@@ -35,13 +35,13 @@ void Start(const std::string& command) {
 std::int32_t RegisterFile(std::int32_t recordIndex) {
     const FileRecord& record = Tables.FileArray[recordIndex];
     if (!IsRegistered(record)) return 0;
-    const std::string extension = FileExtension(record.FileName), quotedPath = "\"" + record.LocalFile + "\"";
+    const std::string extension = FileExtension(record.FileName), quotedPath = "\"" + record.LocalFile() + "\"";
     if (extension == "DLL" || extension == "OCX")
         Start("regsvr32 /s " + quotedPath);
     else if (extension == "EXE" && IsComponentServer(record.FileName))
         Start(quotedPath + " /RegServer");
     else if (extension == "TLB")
-        RegisterTypeLibrary(record.LocalFile);
+        RegisterTypeLibrary(record.LocalFile());
     return 0;
 }
 
@@ -50,9 +50,9 @@ std::int32_t UnregisterFile(std::int32_t recordIndex) {
     if (!IsRegistered(record)) return 0;
     const std::string extension = FileExtension(record.FileName);
     if (extension == "DLL" || extension == "OCX" || extension == "EXE") // executables, too
-        Start("regsvr32 /u /s \"" + record.LocalFile + "\"");
+        Start("regsvr32 /u /s \"" + record.LocalFile() + "\"");
     else if (extension == "TLB")
-        UnregisterTypeLibrary(record.LocalFile);
+        UnregisterTypeLibrary(record.LocalFile());
     return 0;
 }
 

@@ -20,6 +20,7 @@
 #include "transfer/modZip.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace korlan {
 
@@ -60,7 +61,7 @@ void CountStep() {
 
 // Whether the archive left over from an earlier run holds the catalogue's version of the file.
 bool ArchiveIsCurrent(const FileRecord& record) {
-    ExtractArchive(record.TempZipFile, InTempFolder(""));
+    ExtractArchive(record.TempZipFile(), InTempFolder(""));
     const std::string extracted = InTempFolder(record.FileName);
     if (!FileExists(extracted)) return false;
     const bool current = Trim(GetFileStamp(extracted)) == Trim(record.Filedate);
@@ -70,11 +71,11 @@ bool ArchiveIsCurrent(const FileRecord& record) {
 }
 
 void FetchArchive(FileRecord& record, const std::string& url, std::int32_t size, std::int32_t showStatus) {
-    const std::string archive = Replace(record.ServerZipName, "/", "\\");
+    const std::string archive = Replace(record.FileZipName, "/", "\\");
     CreateFoldersBelow(Settings.TempFolder, Left(archive, std::max<std::int64_t>(InStrRev(archive, "\\") - 1, 0)));
     std::int32_t done = 0;
     std::string label = record.FileName;
-    DownloadFile(url, record.TempZipFile, done, size, label, showStatus);
+    DownloadFile(url, record.TempZipFile(), done, size, label, showStatus);
     if (done == 0 && Flags.CancelRequested == 0) Flags.DownloadFailed = 1; // it never began, or could not be written
     if (Flags.DownloadFailed != 1 && done != 0) record.TransferState = 1;
 }
@@ -83,10 +84,10 @@ void TransferRecord(FileRecord& record) {
     ListView& list = frmUpdate.lvwFilesList;
     list.EnsureVisible(record.Row);
     EditMsgline(GetLocalText("Transferring : ", "991877") + record.FileName);
-    const std::string url = Settings.UpdateUrl + "/" + record.ServerZipName;
+    const std::string url = Settings.UpdateUrl + "/" + record.FileZipName;
     record.TransferState = 0;
 
-    const bool leftOver = FileExists(record.TempZipFile);
+    const bool leftOver = FileExists(record.TempZipFile());
     if (leftOver && ArchiveIsCurrent(record)) {
         record.TransferState = 1;
     } else {
@@ -117,7 +118,7 @@ bool DownloadPass(std::int32_t& index) {
         if (record.Row == 0) continue;
         if (frmUpdate.lvwFilesList.Row(record.Row).checked) TransferRecord(record);
         if (Flags.DownloadFailed != 1) continue;
-        if (FileExists(record.TempZipFile)) EraseFile(record.TempZipFile);
+        if (FileExists(record.TempZipFile())) EraseFile(record.TempZipFile());
         ShowRetry(GetLocalText("Live Update Failed.Click Retry to try again", "991851"));
         return false;
     }
@@ -127,36 +128,38 @@ bool DownloadPass(std::int32_t& index) {
 // ---- install pass ----
 
 void RemoveInstalledFile(const FileRecord& record, std::int32_t index) {
-    if (!FileExists(record.LocalFile)) return;
-    SetAttributesNormal(record.LocalFile);
+    if (!FileExists(record.LocalFile())) return;
+    SetAttributesNormal(record.LocalFile());
     UnregisterFile(index);
-    EraseFile(record.LocalFile);
+    EraseFile(record.LocalFile());
 }
 
 void ReportFailure(const FileRecord& record, const std::string& message) {
-    LogLine("failed " + record.LocalFile + " of " + record.Filedate);
-    ShowMsgBox(message + record.LocalFile, kBoxCritical, GetSysName());
+    LogLine("failed " + record.LocalFile() + " of " + record.Filedate);
+    ShowMsgBox(message + record.LocalFile(), kBoxCritical, GetSysName());
 }
 
 void RecordInstalled(const FileRecord& record, const std::string& status) {
-    LogLine("installed " + record.LocalFile + (FileExists(record.LocalFile) ? "" : ", which is not there"));
+    LogLine("installed " + record.LocalFile() + (FileExists(record.LocalFile()) ? "" : ", which is not there"));
     Tables.UpdatedFiles.Append(record.FileZipName);
     frmUpdate.lvwFilesList.SetSubItem(record.Row, kStatusSubItem, status);
 }
 
 // False when the archive library could not be called; what it made of the archive is not looked at.
 bool Extract(const FileRecord& record) {
-    return ExtractArchive(record.TempZipFile, record.LocalFolder).has_value();
+    return ExtractArchive(record.TempZipFile(), record.LocalFolder).has_value();
 }
 
 void InstallPartLibrary(const FileRecord& record, std::int32_t index) {
+    const bool hasIndex = Trim(Settings.SuiteVersion) != "1.20"; // that version has its index left alone
     RemoveInstalledFile(record, index);
+    std::optional<ReplacementNote> note;
+    if (hasIndex) note.emplace(record.FileName);
     if (!Extract(record)) {
         ReportFailure(record, "File not updated properly : ");
         return;
     }
-    if (Trim(Settings.SuiteVersion) != "1.20") // installations of that version have their index left alone
-        UpdateLibDBReplaceFile(record.FileName);
+    if (hasIndex) UpdateLibDBReplaceFile(record.FileName);
     RecordInstalled(record, "Updated"); // a literal, unlike below
 }
 
@@ -210,9 +213,9 @@ void EndInError(std::int32_t index) {
     Flags.DownloadFailed = 1;
     if (index >= 1 && index <= Tables.FileArray.UpperBound()) {
         const FileRecord& record = Tables.FileArray[index];
-        LogLine("failed " + record.LocalFile + " of " + record.Filedate);
+        LogLine("failed " + record.LocalFile() + " of " + record.Filedate);
         // Not the archive but the installed file goes, so that the next search offers it again.
-        if (FileExists(record.TempZipFile)) EraseFile(record.LocalFile);
+        if (FileExists(record.TempZipFile())) EraseFile(record.LocalFile());
     }
     ShowRetry(GetLocalText("LiveUpdate Failed.", "991855") + GetLocalText("Click Retry to try again", "991856"));
 }
@@ -248,7 +251,10 @@ std::int32_t UpdateFilesFromWeb() {
 void CreateNewFolders() {
     try {
         for (const NewFolderRecord& entry : Tables.NewFolderArray) {
-            if (!StaysInFolder(entry.FolderName)) continue;
+            if (!StaysInFolder(entry.FolderName)) {
+                LogLine("refused the folder " + entry.FolderName);
+                continue;
+            }
             const auto first = InStr(entry.FolderName, "\\"); // what stands before it is ignored
             if (first != 0) CreateFoldersBelow(GetAppFolder(), Mid(entry.FolderName, first));
         }
@@ -264,7 +270,7 @@ void CleanUpTemporaryFiles() {
         const std::int32_t count = files.ListCount();
         for (std::int32_t i = 0; i < count; ++i) RemoveFile(InTempFolder(files.List(i)));
         for (const FileRecord& record : Tables.FileArray) // some lie in folders of their own
-            if (record.TransferState == 1 && FileExists(record.TempZipFile)) RemoveFile(record.TempZipFile);
+            if (record.TransferState == 1 && FileExists(record.TempZipFile())) RemoveFile(record.TempZipFile());
     } catch (const RuntimeError& error) { // what is left goes at the next end
         LogTrapped("CleanUpTemporaryFiles", error);
     }

@@ -65,11 +65,6 @@ void CollectListing(const ListedMember& member) {
          TwoDigits(member.hour) + ":" + TwoDigits(member.minute));
 }
 
-DCL MakeOptions(const std::string& zipFile, const std::string& folder, const std::array<std::int16_t, 15>& flags) {
-    return {flags[0], flags[1],  flags[2],  flags[3],  flags[4],  flags[5],  flags[6], flags[7], flags[8],
-            flags[9], flags[10], flags[11], flags[12], flags[13], flags[14], zipFile,  folder};
-}
-
 USERFUNCTIONS MakeCallbacks() {
     USERFUNCTIONS functions;
     functions.print = [](std::string_view text) {
@@ -96,7 +91,9 @@ std::int32_t VBUnzip(const std::string& zipFile, const std::string& folder,
     version.structlen = sizeof version;
     UzpVersion2(version);
     USERFUNCTIONS functions = MakeCallbacks();
-    return Wiz_SingleEntryUnzip(0, {}, 0, {}, MakeOptions(zipFile, folder, optionFlags), functions);
+    DCL options{{}, zipFile, folder};
+    std::ranges::copy(optionFlags, options.flags.begin());
+    return Wiz_SingleEntryUnzip(0, {}, 0, {}, options, functions);
 }
 
 void Unzip(std::int32_t& completed, std::int32_t /*recordIndex*/, const std::string& zipFile, const std::string& folder,

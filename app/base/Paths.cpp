@@ -6,7 +6,6 @@
 #include "platform/RuntimeError.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace korlan {
 
@@ -32,18 +31,21 @@ std::string GetAppFolder() {
 namespace {
 
 // Two dots, however many dots and blanks follow: Windows drops those at the end of a component.
-bool LeadsUpwards(const std::string& component) {
+bool LeadsUpwards(std::string_view component) {
     return component.starts_with("..") && component.find_first_not_of(". ") == std::string::npos;
 }
 
 } // namespace
 
 bool StaysInFolder(std::string_view relativePath) {
-    const std::string path = Replace(relativePath, "/", "\\");
-    const std::vector<std::string> components = Split(path, "\\");
     const auto isForbidden = [](char c) { return c == ':' || static_cast<unsigned char>(c) < ' '; };
-    return std::none_of(path.begin(), path.end(), isForbidden) &&
-           std::none_of(components.begin(), components.end(), LeadsUpwards);
+    if (std::any_of(relativePath.begin(), relativePath.end(), isForbidden)) return false;
+    for (;;) {
+        const std::size_t end = std::min(relativePath.find_first_of("\\/"), relativePath.size());
+        if (LeadsUpwards(relativePath.substr(0, end))) return false;
+        if (end == relativePath.size()) return true;
+        relativePath.remove_prefix(end + 1);
+    }
 }
 
 bool IsBareName(std::string_view name) {

@@ -82,16 +82,16 @@ std::string InTempFolder(const std::string& name) {
 }
 
 void GetKorlanFilePath(const std::string& cataloguePath, std::string& installationPath) {
-    const std::vector<std::string> pieces = Split(cataloguePath, "\\");
-    const std::string code = UpperCase(Piece(pieces, 1));
+    const std::string code = UpperCase(Piece(cataloguePath, "\\", 1));
     if (!StaysInFolder(cataloguePath)) throw RuntimeError(kErrPathNotFound, "Path not found: " + cataloguePath);
     for (const InstallationFolder& entry : kFolders) {
         if (code != entry.code) continue;
+        const std::size_t rest = cataloguePath.find('\\', cataloguePath.find('\\') + 1); // behind the code
         installationPath = Settings.*entry.folder;
-        for (std::size_t i = 2; i < pieces.size(); ++i) installationPath += "\\" + UpperCase(pieces[i]);
+        if (rest != std::string::npos) installationPath += UpperCase(cataloguePath.substr(rest));
         return;
     }
-    if (!pieces[0].empty()) // a text before the first backslash would name a neighbour of the program folder
+    if (!cataloguePath.starts_with('\\')) // what stands before would name a neighbour of the program folder
         throw RuntimeError(kErrPathNotFound, "Path not found: " + cataloguePath);
     installationPath = GetAppFolder() + cataloguePath;
 }

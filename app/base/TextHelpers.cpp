@@ -1,7 +1,6 @@
 #include "app/base/TextHelpers.h"
 
 #include "platform/RuntimeError.h"
-#include "platform/TextCase.h"
 
 #include <charconv>
 #include <cmath>
@@ -27,14 +26,6 @@ std::string RightTrim(std::string_view text) {
 
 std::string Trim(std::string_view text) {
     return LeftTrim(text.substr(0, text.find_last_not_of(' ') + 1));
-}
-
-std::string UpperCase(std::string_view text) {
-    return UpperCaseText(text);
-}
-
-std::string LowerCase(std::string_view text) {
-    return LowerCaseText(text);
 }
 
 std::string Left(std::string_view text, std::int64_t length) {
@@ -80,9 +71,14 @@ std::vector<std::string> Split(std::string_view text, std::string_view separator
     return pieces;
 }
 
-const std::string& Piece(const std::vector<std::string>& pieces, std::size_t index) {
-    if (index >= pieces.size()) throw RuntimeError(kErrSubscript);
-    return pieces[index];
+std::string_view Piece(std::string_view text, std::string_view separator, std::size_t index) {
+    if (text.empty()) throw RuntimeError(kErrSubscript);
+    for (; index > 0; --index) {
+        const std::size_t at = text.find(separator);
+        if (at == std::string_view::npos) throw RuntimeError(kErrSubscript);
+        text.remove_prefix(at + separator.size());
+    }
+    return text.substr(0, text.find(separator));
 }
 
 std::int32_t ToInteger(std::string_view text) {

@@ -2,6 +2,8 @@
 // A bad argument raises a run-time error: 5 (position or length), 9 (no such piece), 13 (not a number), 6 (too large).
 #pragma once
 
+#include "platform/TextCase.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -13,10 +15,6 @@ std::string Trim(std::string_view text); // blanks (code 32) at both ends
 std::string LeftTrim(std::string_view text);
 std::string RightTrim(std::string_view text);
 
-// Letters of any alphabet, each alone; everything else stays.
-std::string UpperCase(std::string_view text);
-std::string LowerCase(std::string_view text);
-
 std::string Left(std::string_view text, std::int64_t length);        // shorter texts whole; length < 0 raises 5
 std::string Mid(std::string_view text, std::int64_t start);          // from `start` on; start < 1 raises 5
 std::int64_t InStr(std::string_view text, std::string_view what);    // first place of `what`, 0 = none
@@ -26,7 +24,7 @@ std::string Replace(std::string_view text, std::string_view what, std::string_vi
 
 // Pieces between the separators, from 0; an empty text has none.
 std::vector<std::string> Split(std::string_view text, std::string_view separator);
-const std::string& Piece(const std::vector<std::string>& pieces, std::size_t index); // 9 when there is none
+std::string_view Piece(std::string_view text, std::string_view separator, std::size_t index); // 9 when there is none
 
 // A whole text as a number: blanks around it, sign, digits, a fraction rounded half to even. Raises 13 or 6.
 std::int32_t ToInteger(std::string_view text);

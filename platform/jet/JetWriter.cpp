@@ -316,7 +316,7 @@ void FileBuilder::AddFreePages() {
 void FileBuilder::AddHeader() {
     constexpr std::size_t kMaskedAt = 0x18, kLocaleAt = 0x38, kFillAt = 0x600;
     std::string masked = "\0\1\0\0\1\1\0\0"s;
-    for (const std::uint32_t page : {2, 3, 4, 5}) Append(masked, page, 4);
+    for (const std::uint32_t page : {2U, 3U, 4U, 5U}) Append(masked, page, 4);
     masked.resize(kLocaleAt - kMaskedAt);
     masked += Number(1, 2) + Number(kLocale, 2) + Number(kCodePage, 2);
     masked.resize(126);

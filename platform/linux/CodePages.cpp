@@ -1,4 +1,5 @@
-#include "platform/linux/CodePages.h"
+// Texts in the code pages of Windows, through the host's own converter.
+#include "platform/DatabaseHost.h"
 
 #include <iconv.h>
 

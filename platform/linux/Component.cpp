@@ -10,7 +10,7 @@ bool LoadAndRegisterTypeLib(const std::string&) {
 }
 
 TypeLibraryInfo DescribeTypeLib(const std::string&) {
-    throw RuntimeError(kErrFileNotFound, "File not found");
+    throw RuntimeError(kErrFileNotFound);
 }
 
 bool UnregisterTypeLib(const TypeLibraryInfo&) {

@@ -17,13 +17,13 @@ mode_t ExecuteBits(const struct stat& status) {
 
 void NoteErased(const std::string& hostPath, const struct stat& status) {
     if (const mode_t bits = ExecuteBits(status); bits != 0)
-        erased[UpperCaseText(hostPath)] = bits;
+        erased[UpperCase(hostPath)] = bits;
     else if (!erased.empty())
-        erased.erase(UpperCaseText(hostPath));
+        erased.erase(UpperCase(hostPath));
 }
 
 mode_t ErasedExecuteBits(const std::string& hostPath) {
-    const auto found = erased.empty() ? erased.end() : erased.find(UpperCaseText(hostPath));
+    const auto found = erased.empty() ? erased.end() : erased.find(UpperCase(hostPath));
     return found == erased.end() ? 0 : found->second;
 }
 

@@ -12,10 +12,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <cstdio>
-#include <optional>
-#include <set>
 
 namespace korlan {
 namespace {
@@ -26,13 +22,17 @@ struct stat StatusOf(const std::string& hostPath) {
     return status;
 }
 
-// Reading never waits for the other end of a pipe, and only regular files are read.
-FileHandle OpenRegularFile(const std::string& hostPath) {
+// Reading never waits for the other end of a pipe, and only regular files are read. Most paths are spelled exactly, so
+// the file is asked for before the names of its folder are.
+FileHandle OpenRegularFile(const std::string& path, struct stat& status) {
+    std::string hostPath = LikelyHostPath(path);
     FileHandle file(hostPath, O_RDONLY | O_NONBLOCK);
-    if (!file) RaiseHostError(errno, hostPath);
-    struct stat status {};
-    if (fstat(file.Descriptor(), &status) != 0) RaiseHostError(errno, hostPath);
-    if (!S_ISREG(status.st_mode)) RaiseFileError(kErrPathAccess);
+    if (!file && errno == ENOENT) {
+        hostPath = HostPath(path);
+        file = FileHandle(hostPath, O_RDONLY | O_NONBLOCK);
+    }
+    if (!file || fstat(file.Descriptor(), &status) != 0) RaiseHostError(errno, hostPath);
+    if (!S_ISREG(status.st_mode)) throw RuntimeError(kErrPathAccess);
     return file;
 }
 
@@ -51,7 +51,7 @@ int ListMatching(const std::string& hostFolder, std::string_view foldedPattern, 
     if (!folder) return errno;
     std::vector<std::pair<std::string, std::string>> sorted; // upper case, spelling
     while (const dirent* entry = readdir(folder.get())) {
-        std::string folded = UpperCaseText(entry->d_name);
+        std::string folded = UpperCase(entry->d_name);
         if (MatchesNamePattern(folded, foldedPattern) && IsNormalFile(dirfd(folder.get()), entry->d_name))
             sorted.emplace_back(std::move(folded), entry->d_name);
     }
@@ -61,15 +61,6 @@ int ListMatching(const std::string& hostFolder, std::string_view foldedPattern, 
 }
 
 } // namespace
-
-bool FileOpensForReading(const std::string& path) {
-    try {
-        OpenRegularFile(HostPath(path));
-        return true;
-    } catch (const RuntimeError&) {
-        return false;
-    }
-}
 
 std::string FindNormalFile(const std::string& pattern) {
     const std::size_t start = pattern.find_last_of("\\/:") + 1; // npos + 1 is 0
@@ -83,7 +74,7 @@ std::string FindNormalFile(const std::string& pattern) {
         }
         const std::string folder = pattern.substr(0, start);
         std::vector<std::string> names;
-        ListMatching(HostPath(folder.empty() ? "." : folder), name == "*.*" ? "*" : UpperCaseText(name), names);
+        ListMatching(HostPath(folder.empty() ? "." : folder), name == "*.*" ? "*" : UpperCase(name), names);
         return names.empty() ? std::string() : names.front();
     } catch (const RuntimeError&) {
         return {};
@@ -95,7 +86,7 @@ std::vector<std::string> ListNormalFiles(const std::string& folder) {
     const std::string hostFolder = HostPath(folder);
     const int error = ListMatching(hostFolder, "*", names);
     if (error == EACCES) RaiseHostError(error, hostFolder);
-    if (error != 0) RaiseFileError(kErrPathNotFound);
+    if (error != 0) throw RuntimeError(kErrPathNotFound);
     return names;
 }
 
@@ -122,8 +113,14 @@ bool EraseFile(const std::string& path) {
 
 std::int64_t FileLength(const std::string& path) {
     const struct stat status = StatusOf(HostPath(path));
-    if (S_ISDIR(status.st_mode)) RaiseFileError(kErrPathAccess);
+    if (S_ISDIR(status.st_mode)) throw RuntimeError(kErrPathAccess);
     return status.st_size;
+}
+
+FileLook LookAtFile(const std::string& path) {
+    struct stat status {};
+    OpenRegularFile(path, status);
+    return {TicksOf(status.st_mtim.tv_sec) + status.st_mtim.tv_nsec / 100, true}; // none is hidden
 }
 
 // --- Folders ---------------------------------------------------------------------------------------------------------
@@ -140,79 +137,18 @@ bool FolderExists(const std::string& path) {
 void CreateOneFolder(const std::string& path) {
     const std::string hostPath = HostPath(path);
     if (mkdir(hostPath.c_str(), 0777) == 0) return;
-    if (errno == EEXIST) RaiseFileError(kErrPathAccess);
-    if (errno == ENOENT) RaiseFileError(kErrPathNotFound);
-    RaiseHostError(errno, hostPath);
-}
-
-std::string CurrentFolder() {
-    const std::unique_ptr<char, void (*)(void*)> folder(getcwd(nullptr, 0), std::free);
-    if (!folder) RaiseFileError(kErrPathNotFound);
-    return WindowsPath(folder.get());
-}
-
-void ChangeCurrentFolder(const std::string& path) {
-    if (path.empty()) RaiseFileError(kErrPathNotFound); // to HostPath it would be the folder we are in
-    const std::string hostPath = HostPath(path);
-    if (chdir(hostPath.c_str()) == 0) return;
-    if (errno == ENOENT) RaiseFileError(kErrPathNotFound);
+    if (errno == EEXIST) throw RuntimeError(kErrPathAccess);
+    if (errno == ENOENT) throw RuntimeError(kErrPathNotFound);
     RaiseHostError(errno, hostPath);
 }
 
 void TryFolder(const std::string& path) {
+    if (path.empty()) throw RuntimeError(kErrPathNotFound); // to HostPath it would be the folder we are in
     const FileHandle before(".", O_PATH | O_DIRECTORY);
-    ChangeCurrentFolder(path);
-    if (fchdir(before.Descriptor()) != 0) RaiseHostError(errno, path);
-}
-
-// --- Time stamps -----------------------------------------------------------------------------------------------------
-
-namespace {
-
-constexpr std::int64_t kTicksPerSecond = 10'000'000;    // of 100 ns
-constexpr std::int64_t kSecondsTo1970 = 11'644'473'600; // from 1601
-
-std::set<std::int32_t>& OpenStamps() {
-    static std::set<std::int32_t> handles;
-    return handles;
-}
-
-} // namespace
-
-std::int32_t OpenForStamp(const std::string& path) {
-    try {
-        FileHandle file = OpenRegularFile(HostPath(path));
-        return *OpenStamps().insert(file.Release()).first;
-    } catch (const RuntimeError&) {
-        return -1;
-    }
-}
-
-bool ReadWriteTime(std::int32_t handle, std::int64_t& ticks) {
-    struct stat status {};
-    if (!OpenStamps().contains(handle) || fstat(handle, &status) != 0) return false;
-    ticks = (status.st_mtim.tv_sec + kSecondsTo1970) * kTicksPerSecond + status.st_mtim.tv_nsec / 100;
-    return true;
-}
-
-void CloseStamp(std::int32_t handle) {
-    if (OpenStamps().erase(handle) > 0) close(handle);
-}
-
-std::int32_t TicksToCalendar(std::int64_t ticks, CalendarTime& time) {
-    if (ticks < 0) return 0;
-    using namespace std::chrono;
-    const sys_seconds moment{seconds{ticks / kTicksPerSecond - kSecondsTo1970}};
-    const auto day = floor<days>(moment);
-    const year_month_day date{day};
-    const hh_mm_ss clock{moment - day};
-    time.year = static_cast<int>(date.year());
-    time.month = static_cast<std::int32_t>(static_cast<unsigned>(date.month()));
-    time.day = static_cast<std::int32_t>(static_cast<unsigned>(date.day()));
-    time.hour = static_cast<std::int32_t>(clock.hours().count());
-    time.minute = static_cast<std::int32_t>(clock.minutes().count());
-    time.second = static_cast<std::int32_t>(clock.seconds().count());
-    return 1;
+    const std::string hostPath = HostPath(path);
+    if (chdir(hostPath.c_str()) == 0 && fchdir(before.Descriptor()) == 0) return;
+    if (errno == ENOENT) throw RuntimeError(kErrPathNotFound);
+    RaiseHostError(errno, hostPath);
 }
 
 // --- Contents --------------------------------------------------------------------------------------------------------
@@ -235,7 +171,7 @@ OutputFile::OutputFile(const std::string& path, Mode mode) : impl_(std::make_uni
     impl_->hostPath = HostPath(path);
     impl_->mode = mode;
     struct stat status {};
-    if (stat(impl_->hostPath.c_str(), &status) == 0 && IsReadOnly(status)) RaiseFileError(kErrPathAccess);
+    if (stat(impl_->hostPath.c_str(), &status) == 0 && IsReadOnly(status)) throw RuntimeError(kErrPathAccess);
     impl_->file =
         FileHandle(impl_->hostPath, O_WRONLY | O_CREAT | O_NONBLOCK | (mode == Mode::Append ? O_APPEND : O_TRUNC));
     if (!impl_->file) RaiseHostError(errno, impl_->hostPath);
@@ -253,7 +189,7 @@ OutputFile::~OutputFile() {
 
 void OutputFile::Write(std::string_view bytes) {
     constexpr std::size_t kBufferSize = std::size_t{64} * 1024;
-    if (!impl_->file) RaiseFileError(kErrDeviceIo);
+    if (!impl_->file) throw RuntimeError(kErrDeviceIo);
     impl_->buffer += bytes;
     if (impl_->mode == Mode::Append || impl_->buffer.size() >= kBufferSize) impl_->Flush();
 }
@@ -267,10 +203,8 @@ void OutputFile::Close() {
 }
 
 std::string ReadFilePart(const std::string& path, std::uint64_t offset, std::size_t count) {
-    const std::string hostPath = HostPath(path);
-    const FileHandle file = OpenRegularFile(hostPath);
     struct stat status {};
-    if (fstat(file.Descriptor(), &status) != 0) RaiseHostError(errno, hostPath);
+    const FileHandle file = OpenRegularFile(path, status);
     const auto length = static_cast<std::uint64_t>(status.st_size);
     std::string bytes(static_cast<std::size_t>(std::min<std::uint64_t>(count, length > offset ? length - offset : 0)),
                       '\0');
@@ -279,16 +213,12 @@ std::string ReadFilePart(const std::string& path, std::uint64_t offset, std::siz
         const ssize_t got =
             pread(file.Descriptor(), &bytes[done], bytes.size() - done, static_cast<off_t>(offset + done));
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) RaiseHostError(errno, hostPath);
+        if (got < 0) RaiseHostError(errno, path);
         if (got == 0) break; // it has become shorter
         done += static_cast<std::size_t>(got);
     }
     bytes.resize(done);
     return bytes;
-}
-
-std::string ReadWholeFile(const std::string& path) {
-    return ReadFilePart(path, 0, std::string::npos);
 }
 
 void SyncFileSystem(const std::string& path) {

@@ -26,9 +26,9 @@ public:
 
 private:
     struct SameUpperCase { // as hash and as comparison
-        std::size_t operator()(const std::string& name) const { return std::hash<std::string>()(UpperCaseText(name)); }
+        std::size_t operator()(const std::string& name) const { return std::hash<std::string>()(UpperCase(name)); }
         bool operator()(const std::string& one, const std::string& other) const {
-            return UpperCaseText(one) == UpperCaseText(other);
+            return UpperCase(one) == UpperCase(other);
         }
     };
     using Names = std::unordered_multiset<std::string, SameUpperCase, SameUpperCase>;

@@ -39,25 +39,10 @@ std::int32_t ErrorNumberOf(int error, const std::string& hostPath) {
     }
 }
 
-const char* DescriptionOf(std::int32_t number) {
-    switch (number) {
-    case kErrFileNotFound: return "File not found";
-    case kErrPathNotFound: return "Path not found";
-    case kErrPermissionDenied: return "Permission denied";
-    case kErrPathAccess: return "Path/File access error";
-    case kErrDiskFull: return "Disk full";
-    default: return "Device I/O error";
-    }
-}
-
 } // namespace
 
-void RaiseFileError(std::int32_t number) {
-    throw RuntimeError(number, DescriptionOf(number));
-}
-
 void RaiseHostError(int error, const std::string& hostPath) {
-    RaiseFileError(ErrorNumberOf(error, hostPath));
+    throw RuntimeError(ErrorNumberOf(error, hostPath));
 }
 
 } // namespace korlan

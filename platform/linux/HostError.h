@@ -10,7 +10,4 @@ namespace korlan {
 // is told from a missing folder by looking whether its folder is there.
 [[noreturn]] void RaiseHostError(int error, const std::string& hostPath);
 
-// A RuntimeError of that number with the runtime's own description.
-[[noreturn]] void RaiseFileError(std::int32_t number);
-
 } // namespace korlan

@@ -3,7 +3,6 @@
 #include "platform/AsciiText.h"
 #include "platform/RuntimeError.h"
 #include "platform/linux/FolderIndex.h"
-#include "platform/linux/HostError.h"
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -54,14 +53,17 @@ bool IsLetter(char letter) {
 // The host folder of a drive without a slash at its end ("" for the root); nothing when there is no such drive.
 // A link that leads somewhere is followed once: drives stay where they are while the program runs.
 std::optional<std::string> DriveRoot(char letter) {
-    static std::map<std::string, std::string> roots;
-    const std::string folder = DrivesFolder() + "/";
-    const char upper = UpperAscii(letter);
-    for (const char spelling : {LowerAscii(upper), upper}) {
-        std::string& root = roots[folder + spelling + ":"];
-        if (root.empty()) root = RealPath(folder + spelling + ":");
-        if (!root.empty()) return root == "/" ? std::string() : root;
+    static std::string drives;
+    static std::map<char, std::string> roots;
+    if (std::string folder = DrivesFolder(); folder != drives) {
+        drives = std::move(folder);
+        roots.clear();
     }
+    const char upper = UpperAscii(letter);
+    std::string& root = roots[upper];
+    for (const char spelling : {LowerAscii(upper), upper})
+        if (root.empty()) root = RealPath(drives + "/" + spelling + ":");
+    if (!root.empty()) return root == "/" ? std::string() : root;
     if (upper == 'Z') return std::string();
     return std::nullopt;
 }
@@ -85,13 +87,13 @@ std::vector<std::pair<char, std::string>> AllDrives() {
 
 std::string CurrentWindowsFolder() {
     const std::unique_ptr<char, void (*)(void*)> folder(getcwd(nullptr, 0), std::free);
-    if (!folder) RaiseFileError(kErrPathNotFound);
+    if (!folder) throw RuntimeError(kErrPathNotFound);
     return WindowsPath(folder.get());
 }
 
 struct SplitPath {
-    char drive = 0; // upper case
-    std::vector<std::string> components;
+    char drive = 0;   // upper case
+    std::string rest; // of the path: the names, a slash before each
 };
 
 // Windows takes one dot off the end of any name in a path, and all dots and blanks off the end of the last one. (".."
@@ -103,23 +105,26 @@ std::string_view WithoutTail(std::string_view name, bool last) {
     return name.ends_with('.') && name[name.size() - 2] != '.' ? name.substr(0, name.size() - 1) : name;
 }
 
-void AppendComponents(std::string_view path, std::vector<std::string>& components) {
+std::string_view FolderOf(std::string_view path) {
+    return path.substr(0, path.rfind('/'));
+}
+
+void AppendNames(std::string_view path, std::string& rest) {
     while (!path.empty()) {
         const std::size_t end = std::min(path.find_first_of("\\/"), path.size());
-        const std::string_view component = WithoutTail(path.substr(0, end), end == path.size());
+        const std::string_view name = WithoutTail(path.substr(0, end), end == path.size());
         path.remove_prefix(std::min(end + 1, path.size()));
-        if (component == "..") {
-            if (!components.empty()) components.pop_back();
-        } else if (!component.empty() && component != ".") {
-            components.emplace_back(component);
-        }
+        if (name == "..")
+            rest.resize(FolderOf(rest).size());
+        else if (!name.empty() && name != ".")
+            rest.append("/").append(name);
     }
 }
 
 SplitPath Split(std::string_view path) {
     const auto isSlash = [](char character) { return character == '\\' || character == '/'; };
-    if (path.find('\0') != std::string_view::npos) RaiseFileError(kErrPathNotFound);
-    if (path.size() >= 2 && isSlash(path[0]) && isSlash(path[1])) RaiseFileError(kErrPathNotFound);
+    if (path.find('\0') != std::string_view::npos) throw RuntimeError(kErrPathNotFound);
+    if (path.size() >= 2 && isSlash(path[0]) && isSlash(path[1])) throw RuntimeError(kErrPathNotFound);
 
     SplitPath split;
     if (path.size() >= 2 && path[1] == ':' && IsLetter(path[0])) {
@@ -131,28 +136,28 @@ SplitPath Split(std::string_view path) {
         if (split.drive == 0) split.drive = current[0];
         // Only the drive in use has a current folder; on any other a relative path starts at the root.
         const bool fromCurrent = split.drive == current[0] && (path.empty() || !isSlash(path[0]));
-        if (fromCurrent) AppendComponents(std::string_view(current).substr(2), split.components);
+        if (fromCurrent) AppendNames(std::string_view(current).substr(2), split.rest);
     }
-    AppendComponents(path, split.components);
+    AppendNames(path, split.rest);
     return split;
 }
 
 std::string RootOf(const SplitPath& split) {
-    const auto root = DriveRoot(split.drive);
-    if (!root) RaiseFileError(kErrPathNotFound);
-    return *root;
+    auto root = DriveRoot(split.drive);
+    if (!root) throw RuntimeError(kErrPathNotFound);
+    return *std::move(root);
 }
 
-// Finds the first `count` components under `root`, whatever the case of their letters.
-std::string FindComponents(const std::string& root, const std::vector<std::string>& components, std::size_t count) {
-    if (count == 0) return root;
-    const std::string& name = components[count - 1];
-    std::string folder = root;
-    for (std::size_t i = 0; i + 1 < count; ++i) folder += "/" + components[i];
-    if (const auto known = Index().KnownSpelling(folder + "/", name)) return folder + "/" + *known;
-    if (IsThere(folder + "/" + name)) return folder + "/" + name;
-    if (!IsThere(folder + "/")) folder = FindComponents(root, components, count - 1);
-    return folder + "/" + Index().Spelling(folder + "/", name);
+// Finds what lies at `rest` under `root`, whatever the case of its letters.
+std::string Find(const std::string& root, std::string_view rest) {
+    if (rest.empty()) return root;
+    const std::string_view folderRest = FolderOf(rest);
+    const std::string name(rest.substr(folderRest.size() + 1));
+    std::string folder = root + std::string(folderRest) + "/";
+    if (const auto known = Index().KnownSpelling(folder, name)) return folder + *known;
+    if (IsThere(folder + name)) return folder + name;
+    if (!IsThere(folder)) folder = Find(root, folderRest) + "/";
+    return folder + Index().Spelling(folder, name);
 }
 
 // The rest of `path` below `root`, with its leading slash; nothing when it lies elsewhere.
@@ -167,7 +172,7 @@ std::string Normalised(const std::string& hostPath) {
     std::vector<std::string> components;
     if (hostPath.empty() || hostPath[0] != '/') {
         const std::unique_ptr<char, void (*)(void*)> folder(getcwd(nullptr, 0), std::free);
-        if (!folder) RaiseFileError(kErrPathNotFound);
+        if (!folder) throw RuntimeError(kErrPathNotFound);
         return Normalised(std::string(folder.get()) + "/" + hostPath);
     }
     std::string normalised;
@@ -210,8 +215,17 @@ std::string SpellingInFolder(const std::string& hostFolder, const std::string& n
 
 std::string HostPath(const std::string& windowsPath) {
     const SplitPath split = Split(windowsPath);
-    const std::string path = FindComponents(RootOf(split), split.components, split.components.size());
+    const std::string path = Find(RootOf(split), split.rest);
     return path.empty() ? "/" : path;
+}
+
+std::string LikelyHostPath(const std::string& windowsPath) {
+    const SplitPath split = Split(windowsPath);
+    std::string path = RootOf(split).append(split.rest);
+    const std::size_t name = path.rfind('/') + 1; // npos + 1 is 0
+    if (const auto known = Index().KnownSpelling(path.substr(0, name), path.substr(name)))
+        path.replace(name, std::string::npos, *known);
+    return path;
 }
 
 std::string WindowsPath(const std::string& hostPath) {

@@ -11,6 +11,10 @@ namespace korlan {
 // Blanks and dots at the end go, as on Windows. A drive that is not there, a NUL or a network path raises 76.
 std::string HostPath(const std::string& windowsPath);
 
+// The same without a look for the file: in the spelling its folder is known to have, else as given. Where there is such
+// a file it is the one that HostPath finds. "" for the top of a drive that is the host's root.
+std::string LikelyHostPath(const std::string& windowsPath);
+
 // The Windows form of a host path: the drive whose folder is the longest part of it, else Z:.
 std::string WindowsPath(const std::string& hostPath);
 

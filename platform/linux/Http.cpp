@@ -1,11 +1,12 @@
 // platform/Http.h on libcurl's multi interface: one CURLM a session, turned by the caller's own reads.
 #include "platform/Http.h"
-#include "platform/Log.h"
 
 #include "platform/AsciiText.h"
 #include "platform/HttpText.h"
+#include "platform/RuntimeError.h"
 
 #include <curl/curl.h>
+#include <dlfcn.h>
 
 #include <algorithm>
 #include <csignal>
@@ -18,13 +19,45 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-constexpr int kSliceMilliseconds = 50;
-constexpr long kRedirectLimit = 20;
-constexpr long kReceiveBytes = 64L * 1024;         // one receive of the socket
-constexpr std::size_t kKeptBytes = 256UL * 1024;   // an unread body is paused from here on
-constexpr std::size_t kHeaderBytes = 256UL * 1024; // more header text than this is no honest answer
+// A procedure of libcurl, found when it is first called. The library brings twenty others; linked, they would all be
+// loaded before the window.
+template <typename Procedure>
+class LateProcedure {
+public:
+    explicit constexpr LateProcedure(const char* name) : name_(name) {}
+    template <typename... Arguments>
+    auto operator()(Arguments... arguments) const {
+        if (!procedure_) {
+            static const void* const library = dlopen("libcurl.so.4", RTLD_LAZY | RTLD_GLOBAL);
+            procedure_ = library ? reinterpret_cast<Procedure*>(dlsym(RTLD_DEFAULT, name_)) : nullptr;
+            if (!procedure_) throw RuntimeError(kErrFileNotFound, "File not found: libcurl.so.4");
+        }
+        return procedure_(arguments...);
+    }
 
-std::chrono::milliseconds timeLimit{60'000};
+private:
+    const char* name_;
+    mutable Procedure* procedure_ = nullptr;
+};
+
+#define KLN_LATE(name) const auto name = LateProcedure<decltype(::name)>(#name)
+KLN_LATE(curl_global_init);
+KLN_LATE(curl_easy_init);
+KLN_LATE(curl_easy_setopt);
+KLN_LATE(curl_easy_getinfo);
+KLN_LATE(curl_easy_pause);
+KLN_LATE(curl_easy_strerror);
+KLN_LATE(curl_easy_cleanup);
+KLN_LATE(curl_multi_init);
+KLN_LATE(curl_multi_add_handle);
+KLN_LATE(curl_multi_perform);
+KLN_LATE(curl_multi_poll);
+KLN_LATE(curl_multi_info_read);
+KLN_LATE(curl_multi_remove_handle);
+KLN_LATE(curl_multi_cleanup);
+#undef KLN_LATE
+
+constexpr long kReceiveBytes = 64L * 1024; // one receive of the socket
 
 void StartLibrary() {
     [[maybe_unused]] static const bool started = [] {
@@ -86,7 +119,7 @@ private:
     static int RequestStarts(void* self, char*, char*, int, int);
     bool AddHeaderLine(std::string_view line);
     void CollectFinished();
-    void LogRequest() const;
+    void Log() const;
 
     std::shared_ptr<Network> network_;
     Want want_;
@@ -103,7 +136,7 @@ private:
     bool finished_ = false;
     bool paused_ = false;
     bool timedOut_ = false;
-    const char* failure_ = nullptr; // in the library's words
+    std::string failure_; // in the library's words
 };
 
 bool Transfer::Start(const std::string& url) {
@@ -118,11 +151,11 @@ bool Transfer::Start(const std::string& url) {
     curl_easy_setopt(easy_, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(easy_, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(easy_, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(easy_, CURLOPT_MAXREDIRS, kRedirectLimit);
+    curl_easy_setopt(easy_, CURLOPT_MAXREDIRS, long{kRedirectLimit});
     curl_easy_setopt(easy_, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
     curl_easy_setopt(easy_, CURLOPT_USERAGENT, network_->agent.c_str());
     curl_easy_setopt(easy_, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-    curl_easy_setopt(easy_, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(timeLimit.count()));
+    curl_easy_setopt(easy_, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(httpTimeLimit.count()));
     curl_easy_setopt(easy_, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy_, CURLOPT_QUICK_EXIT, 1L); // giving up does not wait for a name look-up under way
     curl_easy_setopt(easy_, CURLOPT_BUFFERSIZE, kReceiveBytes);
@@ -142,7 +175,7 @@ bool Transfer::Start(const std::string& url) {
 
 void Transfer::Stop() {
     if (!easy_) return;
-    LogRequest();
+    Log();
     network_->transfers.erase(this);
     curl_multi_remove_handle(network_->multi.get(), easy_);
     curl_easy_cleanup(easy_);
@@ -150,14 +183,12 @@ void Transfer::Stop() {
     finished_ = true;
 }
 
-void Transfer::LogRequest() const {
+void Transfer::Log() const {
     const char* address = nullptr;
     curl_off_t bytes = 0;
     curl_easy_getinfo(easy_, CURLINFO_EFFECTIVE_URL, &address);
     curl_easy_getinfo(easy_, CURLINFO_SIZE_DOWNLOAD_T, &bytes);
-    LogLine("GET " + std::string(address ? address : "") + ": status " + std::to_string(Status()) + ", " +
-            std::to_string(bytes) + " bytes" + (timedOut_ ? ", no byte for too long" : "") +
-            (failure_ ? ", " + std::string(failure_) : ""));
+    LogRequest(address ? address : "", Status(), static_cast<std::uint64_t>(bytes), timedOut_, failure_);
 }
 
 void Transfer::Turn() {
@@ -168,7 +199,7 @@ void Transfer::Turn() {
     CollectFinished();
     watched_ = SteadyClock::now();
     if (finished_) return;
-    timedOut_ = watched_ - lastByte_ > timeLimit;
+    timedOut_ = watched_ - lastByte_ > httpTimeLimit;
     finished_ = timedOut_ || !well;
 }
 
@@ -176,7 +207,7 @@ void Transfer::SkipUnwatchedTime() {
     const SteadyClock::duration skipped = SteadyClock::now() - watched_;
     lastByte_ += skipped;
     unwatched_ += skipped;
-    const auto limit = timeLimit + std::chrono::duration_cast<std::chrono::milliseconds>(unwatched_);
+    const auto limit = httpTimeLimit + std::chrono::duration_cast<std::chrono::milliseconds>(unwatched_);
     if (!answered_) curl_easy_setopt(easy_, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limit.count()));
 }
 
@@ -194,7 +225,7 @@ void Transfer::CollectFinished() {
 }
 
 bool Transfer::Wait() {
-    curl_multi_poll(network_->multi.get(), nullptr, 0, kSliceMilliseconds, nullptr);
+    curl_multi_poll(network_->multi.get(), nullptr, 0U, static_cast<int>(kHttpSlice.count()), nullptr);
     watched_ = SteadyClock::now();
     if (network_->wait && !network_->wait()) return false;
     return !network_->closed;
@@ -244,8 +275,7 @@ bool Transfer::AddHeaderLine(std::string_view line) {
     headers_ += line;
     if (!headersComplete_) return true;
     const long status = Status();
-    const bool redirects = status >= 300 && status < 400 && !HeaderValue(headers_, "Location").empty();
-    answered_ = status >= 200 && !redirects;
+    answered_ = status >= 200 && RedirectLocation(status, headers_).empty();
     return !answered_ || want_ == Want::Body;
 }
 
@@ -320,10 +350,6 @@ private:
 };
 
 } // namespace
-
-void SetHttpTimeLimit(std::chrono::milliseconds limit) {
-    timeLimit = limit;
-}
 
 std::unique_ptr<HttpSession> OpenHttpSession(const std::string& agent, WaitSlice wait) {
     auto network = NewNetwork(agent, std::move(wait));

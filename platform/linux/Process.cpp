@@ -204,7 +204,7 @@ std::string InstanceLock() {
 }
 
 [[noreturn]] void RaiseNotFound() {
-    throw RuntimeError(kErrFileNotFound, "File not found");
+    throw RuntimeError(kErrFileNotFound);
 }
 
 } // namespace
@@ -263,7 +263,7 @@ void StartProgram(const std::string& commandLine, WindowStyle) {
     }
     const int error = Spawn(std::move(words));
     if (error == ENOENT) RaiseNotFound();
-    if (error != 0) throw RuntimeError(kErrInvalidCall, "Invalid procedure call or argument");
+    if (error != 0) throw RuntimeError(kErrInvalidCall);
 }
 
 } // namespace korlan

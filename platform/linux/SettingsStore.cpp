@@ -114,7 +114,7 @@ std::string SettingsFile(const std::string& application) {
 
 void SaveSetting(const std::string& application, const std::string& section, const std::string& key,
                  const std::string& value) {
-    const auto refuse = [] { throw RuntimeError(kErrInvalidCall, "Invalid procedure call or argument"); };
+    const auto refuse = [] { throw RuntimeError(kErrInvalidCall); };
     if (application.empty() || section.empty()) refuse();
     MakeFolders(StoreFolder() + "/settings");
     if (WriteProfileFile(EscapedName(section), EscapedName(key), EscapedValue(value), SettingsFile(application)) != 0)

@@ -37,11 +37,11 @@ std::string Convert(std::string_view utf8, char first, char last, int step, wint
 
 } // namespace
 
-std::string UpperCaseText(std::string_view utf8) {
+std::string UpperCase(std::string_view utf8) {
     return Convert(utf8, 'a', 'z', 'A' - 'a', towupper_l);
 }
 
-std::string LowerCaseText(std::string_view utf8) {
+std::string LowerCase(std::string_view utf8) {
     return Convert(utf8, 'A', 'Z', 'a' - 'A', towlower_l);
 }
 

@@ -59,7 +59,7 @@ AutomationObject AutomationObject::Create(std::initializer_list<const wchar_t*> 
 }
 
 AutomationObject::AutomationObject(Variant value) {
-    if (value.vt != VT_DISPATCH || !value.pdispVal) throw RuntimeError(kErrObjectNotSet, "Object variable not set");
+    if (value.vt != VT_DISPATCH || !value.pdispVal) throw RuntimeError(kErrObjectNotSet);
     object_.reset(std::exchange(value.pdispVal, nullptr));
 }
 
@@ -70,7 +70,7 @@ void AutomationObject::Put(const wchar_t* name, Variant value) const {
 }
 
 Variant AutomationObject::Invoke(const wchar_t* name, WORD kind, std::vector<Variant> arguments) const {
-    if (!object_) throw RuntimeError(kErrObjectNotSet, "Object variable not set");
+    if (!object_) throw RuntimeError(kErrObjectNotSet);
     DISPID member = 0, putValue = DISPID_PROPERTYPUT;
     EXCEPINFO exception{};
     auto* names = const_cast<LPOLESTR>(name);

@@ -27,12 +27,12 @@ bool LoadAndRegisterTypeLib(const std::string& path) {
 TypeLibraryInfo DescribeTypeLib(const std::string& path) {
     const ComPtr<ITypeLib> library = Load(path);
     TLIBATTR* attributes = nullptr;
-    if (!library || FAILED(library->GetLibAttr(&attributes))) throw RuntimeError(kErrFileNotFound, "File not found");
+    if (!library || FAILED(library->GetLibAttr(&attributes))) throw RuntimeError(kErrFileNotFound);
     constexpr int kIdentifierSize = 39; // "{...}" and its end
     std::wstring identifier(kIdentifierSize, 0);
     StringFromGUID2(attributes->guid, identifier.data(), kIdentifierSize);
-    const TypeLibraryInfo info{Narrow(identifier.c_str()), attributes->wMajorVerNum, attributes->wMinorVerNum,
-                               static_cast<std::int32_t>(attributes->lcid)};
+    TypeLibraryInfo info{Narrow(identifier.c_str()), attributes->wMajorVerNum, attributes->wMinorVerNum,
+                         static_cast<std::int32_t>(attributes->lcid)};
     library->ReleaseTLibAttr(attributes);
     return info;
 }

@@ -11,7 +11,7 @@ public:
     explicit DaoRecordset(AutomationObject rows) : rows_(std::move(rows)) {}
     ~DaoRecordset() override {
         try {
-            if (open_) Close();
+            if (open_) rows_.Call(L"Close");
         } catch (const RuntimeError&) { // nobody asks any more
         }
     }

@@ -11,8 +11,8 @@
 namespace korlan {
 
 std::wstring FilePath(const std::string& path) {
-    if (path.find('\0') != std::string::npos) RaiseFileError(kErrPathNotFound);
-    const std::wstring wide = Wide(path);
+    if (path.find('\0') != std::string::npos) throw RuntimeError(kErrPathNotFound);
+    std::wstring wide = Wide(path);
     constexpr std::size_t kLongestPlain = MAX_PATH - 14; // a folder must leave room for a short name
     if (wide.size() < kLongestPlain || wide.starts_with(L"\\\\?\\")) return wide;
     std::wstring whole(GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr), 0);
@@ -47,7 +47,7 @@ namespace {
 FileHandle OpenRegularFile(const std::wstring& path) {
     FileHandle file(path, GENERIC_READ, OPEN_EXISTING);
     if (!file) RaiseHostError(GetLastError(), path);
-    if (GetFileType(file.Get()) != FILE_TYPE_DISK) RaiseFileError(kErrPathAccess);
+    if (GetFileType(file.Get()) != FILE_TYPE_DISK) throw RuntimeError(kErrPathAccess);
     return file;
 }
 
@@ -57,17 +57,19 @@ std::uint64_t LengthOf(const FileHandle& file, const std::wstring& path) {
     return static_cast<std::uint64_t>(length.QuadPart);
 }
 
+constexpr DWORD kNotNormal = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+
 // The normal files of a folder that match, sorted without regard to case; what FindFirstFile says when it fails.
 DWORD ListMatching(const std::wstring& folder, std::string_view foldedPattern, std::vector<std::string>& names) {
     WIN32_FIND_DATAW found{};
     const HANDLE search = FindFirstFileW((folder + L"*").c_str(), &found);
     if (search == INVALID_HANDLE_VALUE) return GetLastError();
     std::vector<std::pair<std::string, std::string>> sorted; // upper case, spelling
-    constexpr DWORD kNotNormal = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
     do {
-        std::string name = Narrow(found.cFileName), folded = UpperCaseText(name);
+        const std::string name = Narrow(found.cFileName);
+        std::string folded = UpperCase(name);
         if ((found.dwFileAttributes & kNotNormal) == 0 && MatchesNamePattern(folded, foldedPattern))
-            sorted.emplace_back(std::move(folded), std::move(name));
+            sorted.emplace_back(std::move(folded), name);
     } while (FindNextFileW(search, &found));
     FindClose(search);
     std::sort(sorted.begin(), sorted.end());
@@ -77,18 +79,9 @@ DWORD ListMatching(const std::wstring& folder, std::string_view foldedPattern, s
 
 } // namespace
 
-bool FileOpensForReading(const std::string& path) {
-    try {
-        OpenRegularFile(FilePath(path));
-        return true;
-    } catch (const RuntimeError&) {
-        return false;
-    }
-}
-
 std::string FindNormalFile(const std::string& pattern) {
     const std::size_t start = pattern.find_last_of("\\/:") + 1; // npos + 1 is 0
-    std::string name = UpperCaseText(std::string_view(pattern).substr(start));
+    std::string name = UpperCase(std::string_view(pattern).substr(start));
     if (name == "*.*") name = "*";
     if (name.find_first_of("*?") == std::string::npos) name.resize(name.find_last_not_of(" .") + 1); // as in any path
     if (name.empty() || pattern.find('\0') != std::string::npos) return {};
@@ -102,8 +95,8 @@ std::vector<std::string> ListNormalFiles(const std::string& folder) {
     const std::wstring path = FilePath(folder);
     const DWORD error = ListMatching(path.ends_with(L'\\') ? path : path + L'\\', "*", names);
     if (error == ERROR_FILE_NOT_FOUND) return names; // the top of a drive without files
-    if (error == ERROR_ACCESS_DENIED) RaiseFileError(kErrPermissionDenied);
-    if (error != ERROR_SUCCESS) RaiseFileError(kErrPathNotFound);
+    if (error == ERROR_ACCESS_DENIED) throw RuntimeError(kErrPermissionDenied);
+    if (error != ERROR_SUCCESS) throw RuntimeError(kErrPathNotFound);
     return names;
 }
 
@@ -125,6 +118,15 @@ std::int64_t FileLength(const std::string& path) {
     return static_cast<std::int64_t>(LengthOf(OpenRegularFile(wide), wide));
 }
 
+FileLook LookAtFile(const std::string& path) {
+    const std::wstring wide = FilePath(path);
+    BY_HANDLE_FILE_INFORMATION file{};
+    if (!GetFileInformationByHandle(OpenRegularFile(wide).Get(), &file)) RaiseHostError(GetLastError(), wide);
+    const std::uint64_t ticks =
+        std::uint64_t{file.ftLastWriteTime.dwHighDateTime} << 32 | file.ftLastWriteTime.dwLowDateTime;
+    return {static_cast<std::int64_t>(ticks), (file.dwFileAttributes & kNotNormal) == 0};
+}
+
 // --- Folders ---------------------------------------------------------------------------------------------------------
 
 bool FolderExists(const std::string& path) {
@@ -143,61 +145,13 @@ void CreateOneFolder(const std::string& path) {
     RaiseHostError(error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error, wide);
 }
 
-std::string CurrentFolder() {
-    std::wstring folder(GetCurrentDirectoryW(0, nullptr), 0);
-    folder.resize(GetCurrentDirectoryW(static_cast<DWORD>(folder.size()), folder.data()));
-    if (folder.empty()) RaiseFileError(kErrPathNotFound);
-    return Narrow(folder);
-}
-
-void ChangeCurrentFolder(const std::string& path) {
+void TryFolder(const std::string& path) {
+    std::wstring before(GetCurrentDirectoryW(0, nullptr), 0);
+    before.resize(GetCurrentDirectoryW(static_cast<DWORD>(before.size()), before.data()));
     const std::wstring wide = FilePath(path);
-    if (!wide.empty() && SetCurrentDirectoryW(wide.c_str())) return;
+    if (!wide.empty() && SetCurrentDirectoryW(wide.c_str()) && SetCurrentDirectoryW(before.c_str())) return;
     const DWORD error = wide.empty() ? ERROR_PATH_NOT_FOUND : GetLastError();
     RaiseHostError(error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error, wide);
-}
-
-void TryFolder(const std::string& path) {
-    const std::string before = CurrentFolder();
-    ChangeCurrentFolder(path);
-    ChangeCurrentFolder(before);
-}
-
-// --- Time stamps -----------------------------------------------------------------------------------------------------
-
-namespace {
-
-HANDLE HandleOf(std::int32_t handle) {
-    return reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(handle)); // handles have 32 bits on every Windows
-}
-
-} // namespace
-
-std::int32_t OpenForStamp(const std::string& path) {
-    try {
-        return static_cast<std::int32_t>(reinterpret_cast<std::intptr_t>(OpenRegularFile(FilePath(path)).Release()));
-    } catch (const RuntimeError&) {
-        return -1;
-    }
-}
-
-bool ReadWriteTime(std::int32_t handle, std::int64_t& ticks) {
-    FILETIME time{};
-    if (!GetFileTime(HandleOf(handle), nullptr, nullptr, &time)) return false;
-    ticks = static_cast<std::int64_t>(std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
-    return true;
-}
-
-void CloseStamp(std::int32_t handle) {
-    if (handle != -1) CloseHandle(HandleOf(handle));
-}
-
-std::int32_t TicksToCalendar(std::int64_t ticks, CalendarTime& time) {
-    const FILETIME from{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
-    SYSTEMTIME to{};
-    if (ticks < 0 || !FileTimeToSystemTime(&from, &to)) return 0;
-    time = {to.wYear, to.wMonth, to.wDay, to.wHour, to.wMinute, to.wSecond};
-    return 1;
 }
 
 // --- Contents --------------------------------------------------------------------------------------------------------
@@ -243,7 +197,7 @@ OutputFile::~OutputFile() {
 
 void OutputFile::Write(std::string_view bytes) {
     constexpr std::size_t kBufferSize = std::size_t{64} * 1024;
-    if (!impl_->file) RaiseFileError(kErrDeviceIo);
+    if (!impl_->file) throw RuntimeError(kErrDeviceIo);
     impl_->buffer += bytes;
     if (impl_->mode == Mode::Append || impl_->buffer.size() >= kBufferSize) impl_->Flush();
 }
@@ -261,10 +215,6 @@ std::string ReadFilePart(const std::string& path, std::uint64_t offset, std::siz
     const std::uint64_t length = LengthOf(file, wide);
     const std::uint64_t rest = length > offset ? length - offset : 0;
     return file.ReadAt(offset, static_cast<std::size_t>(std::min<std::uint64_t>(count, rest)));
-}
-
-std::string ReadWholeFile(const std::string& path) {
-    return ReadFilePart(path, 0, std::string::npos);
 }
 
 // Only an administrator may flush a whole volume. For everybody else the system writes out what it holds by itself.

@@ -46,25 +46,10 @@ std::int32_t ErrorNumberOf(DWORD error, const std::wstring& path) {
     }
 }
 
-const char* DescriptionOf(std::int32_t number) {
-    switch (number) {
-    case kErrFileNotFound: return "File not found";
-    case kErrPathNotFound: return "Path not found";
-    case kErrPermissionDenied: return "Permission denied";
-    case kErrPathAccess: return "Path/File access error";
-    case kErrDiskFull: return "Disk full";
-    default: return "Device I/O error";
-    }
-}
-
 } // namespace
 
-void RaiseFileError(std::int32_t number) {
-    throw RuntimeError(number, DescriptionOf(number));
-}
-
 void RaiseHostError(std::uint32_t error, const std::wstring& path) {
-    RaiseFileError(ErrorNumberOf(error, path));
+    throw RuntimeError(ErrorNumberOf(error, path));
 }
 
 } // namespace korlan

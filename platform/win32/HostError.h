@@ -6,7 +6,6 @@
 
 namespace korlan {
 
-[[noreturn]] void RaiseFileError(std::int32_t number);
 // `error` is what GetLastError says of a call on `path`.
 [[noreturn]] void RaiseHostError(std::uint32_t error, const std::wstring& path);
 

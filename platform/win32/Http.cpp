@@ -3,7 +3,6 @@
 #include "platform/Http.h"
 
 #include "platform/HttpText.h"
-#include "platform/Log.h"
 
 #include <windows.h>
 
@@ -21,13 +20,7 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kSlice{50};
-constexpr int kRedirectLimit = 20;
-constexpr std::size_t kReceiveBytes = 1024;        // one call of the layer
-constexpr std::size_t kHeaderBytes = 256UL * 1024; // more header text than this is no honest answer
-constexpr std::size_t kKeptBytes = 256UL * 1024;   // an unread body waits from here on
-
-std::chrono::milliseconds timeLimit{60'000};
+constexpr std::size_t kReceiveBytes = 1024; // one call of the layer
 
 // A handle of the layer that any thread may close; closing it ends the call that runs on it.
 class NetHandle {
@@ -84,8 +77,8 @@ bool IsSecure(const std::string& url) {
 
 // Where an answer leads; "" when it is the final one. From https only to https.
 std::string RedirectTarget(DWORD status, const std::string& headers, const std::string& url) {
-    const std::string location(HeaderValue(headers, "Location"));
-    if (status < 300 || status >= 400 || location.empty()) return {};
+    const std::string location(RedirectLocation(static_cast<long>(status), headers));
+    if (location.empty()) return {};
     std::string target(url.size() + location.size() + 16, '\0');
     auto size = static_cast<DWORD>(target.size());
     if (!InternetCombineUrlA(url.c_str(), location.c_str(), target.data(), &size, ICU_NO_ENCODE)) return {};
@@ -134,7 +127,8 @@ void Transfer::Run(std::string url) {
         if (!Publish(InternetOpenUrlA(net->Get(), url.c_str(), nullptr, 0, kFlags, 0))) break;
         const std::string text = HeadersOf(request->Get());
         const DWORD code = StatusOf(request->Get());
-        if (text.size() > kHeaderBytes) break;
+        // The rest of a body longer than declared comes here as an answer without headers: the layer makes one up.
+        if (text.size() > kHeaderBytes || text.find(':') == std::string::npos) break;
         const std::string target = RedirectTarget(code, text, url);
         if (target.empty()) {
             {
@@ -183,11 +177,12 @@ public:
     Waiting& operator=(const Waiting&) = delete;
     ~Waiting() {
         Abandon();
-        LogRequest();
+        const std::lock_guard lock(transfer_->mutex);
+        if (!wire_.empty()) LogRequest(wire_, static_cast<long>(transfer_->status), transfer_->received, TimedOut());
     }
 
     Transfer& Shared() { return *transfer_; }
-    bool TimedOut() const { return idle_ >= timeLimit; }
+    bool TimedOut() const { return idle_ >= httpTimeLimit; }
 
     void Abandon() {
         std::shared_ptr<NetHandle> request;
@@ -209,7 +204,7 @@ public:
             if (done() || transfer_->ended) return true;
             const auto before = SteadyClock::now();
             const std::uint64_t progress = transfer_->progress;
-            transfer_->changed.wait_for(lock, std::min<SteadyClock::duration>(kSlice, timeLimit),
+            transfer_->changed.wait_for(lock, std::min<SteadyClock::duration>(kHttpSlice, httpTimeLimit),
                                         [&] { return done() || transfer_->ended; });
             idle_ = transfer_->progress == progress && progress == seen_ ? idle_ + (SteadyClock::now() - before)
                                                                          : SteadyClock::duration{0};
@@ -221,13 +216,6 @@ public:
     }
 
 private:
-    void LogRequest() const {
-        if (wire_.empty()) return;
-        const std::lock_guard lock(transfer_->mutex);
-        LogLine("GET " + wire_ + ": status " + std::to_string(transfer_->status) + ", " +
-                std::to_string(transfer_->received) + " bytes" + (TimedOut() ? ", no byte for too long" : ""));
-    }
-
     std::shared_ptr<Session> session_;
     std::shared_ptr<Transfer> transfer_;
     std::string wire_;
@@ -297,10 +285,6 @@ private:
 };
 
 } // namespace
-
-void SetHttpTimeLimit(std::chrono::milliseconds limit) {
-    timeLimit = limit;
-}
 
 std::unique_ptr<HttpSession> OpenHttpSession(const std::string& agent, WaitSlice wait) {
     auto session = NewSession(agent, std::move(wait));

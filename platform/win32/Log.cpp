@@ -6,10 +6,13 @@
 
 namespace korlan {
 
-std::string StateFolder() {
+std::string LogFolder() {
     wchar_t folder[MAX_PATH] = {};
     const bool found = SUCCEEDED(SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder));
-    return found ? Narrow(folder) : std::string();
+    if (!found) return {};
+    const std::wstring path = std::wstring(folder) + L"\\korlan"; // which nobody else may enter
+    CreateDirectoryW(path.c_str(), nullptr);
+    return CodePagePath(Narrow(path)).value_or("");
 }
 
 } // namespace korlan

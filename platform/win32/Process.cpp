@@ -52,9 +52,8 @@ void StartProgram(const std::string& commandLine, WindowStyle style) {
     if (isEmpty ||
         !CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process)) {
         const DWORD error = isEmpty ? ERROR_FILE_NOT_FOUND : GetLastError();
-        if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
-            throw RuntimeError(kErrFileNotFound, "File not found");
-        throw RuntimeError(kErrInvalidCall, "Invalid procedure call or argument");
+        if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) throw RuntimeError(kErrFileNotFound);
+        throw RuntimeError(kErrInvalidCall);
     }
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);

@@ -23,9 +23,9 @@ void SaveSetting(const std::string& application, const std::string& section, con
                       RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, &opened,
                                       nullptr) == ERROR_SUCCESS &&
                       RegSetValueExW(opened, Wide(key).c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
-                                     static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))) == ERROR_SUCCESS;
+                                     static_cast<DWORD>(text.size() + 1) * sizeof(wchar_t)) == ERROR_SUCCESS;
     if (opened) RegCloseKey(opened);
-    if (!well) throw RuntimeError(kErrInvalidCall, "Invalid procedure call or argument");
+    if (!well) throw RuntimeError(kErrInvalidCall);
 }
 
 std::string GetSetting(const std::string& application, const std::string& section, const std::string& key,

@@ -32,11 +32,11 @@ std::string Convert(std::string_view utf8, WCHAR(NTAPI* convert)(WCHAR)) {
 
 } // namespace
 
-std::string UpperCaseText(std::string_view utf8) {
+std::string UpperCase(std::string_view utf8) {
     return Convert(utf8, RtlUpcaseUnicodeChar);
 }
 
-std::string LowerCaseText(std::string_view utf8) {
+std::string LowerCase(std::string_view utf8) {
     return Convert(utf8, RtlDowncaseUnicodeChar);
 }
 

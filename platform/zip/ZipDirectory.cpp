@@ -178,11 +178,14 @@ void ReadKind(std::uint32_t maker, std::uint32_t attributes, ZipMember& member) 
 }
 
 // How the data is packed, also below an encryption whose mark stands in place of the method.
-std::uint32_t MethodOf(std::string_view entry, std::string_view local, std::string_view localExtra) {
+void ReadMethod(std::string_view entry, std::string_view local, std::string_view localExtra, ZipMember& member) {
     constexpr std::uint32_t kAesMark = 99;
-    const std::uint32_t method = Number16(entry, 10);
-    if (method != Number16(local, 8)) return kNoMethod; // the one that unpacks goes by either
-    return method == kAesMark ? Number16(ExtraField(localExtra, 0x9901), 5) : method;
+    member.method =
+        Number16(entry, 10) == Number16(local, 8) ? Number16(entry, 10) : kNoMethod; // unpackers go by either
+    if (member.method != kAesMark) return;
+    const std::string_view aes = ExtraField(localExtra, 0x9901); // version, two letters, strength, method
+    member.aesStrength = static_cast<std::uint32_t>(Number(aes, 4, 1));
+    member.method = member.aesStrength >= 1 && member.aesStrength <= 3 ? Number16(aes, 5) : kNoMethod;
 }
 
 // The member of one directory entry. Its local header says where the data begins and has its own extra field.
@@ -199,7 +202,7 @@ ZipMember MemberOf(const ReadBytes& read, std::string_view entry, const Director
     if (member.data > place.offset || member.packed > place.offset - member.data) return member;
     const std::string localExtra = read(member.data - localExtraSize, localExtraSize);
 
-    member.method = MethodOf(entry, local, localExtra);
+    ReadMethod(entry, local, localExtra, member);
     member.checkSum = Number32(entry, 16);
     member.encrypted = (Number16(entry, 8) & 1) != 0;
     auto modified = ExtendedTime(localExtra);

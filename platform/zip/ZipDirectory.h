@@ -26,8 +26,9 @@ struct ZipMember {
     std::uint32_t method = 0;  // of packing, as the format numbers it
     std::uint32_t checkSum = 0;
     bool encrypted = false;
-    bool executable = false; // its maker marked it as a program
-    std::string entry;       // in the directory, as it stands, without its comment
+    std::uint32_t aesStrength = 0; // 1 to 3 when it is AES that encrypts it
+    bool executable = false;       // its maker marked it as a program
+    std::string entry;             // in the directory, as it stands, without its comment
 };
 
 // In the order of the directory.

@@ -32,11 +32,8 @@ bool HasParentComponent(const std::string& path) {
 }
 
 void RequireNoOptions(const DCL& options, std::int32_t listedNames) {
-    const std::int32_t flags = options.ExtractOnlyNewer | options.SpaceToUnderscore | options.PromptToOverwrite |
-                               options.fQuiet | options.ncflag | options.ntflag | options.nvflag | options.nfflag |
-                               options.nzflag | options.ndflag | options.noflag | options.naflag | options.nZIflag |
-                               options.C_flag | options.fPrivilege;
-    if (flags != 0 || listedNames != 0) throw RuntimeError(kErrInvalidCall, "Invalid procedure call or argument");
+    const bool plain = std::ranges::count(options.flags, 0) == std::ssize(options.flags) && listedNames == 0;
+    if (!plain) throw RuntimeError(kErrInvalidCall);
 }
 
 bool ZipQuestions::MayReplace(const std::string& member) {

@@ -13,8 +13,11 @@ protected:
         SPRecord& pack = Tables.FileArraySP.Append({});
         pack.FileName = name;
         pack.Read = true;
-        for (const std::string& member : members)
-            pack.Files.Append({member.substr(member[0] == '+' ? 1 : 0), member[0] == '+' ? 1 : 0});
+        for (const std::string& member : members) {
+            const bool marked = member[0] == '+';
+            Tables.FileArray.Append({}).FileZipName = member.substr(marked ? 1 : 0);
+            pack.Files.Append({Tables.FileArray.UpperBound(), marked ? 1 : 0});
+        }
     }
     static std::vector<std::string> Applied() { return {Tables.AppliedSPList.begin(), Tables.AppliedSPList.end()}; }
     static std::string Stored(const std::string& key) { return ReadIniString("LIVEUPDATEFROMWEB", key, "-"); }

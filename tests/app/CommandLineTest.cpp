@@ -17,7 +17,7 @@ TEST_F(CommandLine, FolderAndFileArguments) {
     drive.Write("Jobs\\Board.txt", "x");
     drive.AddDrive('z', drive.HostPathOf("Jobs\\Board.txt"));
     const std::string ownFolder = "C:\\KORLAN\\sys";
-    ChangeCurrentFolder("C:\\Other");
+    std::filesystem::current_path(drive.HostPathOf("Other"));
     const struct {
         const char* line;
         std::string sysPath, file;
@@ -46,23 +46,23 @@ TEST_F(CommandLine, FolderAndFileArguments) {
     for (const auto& row : rows) {
         Desktop().boxes.clear();
         Process().commandLine = row.line;
-        const std::string before = CurrentFolder();
+        const auto before = std::filesystem::current_path();
         ParseCommandLine();
         EXPECT_EQ(Settings.SysPath, row.sysPath) << row.line;
         EXPECT_EQ(Settings.CommandFile, row.file) << row.line;
         EXPECT_EQ(Desktop().boxes.size(), row.warnings) << row.line;
-        EXPECT_EQ(CurrentFolder(), before) << row.line;
+        EXPECT_EQ(std::filesystem::current_path(), before) << row.line;
     }
 }
 
 TEST_F(CommandLine, AFolderIsTriedFromAPlaceWithoutAName) {
     drive.MakeFolders("Gone");
-    ChangeCurrentFolder("C:\\Gone");
+    std::filesystem::current_path(drive.HostPathOf("Gone"));
     std::filesystem::remove(drive.HostPathOf("Gone"));
     Process().commandLine = "/sys:C:\\KORLAN";
     ParseCommandLine();
     EXPECT_EQ(Settings.SysPath, "C:\\KORLAN");
-    EXPECT_THROW(CurrentFolder(), RuntimeError) << "the program is still where it was";
+    EXPECT_THROW(std::filesystem::current_path(), std::exception) << "the program is still where it was";
 }
 
 TEST_F(CommandLine, TheWarningNamesFolderAndReason) {

@@ -72,6 +72,8 @@ TEST_F(StartUp, SearchesThatEndWithoutAList) {
         EXPECT_FALSE(Start());
         EXPECT_EQ(State() + " " + frmUpdate.lblUpdate.Caption(), row.state);
         EXPECT_EQ(ReadIniString("LIVEUPDATEFROMWEB", "1", "-"), row.recorded);
+        EXPECT_EQ(frmUpdate.Option2.Caption() + frmUpdate.Option3.Caption() + frmUpdate.Option4.Caption(),
+                  "Remind me after 15 daysRemind me after 30 daysTurn Off any future Live Updates");
         EXPECT_EQ(frmUpdate.LblOptionExplain.Caption(), "Run Live Update Program after 15 days");
         EXPECT_TRUE(Click(frmUpdate.cmdCancel));
         EXPECT_EQ(Reminder(), "26/12/2025 0 0 0");
@@ -110,6 +112,7 @@ TEST_F(StartUp, ANewerBuildTakesOver) {
     found(true, true, {"5-3-2004,9:8:0\r\nsecond line", "05-03-2004,09:08:00\n"});
     found(false, false, {" 5-3-2004,9:7:12 ", "5-3-2004,9:7:59", "4-3-2004,23:59:0"}); // seconds do not count
     found(true, false, {"", "not found", "\r\n5-3-2005,0:0:0"});                       // no date: ends all the same
+    EXPECT_EQ(Desktop().pointers.back(), MousePointer::Default);
 }
 
 TEST_F(StartUp, TheCompanionStartsAfterASuccessThatBroughtANewUpdater) {

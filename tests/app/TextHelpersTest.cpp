@@ -43,7 +43,8 @@ TEST(TextHelpers, CuttingCountsFromOneAndRefusesBadPositions) {
     using Pieces = std::vector<std::string>;
     EXPECT_EQ(Split("", ","), Pieces{});
     EXPECT_EQ(Split(",a,,", ","), (Pieces{"", "a", "", ""}));
-    EXPECT_EQ(ErrorOf([] { Piece(Split("a,b", ","), 2); }), 9);
+    EXPECT_EQ(std::string(Piece("a,,b", ",", 2)) + "|" + std::string(Piece("a,,", ",", 2)), "b|");
+    for (const char* text : {"", "a,b"}) EXPECT_EQ(ErrorOf([&] { Piece(text, ",", *text ? 2 : 0); }), 9) << text;
 }
 
 TEST(TextHelpers, CaseAndBlanks) {

@@ -68,7 +68,7 @@ TEST_F(CatalogueTest, ReadsTheMakersDatabases) {
     // Three archives of the third pack stand in the first one already; names that differ in case are two.
     EXPECT_EQ(Tables.FileArray.UpperBound(), 21 + 12 - 3);
     const FileRecord& first = Tables.FileArray[1];
-    EXPECT_EQ(first.FileName + " " + first.FilePath + " " + first.FileSize + " " + first.Filedate,
+    EXPECT_EQ(first.FileName + " " + *first.FilePath + " " + *first.FileSize + " " + first.Filedate,
               "TESSARY.EXE Root 4321280 14-3-2003,8:5:0");
 }
 

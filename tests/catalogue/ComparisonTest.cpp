@@ -40,7 +40,7 @@ TEST_F(ComparisonTest, MarksWhatIsMissingOrOlder) {
         CompareUpdatableFiles();
         EXPECT_EQ(Marks(), flags) << date;
     }
-    EXPECT_EQ(Tables.FileArray[2].LocalFile, "C:\\KORLAN\\SYS\\SUB\\MISSING.DLL");
+    EXPECT_EQ(Tables.FileArray[2].LocalFile(), "C:\\KORLAN\\SYS\\SUB\\MISSING.DLL");
 }
 
 TEST_F(ComparisonTest, ResolvesDesignations) {
@@ -84,7 +84,7 @@ TEST_F(ComparisonTest, AnErrorEndsThePassAndLeavesThePacksUnmarked) {
         Add("FIRST.DLL", "\\SYS", "1-1-2004,0:0:0");
         Add(name, designation, date);
         Add("LAST.DLL", "\\SYS", "1-1-2004,0:0:0");
-        Tables.FileArraySP.Append({}).Files.Append({"FIRST.DLL.zip", 0});
+        Tables.FileArraySP.Append({}).Files.Append({1, 0});
         CompareUpdatableFiles();
         EXPECT_EQ(Marks(), flags) << name << " " << designation << " " << date;
         EXPECT_EQ(Tables.FileArraySP[1].Files[1].UpdateFlag, 0) << date;
@@ -95,7 +95,7 @@ TEST_F(ComparisonTest, ARefusedRecordCostsNoOther) {
     for (const char* name : {"..\\B.DLL", "C:B.DLL", "SUB\\B.DLL"}) Add(name, "\\SYS", "1-1-2004,0:0:0", "b.zip");
     Add("B.DLL", "\\SYS", "1-1-2004,0:0:0", "..\\b.zip");
     Add("LAST.DLL", "\\SYS", "1-1-2004,0:0:0");
-    Tables.FileArraySP.Append({}).Files.Append({"LAST.DLL.zip", 0});
+    Tables.FileArraySP.Append({}).Files.Append({5, 0});
     CompareUpdatableFiles();
     EXPECT_EQ(Marks(), "00001");
     EXPECT_EQ(Tables.FileArraySP[1].Files[1].UpdateFlag, 1);

@@ -1,5 +1,6 @@
 #include "catalogue/FileList.h"
 
+#include "tests/support/Failing.h"
 #include "tests/support/ProgramTest.h"
 
 namespace korlan {
@@ -50,8 +51,8 @@ TEST_F(FileListTest, ShowsOneCheckedRowForEachMarkedRecord) {
     DisplayFilesInformationsFromWeb();
     EXPECT_EQ(Checks(), "11");
     const ListRow& row = list.Row(2);
-    EXPECT_EQ(row.key, "FILE-\\Sys\\sub\\C.DLL");
-    EXPECT_EQ(row.subItems, (std::vector<std::string>{"C:\\KORLAN\\SYS\\SUB", "4096", "Not updated", "\\Sys\\sub"}));
+    EXPECT_EQ(test::ErrorOf([this] { list.AddRow(1, "FILE-\\Sys\\sub\\C.DLL", "", "NOTDELETE"); }), kErrKeyNotUnique);
+    EXPECT_EQ(row.subItems, (std::vector<SharedText>{"C:\\KORLAN\\SYS\\SUB", "4096", "Not updated", "\\Sys\\sub"}));
     EXPECT_EQ(Tables.FileArray[2].Row, 0);
     EXPECT_EQ(Tables.FileArray[3].Row, frmUpdate.CheckedCount);
 }

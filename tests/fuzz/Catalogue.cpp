@@ -22,8 +22,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     CompareUpdatableFiles();
     MayBeRefused(DisplayFilesInformationsFromWeb);
     for (const FileRecord& record : Tables.FileArray) {
-        if (record.LocalFolder.empty()) continue;
-        Require(IsInside(record.LocalFile) && IsInside(record.TempZipFile), "inside: " + record.LocalFile);
+        if (record.LocalFolder->empty()) continue;
+        Require(IsInside(record.LocalFile()) && IsInside(record.TempZipFile()), "inside: " + record.LocalFile());
     }
     CreateNewFolders();
     Require(Drive().Names() == std::vector<std::string>{"KORLAN"}, "folders inside");

@@ -1,6 +1,6 @@
 // Texts of a file: its code page, UTF-16 whole and squeezed, numbers at the ends of their ranges.
+#include "platform/DatabaseHost.h"
 #include "platform/jet/ValueText.h"
-#include "platform/linux/CodePages.h"
 #include "tests/jet/TestDatabases.h"
 #include "tests/support/Failing.h"
 

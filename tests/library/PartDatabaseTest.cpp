@@ -17,6 +17,7 @@ namespace {
 
 using testing::ElementsAre;
 
+constexpr const char* kNote = "KORLAN/LIB/.klnindex";
 const std::string kFields = "Quad NAND|IX1|SIM1|Texas|IC|TTL|DIL|0|None|SYM0";
 
 class PartDatabaseTest : public Installation {
@@ -85,11 +86,16 @@ TEST_F(PartDatabaseTest, AReaderIsWaitedForAndCostsNoRow) {
     const std::chrono::milliseconds usual = std::exchange(indexPatience, std::chrono::milliseconds(0));
     run("BEGIN; SELECT * FROM PartFields");
     EXPECT_EQ(ErrorOf([] { UpdateLibDBReplaceFile("A.PART"); }), kErrDatabaseLocked);
+    drive.Write(kNote, "A.PART");
+    MakeUpForReplacement();
     EXPECT_THAT(Names(), ElementsAre("A.PART:old"));
+    { const ReplacementNote later("B.PART"); }
+    EXPECT_EQ(drive.Read(kNote), "A.PART");
     indexPatience = usual;
     Desktop().onDoEvents = [&] { run("COMMIT"); };
-    UpdateLibDBReplaceFile("A.PART");
+    MakeUpForReplacement();
     EXPECT_THAT(Names(), ElementsAre("A.PART:X"));
+    EXPECT_FALSE(drive.Exists(kNote));
     sqlite3_close(reader);
 }
 
@@ -153,12 +159,13 @@ TEST_F(PartDatabaseTest, ASinglePartIsAddedThenRefreshed) {
                     "FIT|A.PART|P|981|SYM0|-|1|1"));
 }
 
-// A process killed while its rows are on their way to the disk leaves none of them. The kill comes from the limit on
-// the length of a file, so it strikes at a known place: in the first or the second half of the writing.
+// A process killed while its rows are on their way to the disk leaves none of them, and the next start adds them. The
+// kill comes from the limit on the length of a file, so it strikes at a known place: in the first or the second half of
+// the writing.
 TEST_F(PartDatabaseTest, AllPartsOrNoneAfterACrash) {
     std::vector<suite::Element> parts;
-    for (int i = 0; i < 10000; ++i)
-        parts.push_back({"PART" + std::to_string(i), "P " + std::string(300, 'd') + kFields, ""});
+    for (int i = 0; i < 3000; ++i)
+        parts.push_back({"PART" + std::to_string(i), "P " + std::string(1000, 'd') + kFields, ""});
     WriteParts("BIG.PART", parts);
     for (const rlim_t megabytes : {1, 3}) {
         drive.Write(kIndex, "");
@@ -169,13 +176,20 @@ TEST_F(PartDatabaseTest, AllPartsOrNoneAfterACrash) {
             const rlimit noCore{0, 0}, limit{megabytes << 20, megabytes << 20};
             setrlimit(RLIMIT_CORE, &noCore);
             setrlimit(RLIMIT_FSIZE, &limit);
-            UpdateLibDBAddFileElements("BIG.PART");
+            const ReplacementNote note("BIG.PART");
+            UpdateLibDBReplaceFile("BIG.PART");
             _exit(0);
         }
         int status = 0;
         waitpid(child, &status, 0);
         ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ) << "the limit was not met: " << status;
         EXPECT_THAT(Names(), ElementsAre("OTHER.PART:old")) << megabytes;
+        MakeUpForReplacement();
+        EXPECT_EQ(Names().size(), 3001u);
+        drive.Write(kNote, "OTHER.PART"); // its library is not there, for the process ended right before it came
+        MakeUpForReplacement();
+        EXPECT_EQ(Names().size(), 3001u);
+        EXPECT_FALSE(drive.Exists(kNote));
     }
 }
 

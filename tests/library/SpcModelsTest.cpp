@@ -26,8 +26,6 @@ protected:
         record.FileName = "M.SPC";
         record.FileZipName = "sp/M.zip";
         record.LocalFolder = folder;
-        record.LocalFile = folder + "M.SPC";
-        record.TempZipFile = "C:\\KORLAN\\Temp\\sp\\M.zip";
     }
     std::int32_t Update() {
         std::int32_t success = 0;

@@ -1,6 +1,7 @@
 // The cache folder emptied for real, with links and callbacks in the way.
 #include "platform/CacheHandler.h"
 
+#include "tests/support/Failing.h"
 #include "tests/support/TempFolder.h"
 
 #include <gmock/gmock.h>
@@ -11,19 +12,37 @@ namespace {
 
 using test::ScopedVariable;
 
-struct GoOn : CacheCallback {
-    std::int32_t ScanProgress(std::int64_t) override { return 0; }
-    std::int32_t PurgeProgress(std::int64_t, std::int64_t) override { return 0; }
+struct Callback : CacheCallback {
+    std::int32_t ScanProgress(std::int64_t) override { return stops; }
+    std::int32_t PurgeProgress(std::int64_t, std::int64_t) override { return stops; }
+    std::int32_t stops = 0;
 };
 
 struct CacheHandlerTest : testing::Test {
     test::TempDrive drive;
     ScopedVariable cache{"XDG_CACHE_HOME", drive.HostPathOf("cache")};
     std::unique_ptr<CacheHandler> handler = CreateCacheHandlerObject("{9B0EFD60-F7B0-11D0-BAEF-00C04FC308C9}");
-    GoOn callback;
+    Callback callback;
 };
 
-TEST_F(CacheHandlerTest, CountsAndEmptiesTheFolderAndFollowsNoLink) {
+TEST_F(CacheHandlerTest, CountsAndEmptiesTheFolderUntilItIsStopped) {
+    handler->Initialize("C:\\");
+    handler->Purge(0, callback); // on Windows the folder is everybody's
+    for (const char* name : {"\\a", "\\b"}) drive.Write(InternetCacheFolder() + name, std::string(60, 'x'));
+    EXPECT_EQ(handler->GetSpaceUsed(callback), 120);
+    callback.stops = 1;
+    EXPECT_EQ(handler->GetSpaceUsed(callback), 60);
+    handler->Purge(120, callback);
+    callback.stops = 0;
+    EXPECT_EQ(handler->GetSpaceUsed(callback), 60);
+    handler->Purge(60, callback);
+    EXPECT_EQ(handler->GetSpaceUsed(callback), 0);
+    EXPECT_EQ(CreateCacheHandlerObject("{00000000-0000-0000-C000-000000000047}"), nullptr) << "no such handler";
+    EXPECT_EQ(test::ErrorOf([&] { handler->Initialize("C:"); }) != 0, test::kOnWindows) << "what it refuses is raised";
+}
+
+TEST_F(CacheHandlerTest, FollowsNoLink) {
+    ONLY_ON_LINUX("the folder is the system's own");
     drive.Write("mine/file", "precious");
     drive.Write("cache/korlan/klnupdt/sub/deep/b", std::string(120, 'b'));
     drive.Write("cache/korlan/klnupdt/.hidden", "123");
@@ -46,6 +65,7 @@ TEST_F(CacheHandlerTest, CountsAndEmptiesTheFolderAndFollowsNoLink) {
 }
 
 TEST_F(CacheHandlerTest, TellsItsFolder) {
+    ONLY_ON_LINUX("the folder is the system's own");
     EXPECT_EQ(InternetCacheFolder(), "C:\\cache\\korlan\\klnupdt");
     const ScopedVariable home("HOME", drive.HostPathOf("second")), unusable("XDG_CACHE_HOME", "relative");
     EXPECT_EQ(InternetCacheFolder(), "C:\\second\\.cache\\korlan\\klnupdt");

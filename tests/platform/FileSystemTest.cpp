@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+
 namespace korlan {
 namespace {
 
@@ -44,7 +46,7 @@ TEST(Files, EachCallReportsWhatStoppedIt) {
     expect(kErrFileNotFound, SetAttributesNormal, {"C:\\none"});
     expect(kErrPathAccess, CreateOneFolder, {"C:\\FOLDER", "C:\\file.txt"});
     expect(kErrPathNotFound, ListNormalFiles, {"C:\\none", "C:\\file.txt"});
-    expect(kErrPathNotFound, ChangeCurrentFolder, {"C:\\none", "C:\\file.txt"});
+    expect(kErrPathNotFound, TryFolder, {"C:\\none", "C:\\file.txt"});
     EXPECT_EQ(drive.Read("locked.txt"), "locked");
     EXPECT_TRUE(FolderExists("c:\\FOLDER\\") && !FolderExists("C:\\file.txt") && !FolderExists("C:\\none"));
     for (const char* path : {"C:\\none", "C:\\folder", "C:\\locked.txt", "Q:\\x", "C:\\"})
@@ -52,7 +54,14 @@ TEST(Files, EachCallReportsWhatStoppedIt) {
     SetAttributesNormal("C:\\LOCKED.TXT");
     EXPECT_TRUE(EraseFile("C:\\LOCKED.TXT"));
     SyncFileSystem("C:\\none"); // its error is nobody's
-#ifndef _WIN32                  // which has no such device, nor links for everybody, nor folders closed by a bit
+    drive.Write("held.txt", "held");
+    if (const test::HeldFile held(drive.HostFile("held.txt")); test::kOnWindows) {
+        for (const auto& call : std::initializer_list<std::function<void(std::string)>>{read, create, append})
+            expect(kErrPermissionDenied, call, {"C:\\held.txt"});
+        EXPECT_FALSE(EraseFile("C:\\held.txt") || FileOpensForReading("C:\\held.txt"));
+    }
+    EXPECT_EQ(drive.Read("held.txt"), "held");
+#ifndef _WIN32 // which has no such device, nor links for everybody, nor folders closed by a bit
     expect(kErrPathAccess, read, {"C:\\full"});
     expect(kErrDiskFull, create, {"C:\\full"});
     std::filesystem::create_symlink("sealed/x", drive.HostPathOf("link"));
@@ -102,7 +111,7 @@ TEST(Files, PatternsFindTheFirstNormalFile) {
             std::ofstream(drive.HostPathOf("d") + "/" + name);
     drive.MakeFolders("d/0folder.txt");
     drive.SetMode("d/a1.mdb", 0444);
-    ChangeCurrentFolder("C:\\d");
+    std::filesystem::current_path(drive.HostPathOf("d"));
     const std::pair<const char*, std::vector<std::string>> rows[] = {
         {".dot", {"C:\\d\\*.*"}},
         {"A.TXT", {"C:\\d\\*.txt", "C:\\d\\*t*x*t", "C:\\d\\?????"}},

@@ -122,10 +122,13 @@ TEST(ProfileFiles, FailuresHaveTheSystemsNumbers) {
     drive.SetMode("locked.ini", 0444);
     drive.MakeFolders("folder");
     drive.MakeDevice("device.ini");
+    drive.Write("held.ini", "[S]\nnone=v\n");
+    const test::HeldFile held(drive.HostFile("held.ini"));
     const std::pair<std::int32_t, std::vector<std::string>> rows[] = {
         {5, {"C:\\locked.ini", "C:\\folder", "", "C:\\"}},
         {3, {"C:\\none\\x.ini", "C:\\locked.ini\\x", std::string("C:\\a\0b", 6)}},
         {2, {"Q:\\x.ini"}},
+        {32, test::RowsOn<std::string>(test::kOnWindows, {"C:\\held.ini"})},
         {5, test::RowsOn<std::string>(!test::kOnWindows, {"C:\\device.ini"})},
         {3, test::RowsOn<std::string>(!test::kOnWindows, {"bare.ini"})}, // no Windows folder
     };
@@ -134,6 +137,9 @@ TEST(ProfileFiles, FailuresHaveTheSystemsNumbers) {
             EXPECT_EQ(WriteProfileValue("S", "k", "new", file), error) << file;
             EXPECT_FALSE(ReadProfileValue("S", "none", 1024, file)) << file;
         }
+    drive.Write("Ж/x.ini", "[S]\n"); // outside the code page: on Windows by its short name
+    EXPECT_EQ(WriteProfileValue("S", "k", "new", "C:\\Ж\\x.ini"), 0);
+    EXPECT_EQ(ReadProfileValue("S", "k", 1024, "C:\\Ж\\x.ini"), "new");
     EXPECT_THAT(DescribeSystemError(5), testing::AnyOf("Access is denied.", "Access denied.")); // the host's own words
     EXPECT_EQ(drive.Read("locked.ini"), "[S]\nk=v\n");
 }

@@ -1,11 +1,15 @@
 // Programs really started: stand-ins that write down what they were given.
 #include "platform/Process.h"
 
+#include "platform/AsciiText.h"
 #include "tests/support/Failing.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
+
+#ifndef _WIN32
 #include <sys/wait.h>
+#endif
 
 #include <array>
 #include <chrono>
@@ -15,13 +19,23 @@
 namespace korlan {
 namespace {
 
+using test::kOnWindows;
 using test::ScopedVariable;
 using Words = std::vector<std::string>;
 
 class ProcessTest : public testing::Test {
 protected:
-    ProcessTest() : path_("PATH", drive_.HostPathOf("BIN") + ":/usr/bin:/bin") { drive_.MakeFolders("BIN"); }
+    ProcessTest() : path_("PATH", drive_.HostPathOf("BIN") + (kOnWindows ? "" : ":/usr/bin:/bin")) {
+        drive_.MakeFolders("BIN");
+    }
 
+#ifdef _WIN32
+    void MakeProgram(const std::string& path) const {
+        drive_.Write(path, "");
+        std::filesystem::copy_file(KLN_TEST_PROGRAM, drive_.HostPathOf(path),
+                                   std::filesystem::copy_options::overwrite_existing);
+    }
+#else
     void MakeScript(const std::string& path, const std::string& text) const {
         drive_.Write(path, text);
         drive_.SetMode(path, 0755);
@@ -32,6 +46,7 @@ protected:
         MakeScript(path, "#!/bin/sh\n{ printf '[%s]' \"$@\"; printf '\\n%s\\n' \"$0\"; } > " + report + ".part\nmv " +
                              report + ".part " + report + "\n");
     }
+#endif
 
     // The lines of the report.
     Words Started(const std::string& commandLine) const {
@@ -42,7 +57,7 @@ protected:
         Words lines;
         std::istringstream report(drive_.Read("report"));
         for (std::string line; std::getline(report, line);) lines.push_back(line);
-        lines.resize(2);
+        lines.resize(3);
         return lines;
     }
     static std::int32_t StartError(const std::string& commandLine) {
@@ -54,28 +69,43 @@ protected:
 };
 
 TEST_F(ProcessTest, FindsTheProgramAndSplitsItsArguments) {
-    for (const char* path : {"KORLAN/TOOL.EXE", "Two Words/RUN.EXE", "BIN/bare"}) MakeProgram(path);
-    const std::tuple<const char*, const char*, const char*> cases[] = {
-        {"C:\\KORLAN\\TOOL", "KORLAN/TOOL.EXE", "[]"},
+    const char* const bare = kOnWindows ? "BIN/bare.exe" : "BIN/bare";
+    for (const char* path : {"KORLAN/TOOL.EXE", "Two Words/RUN.EXE", bare}) MakeProgram(path);
+    const std::tuple<std::string_view, const char*, const char*> cases[] = {
+        {"C:\\KORLAN\\TOOL", "KORLAN/TOOL.EXE", kOnWindows ? "" : "[]"},
         {"\"C:\\Two Words\\RUN\" /x", "Two Words/RUN.EXE", "[/x]"},
         {"C:\\Two Words\\RUN.EXE one two", "Two Words/RUN.EXE", "[one][two]"},
-        {"bare \"C:\\A B\\C.DLL\" \"\"", "BIN/bare", "[C:\\A B\\C.DLL][]"},
-        {"bare a\\\\b \"c\\\\\" d\\\"e \"f\\\\\\\"g\" h\"i j\"k", "BIN/bare", "[a\\\\b][c\\][d\"e][f\\\"g][hi jk]"},
+        {"bare \"C:\\A B\\C.DLL\" \"\"", bare, "[C:\\A B\\C.DLL][]"},
+        {"bare a\\\\b \"c\\\\\" d\\\"e \"f\\\\\\\"g\" h\"i j\"k", bare, "[a\\\\b][c\\][d\"e][f\\\"g][hi jk]"},
     };
     for (const auto& [commandLine, program, arguments] : cases) {
-        const Words lines = Started(commandLine);
+        const Words lines = Started(std::string(commandLine));
         EXPECT_EQ(lines[0], arguments) << commandLine;
-        EXPECT_EQ(lines[1], drive_.HostPathOf(program)) << commandLine;
+        EXPECT_TRUE(EqualNoCase(lines[1], kOnWindows ? drive_.Path(program) : drive_.HostPathOf(program))) << lines[1];
+        EXPECT_TRUE(commandLine.ends_with(lines[2])) << lines[2];
     }
+    const char* const given = "/sys:\"C:\\A B\"  b";
+    EXPECT_EQ(Started(std::string("\"C:\\Two Words\\RUN\"  ") + given)[2], kOnWindows ? given : "");
 }
 
 TEST_F(ProcessTest, WhatCannotBeStartedIsAnError) {
     drive_.Write("DATA.EXE", "no program");
-    MakeScript("ORPHAN", "#!/no/such/interpreter\n");
-    for (const char* line : {"missing-program", "", "\"\" a", "Q:\\X.EXE", "C:\\ORPHAN"})
-        EXPECT_EQ(StartError(line), 53) << line;
+    for (const char* line : {"missing-program", "", "\"\" a", "Q:\\X.EXE"}) EXPECT_EQ(StartError(line), 53) << line;
     EXPECT_EQ(StartError("C:\\DATA.EXE"), 5);
+#ifndef _WIN32
+    MakeScript("ORPHAN", "#!/no/such/interpreter\n");
+    EXPECT_EQ(StartError("C:\\ORPHAN"), 53);
+#endif
 }
+
+#ifdef _WIN32 // what began the line comes again in each process that asks: only what it asks last counts
+TEST(ProcessDeathTest, AnInstanceIsKnownUntilItEnds) {
+    const auto ask = [] { std::_Exit(AnotherInstanceRunning() ? 1 : 0); };
+    EXPECT_EXIT(ask(), testing::ExitedWithCode(0), "");
+    AnotherInstanceRunning();
+    EXPECT_EXIT(ask(), testing::ExitedWithCode(1), "");
+}
+#else // the system registers, knows the arguments and keeps the mutex there
 
 TEST_F(ProcessTest, RegistrationIsStartedWhereItCanBe) {
     const char* const command = "regsvr32 /s \"C:\\KORLAN\\My Parts.DLL\"";
@@ -151,6 +181,7 @@ TEST(ProcessArguments, AreKnownAsTheyWereGiven) {
     expect({"KlnUpdt.EXE", "\"/sys:C:\\A\" \"b\""}, "\"/sys:C:\\A\" \"b\"");
     expect({"KlnUpdt.EXE"}, "");
 }
+#endif
 
 } // namespace
 } // namespace korlan

@@ -2,8 +2,7 @@
 #include "platform/SuiteLibrary.h"
 
 #include "tests/support/Failing.h"
-#include "tests/support/ScriptedProcess.h"
-#include "tests/support/TempFolder.h"
+#include "tests/support/SuitePlace.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +16,8 @@ TEST(SuiteBindingDeathTest, TheIniFileIsNamedBesideTheLibrary) {
     const TempDrive drive;
     Process().programPath = "C:\\Korlan\\KlnUpdt.exe";
     drive.MakeFolders("Korlan");
-    std::filesystem::create_symlink(KLN_SUITE_SO, drive.HostPathOf("Korlan/libklwupdt.so"));
+    std::filesystem::copy_file(KLN_SUITE_SO, drive.HostPathOf("Korlan/" KLN_SUITE_LIBRARY),
+                               std::filesystem::copy_options::overwrite_existing);
     const auto iniFile = [] {
         std::cerr << '<' << E_GetString("IniFile") << '>';
         std::_Exit(0);
@@ -34,10 +34,9 @@ TEST(SuiteBinding, WhatIsMissingIsToldAtTheCall) {
     const auto set = [] { E_SetString("ServerPath", "C:\\"); };
     EXPECT_EQ(ErrorOf(set), kErrFileNotFound) << "no library";
     EXPECT_FALSE(CanGetPartInfo());
-    drive.Write("libklwupdt.so", "MZ, a file of another system");
+    drive.Write(KLN_SUITE_LIBRARY, "MZ, and nothing behind it");
     EXPECT_EQ(ErrorOf(set), kErrFileNotFound) << "no shared object";
-    std::filesystem::remove(drive.HostPathOf("libklwupdt.so"));
-    std::filesystem::create_symlink(KLN_PARTIAL_SUITE_SO, drive.HostPathOf("libklwupdt.so"));
+    UseSuite(drive, KLN_PARTIAL_SUITE_SO);
     {
         const ScopedVariable other("KLN_SUITE_TEST_VERSION", "2");
         EXPECT_EQ(ErrorOf(set), kErrFileNotFound) << "records may differ";

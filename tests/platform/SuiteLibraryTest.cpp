@@ -1,8 +1,11 @@
 // The border to the suite's library, over the sample library: how hostile files end.
 #include "platform/SuiteLibrary.h"
 
+#include "sample/suite/LibraryFile.h"
 #include "tests/support/Failing.h"
-#include "tests/support/Installation.h"
+#include "tests/support/SuitePlace.h"
+
+#include <gmock/gmock.h>
 
 namespace korlan::test {
 
@@ -10,7 +13,14 @@ namespace {
 
 constexpr const char* kFile = "C:\\KORLAN\\LIB\\A.PART";
 
-struct SuiteLibraryTest : Installation {
+struct SuiteLibraryTest : testing::Test {
+    SuiteLibraryTest() {
+        drive.MakeFolders("KORLAN/LIB");
+        Process().programPath = "C:\\KORLAN\\KlnUpdt.EXE";
+        UseSuite(drive, KLN_SUITE_SO);
+        DB_CreateDataBase();
+    }
+
     // Reads the file in every way there is; the names it holds, none when it is refused.
     std::vector<std::string> Names() const {
         std::vector<std::string> names;
@@ -23,9 +33,19 @@ struct SuiteLibraryTest : Installation {
         E_CloseLibrary(library);
         return names;
     }
+
+    TempDrive drive;
 };
 
 } // namespace
+
+TEST_F(SuiteLibraryTest, APathOutsideTheCodePageIsReached) {
+    const std::string path = "C:\\KORLAN\\LIB\\Ж.PART";
+    drive.Write(path, suite::LibraryBytes({suite::Kind::Part, {{"A", "d", "1"}}}));
+    std::vector<PartInformation> parts(1);
+    EXPECT_EQ(ErrorOf([&] { E_GetPartInfo(path, parts); }), 0); // on Windows by its short name
+    EXPECT_GT(E_OpenLibrary(path, kPartLibraryType, 0), 0);
+}
 
 TEST_F(SuiteLibraryTest, HostileFilesAreRefused) {
     // Head of 28 bytes, bodies "12345" and "67" at 28, directory at 35 with entries of 12 + 1 + 1 + 2 and 12 + 1 + 2.
@@ -63,8 +83,9 @@ TEST_F(SuiteLibraryTest, HostileFilesAreRefused) {
 TEST_F(SuiteLibraryTest, TheToolTakesTheLinesOfAnySystem) {
     drive.Write(kFile, "");
     drive.Write("a.txt", "# parts\r\n\r\nA\tP x|y\r\nB\r\nC\tQ\n");
-    const std::string tool = std::filesystem::path(KLN_SUITE_SO).parent_path() / "kln-makelib";
-    const std::string command = tool + " " + drive.HostPathOf("a.txt") + " " + drive.HostPathOf(kFile);
+    std::filesystem::path tool = std::filesystem::path(KLN_SUITE_SO).parent_path() / "kln-makelib";
+    tool.make_preferred();
+    const std::string command = tool.string() + " " + drive.HostPathOf("a.txt") + " " + drive.HostPathOf(kFile);
     ASSERT_EQ(std::system(command.c_str()), 0);
     std::vector<PartInformation> parts(3);
     E_GetPartInfo(kFile, parts);

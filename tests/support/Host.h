@@ -25,8 +25,23 @@ inline void SetVariable(const std::string& name, const char* value) {
 inline bool ChangeMode(const std::string& path, unsigned mode) { // all that it has of one: may be written to or not
     return SetFileAttributesA(path.c_str(), (mode & 0200) != 0 ? FILE_ATTRIBUTE_NORMAL : FILE_ATTRIBUTE_READONLY);
 }
+
+// A file that another program has open and shares with nobody, as long as this lives.
+class HeldFile {
+public:
+    explicit HeldFile(const std::filesystem::path& path)
+        : handle_(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr)) {}
+    HeldFile(const HeldFile&) = delete;
+    ~HeldFile() { CloseHandle(handle_); }
+
+private:
+    HANDLE handle_;
+};
 #else
 inline constexpr bool kOnWindows = false;
+struct HeldFile { // where nobody can keep others out
+    explicit HeldFile(const std::filesystem::path&) {}
+};
 inline void SetVariable(const std::string& name, const char* value) {
     value ? setenv(name.c_str(), value, 1) : unsetenv(name.c_str());
 }

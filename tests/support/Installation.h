@@ -4,6 +4,7 @@
 #include "platform/SuiteLibrary.h"
 #include "sample/suite/LibraryFile.h"
 #include "tests/support/ProgramTest.h"
+#include "tests/support/SuitePlace.h"
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>
@@ -15,7 +16,7 @@ inline constexpr const char* kIndex = "KORLAN/LIB/Parts.abd";
 
 struct Installation : ProgramTest {
     Installation() {
-        std::filesystem::create_symlink(KLN_SUITE_SO, drive.HostPathOf("KORLAN/libklwupdt.so"));
+        UseSuite(drive, KLN_SUITE_SO);
         frmUpdate.form.SetCaption("Korlan Live Update");
         DB_CreateDataBase();
     }

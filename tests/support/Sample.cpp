@@ -19,7 +19,7 @@ fs::path MakeOut() {
     std::string name = (fs::temp_directory_path() / "kln-sample-XXXXXX").string();
     if (!mkdtemp(name.data())) throw std::runtime_error("cannot make " + name);
     fs::permissions(name, fs::perms(0755)); // the server runs as somebody else
-    for (const char* folder : {"config", "cache", "runtime"}) fs::create_directory(fs::path(name) / folder);
+    for (const char* folder : {"config", "cache"}) fs::create_directory(fs::path(name) / folder);
     return name;
 }
 
@@ -52,7 +52,7 @@ int Shell(const std::string& command) {
 Sample::Sample(int country, const std::string& options)
     : out_(MakeOut()), port_(FreePort()), drives_("KLN_DRIVES", (out_ / "drives").string()),
       config_("XDG_CONFIG_HOME", (out_ / "config").string()), cache_("XDG_CACHE_HOME", (out_ / "cache").string()),
-      state_("XDG_STATE_HOME", (out_ / "state").string()), runtime_("XDG_RUNTIME_DIR", (out_ / "runtime").string()) {
+      state_("XDG_STATE_HOME", (out_ / "state").string()) {
     const std::string command = KLN_SOURCE "/sample/layout.py " + out_.string() + " " + std::to_string(port_) +
                                 " " KLN_BUILD " --country " + std::to_string(country) + " " + options;
     if (Shell(command) != 0) throw std::runtime_error("failed: " + command);

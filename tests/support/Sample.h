@@ -32,7 +32,7 @@ private:
     std::filesystem::path out_;
     int port_ = 0;
     pid_t server_ = -1;
-    ScopedVariable drives_, config_, cache_, state_, runtime_;
+    ScopedVariable drives_, config_, cache_, state_;
 };
 
 } // namespace korlan::test

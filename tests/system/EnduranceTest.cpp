@@ -9,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__) || defined(KLN_FEW_ROUNDS)
 constexpr int kSearches = 50, kRuns = 15;
 #else
 constexpr int kSearches = 500, kRuns = 50;

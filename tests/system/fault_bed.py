@@ -41,7 +41,7 @@ FAULTS = {
     "write, broken": ("write", errno.EIO, "error retry updated! - retry! retry updated - updated"),
     "rename, refused": ("rename", errno.EACCES, "- - - updated! - - - updated updated"),
     "delete, refused": ("delete", errno.EACCES, "updated updated - updated - retry updated - updated"),
-    "stat, refused": ("stat", errno.EACCES, "updated updated - none! updated! retry - updated updated"),
+    "stat, refused": ("stat", errno.EACCES, "updated updated - retry retry retry - updated updated"),
     "sync, broken": ("sync", errno.EIO, "- - - - - retry updated - updated"),
 }
 FILES = {"catalogue": "Temp/Update.mdb", "archive": "TESSARYDOTTEXE.zip", "member": ".klnunzip",

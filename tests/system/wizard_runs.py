@@ -38,7 +38,7 @@ class Sample:
             free.bind(("127.0.0.1", 0))
             self.port = port = free.getsockname()[1]
         subprocess.run([SOURCE / "sample" / "layout.py", self.out, str(port), build], check=True)
-        for folder in ("config", "cache", "runtime"):
+        for folder in ("config", "cache"):
             (self.out / folder).mkdir()
         self.server = subprocess.Popen([SOURCE / "sample" / "serve", self.out])
         for _ in range(200):
@@ -76,8 +76,7 @@ class Sample:
     def run(self, fault="", log="", kill_after=None):
         """The last line of the run, "killed" or the signal's number."""
         environment = dict(os.environ, KLN_DRIVES=f"{self.out}/drives", XDG_CONFIG_HOME=f"{self.out}/config",
-                           XDG_CACHE_HOME=f"{self.out}/cache", XDG_RUNTIME_DIR=f"{self.out}/runtime",
-                           XDG_STATE_HOME=f"{self.out}/state")
+                           XDG_CACHE_HOME=f"{self.out}/cache", XDG_STATE_HOME=f"{self.out}/state")
         if fault or log:
             environment.update(KLN_FAULT_TREE=str(self.out), KLN_FAULT=fault, KLN_FAULT_LOG=str(log),
                                LD_PRELOAD=str(self.build / "tests" / "libKlnFaultyFiles.so"))
@@ -138,9 +137,8 @@ class Sample:
             rows = [state["index"].get(library, []) for state in (now, self.before, *self.installed)]
             if rows[0] and rows[0] not in rows[1:]:
                 broken.append(f"the index holds a part of {library}")
+        if converged and now["index"] not in [state["index"] for state in self.installed]:
+            broken.append("the index is behind its libraries")
         if converged and now["packs"] != self.installed[0]["packs"]:
             broken.append(f"recorded packs: {now['packs']}")
         return broken
-
-    def index_is_behind(self):
-        return self.index_rows() not in [state["index"] for state in self.installed]

@@ -22,7 +22,8 @@ protected:
     ModZipTest() {
         ResetDesktop();
         modZip = ZipModule{};
-        drive_.Write("A.ZIP", ZipWriter().Add({"sub/A.TXT", "new"}).Add({"B.TXT", "new"}).Bytes());
+        const ZipEntry later{.name = "B.TXT", .data = "new", .date = DosDate(2004, 10, 9), .time = DosTime(10, 9, 0)};
+        drive_.Write("A.ZIP", ZipWriter().Add({"sub/A.TXT", "new"}).Add(later).Bytes());
     }
 
     // Completion flag and result after an extraction; both start with a value of no meaning.
@@ -85,7 +86,7 @@ TEST_F(ModZipTest, ListsWhatItExtracts) {
     EXPECT_EQ(Extract("C:\\A.ZIP"), Outcome(1, 0));
     EXPECT_EQ(modZip.ListText, "Filename:" + std::string(42, ' ') + "Size       Date       Time\n" + "sub/A.TXT" +
                                    std::string(42, ' ') + "3          2003-06-15 12:30\n" + "B.TXT" +
-                                   std::string(46, ' ') + "3          2003-06-15 12:30\n");
+                                   std::string(46, ' ') + "3          2004-10-09 10:09\n");
 }
 
 TEST_F(ModZipTest, CompletesWhateverTheLibrarySays) {

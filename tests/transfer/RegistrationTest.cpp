@@ -36,7 +36,6 @@ std::string CommandOf(Operation operation, const std::string& name, const std::s
     Process().missing = {R"("C:\Korlan\KLNSPCVR.EXE" /RegServer)"}; // does not start, which passes unseen
     FileRecord& record = Tables.FileArray.Append({});
     record.FileName = name;
-    record.LocalFile = folder + name;
     record.LocalFolder = folder;
     operation(Tables.FileArray.UpperBound());
     if (Process().started.empty()) return {};

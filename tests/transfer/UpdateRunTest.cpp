@@ -33,11 +33,9 @@ protected:
     void Offer(const std::string& name, const std::string& folder, const std::string& data) {
         FileRecord record;
         record.FileName = name;
-        record.FileZipName = record.ServerZipName = name + ".zip";
+        record.FileZipName = name + ".zip";
         record.Filedate = kDate;
         record.LocalFolder = "C:\\KORLAN\\" + folder;
-        record.LocalFile = record.LocalFolder + name;
-        record.TempZipFile = Settings.TempFolder + "\\" + record.ServerZipName;
         record.Row = list.Count() + 1;
         Tables.FileArray.Append(record);
         list.AddRow(record.Row, name, name, "NOTDELETE");
@@ -46,7 +44,7 @@ protected:
     }
     std::string Status(std::int32_t row) const {
         const auto& items = list.Row(row).subItems;
-        return items.size() < 3 ? "" : items[2];
+        return items.size() < 3 ? "" : *items[2];
     }
     std::size_t Asked(const std::string& name) {
         const auto targets = server.Targets();
@@ -85,7 +83,7 @@ TEST_F(UpdateRunTest, FetchesAndInstallsWhatIsChecked) {
     EXPECT_FALSE(drive.Exists("KORLAN/SYS/C.DLL"));
     EXPECT_EQ(Asked("A.DLL"), 3u); // one probe, two requests of the download
     EXPECT_EQ(Asked("C.DLL"), 0u);
-    EXPECT_EQ(list.Row(1).subItems[1] + list.Row(2).subItems[1], "1KB5KB");
+    EXPECT_EQ(*list.Row(1).subItems[1] + *list.Row(2).subItems[1], "1KB5KB");
     EXPECT_EQ(Status(1), "Updated");
     EXPECT_EQ(Flags.NewUpdaterLoaded, 1);
     ASSERT_EQ(Process().started.size(), 2u);
@@ -130,8 +128,8 @@ TEST_F(UpdateRunTest, AnErrorOfTheInstallPassStaysUntilTheNextTransfer) {
         Tables.FileArray.Clear();
         list.ClearRows();
         frmUpdate.IsRetry = Flags.DownloadFailed = 0;
-        Offer("A.DLL", "", "new a");
         Offer("P.PART", "LIB\\", "parts");
+        Offer("A.DLL", "", "new a");
         Offer("Z.DLL", "", "new z");
         list.SetChecked(3, c.last != Unchecked);
         Tables.FileArray[3].Row = c.last == Unlisted ? 0 : 3;
@@ -140,6 +138,7 @@ TEST_F(UpdateRunTest, AnErrorOfTheInstallPassStaysUntilTheNextTransfer) {
         EXPECT_EQ(frmUpdate.ResumeIndex, 3);
         EXPECT_FALSE(drive.Exists("KORLAN/LIB/P.PART")); // kept: the installed file goes, not the archive
         EXPECT_TRUE(drive.Exists("KORLAN/Temp/P.PART.zip"));
+        EXPECT_FALSE(drive.Exists("KORLAN/LIB/.klnindex"));
 
         const std::string index = drive.HostPathOf("KORLAN/LIB/Parts.abd");
         std::filesystem::remove(index);
@@ -228,7 +227,7 @@ TEST_F(UpdateRunTest, AnArchiveLeftOverIsReusedWhenItHoldsTheCataloguesVersion) 
         EXPECT_EQ(UpdateFilesFromWeb() + Flags.DownloadFailed, 0);
         EXPECT_EQ(drive.Read("KORLAN/A.DLL"), c.installed);
         EXPECT_EQ(Asked("A.DLL") - before, c.requests);
-        EXPECT_EQ(list.Row(1).subItems.size() < 2 ? "" : list.Row(1).subItems[1], c.size);
+        EXPECT_EQ(list.Row(1).subItems.size() < 2 ? "" : *list.Row(1).subItems[1], c.size);
         EXPECT_FALSE(drive.Exists("KORLAN/Temp/A.DLL"));
     }
 }
@@ -263,7 +262,6 @@ TEST_F(UpdateRunTest, CleansUpTheTemporaryFolderOnly) {
     drive.SetMode("KORLAN/Temp/a.zip", 0444);
     drive.Write("KORLAN/keep.txt", "x");
     Offer("sub/A.DLL", "", "");
-    Tables.FileArray[1].TempZipFile = "C:\\KORLAN\\Temp\\sub\\A.DLL.zip";
     EXPECT_EQ(UpdateFilesFromWeb(), 0);
     EXPECT_TRUE(drive.Exists("KORLAN/Temp/sub/A.DLL.zip"));
     CleanUpTemporaryFiles();

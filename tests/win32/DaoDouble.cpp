@@ -1,6 +1,7 @@
 // A database engine for late binding. A database is a text file: its columns in the first line, a row a line, values
 // parted by tabulators, "%N" for NULL; its one table is PartFields, its password kqz. It raises the real engine's
 // numbers.
+#include "platform/AsciiText.h"
 #include "platform/SqlText.h"
 #include "platform/TextEncoding.h"
 #include "tests/win32/Doubles.h"
@@ -34,6 +35,13 @@ VARIANT Text(const std::wstring& text) {
     VARIANT value{};
     value.vt = text == L"%N" ? VT_NULL : VT_BSTR;
     if (value.vt == VT_BSTR) value.bstrVal = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+    return value;
+}
+// As the engine gives it: SSQNum is a column of whole numbers, Price one of others.
+VARIANT Typed(const std::wstring& column, const std::wstring& text) {
+    VARIANT value = Text(text);
+    const VARTYPE type = column == L"SSQNum" ? VT_I4 : column == L"Price" ? VT_R8 : VT_BSTR;
+    if (value.vt == VT_BSTR) VariantChangeTypeEx(&value, &value, 0x0409, 0, type);
     return value;
 }
 VARIANT Object(IDispatch* object) {
@@ -155,16 +163,19 @@ std::vector<std::size_t> Choose(const Table& table, const std::string& sql) {
     std::erase_if(tokens, [](const korlan::SqlToken& token) {
         return token.kind == korlan::SqlKind::Space || token.text == "(" || token.text == ")" || token.text == ";";
     });
-    const auto word = [&](std::size_t i) { return i < tokens.size() ? Wide(std::string(tokens[i].text)) : L""; };
+    const auto word = [&](std::size_t i) {
+        return Wide(i < tokens.size() ? std::string(korlan::Trimmed(tokens[i].text, "[]")) : "");
+    };
     if (tokens.size() < 3 || !Same(word(tokens[2].text == "FROM" || tokens[2].text == "from" ? 3 : 2), L"PartFields"))
         throw EngineError{3078};
     std::vector<std::pair<std::size_t, std::wstring>> conditions;
     for (std::size_t i = 5; i < tokens.size(); i += 4) { // behind WHERE: name = 'text' AND ...
+        const std::size_t column = table.Column(word(i), 3061);
         if (word(i + 1) != L"=" || i + 2 >= tokens.size() || tokens[i + 2].kind != korlan::SqlKind::Text ||
             (i + 3 < tokens.size() && !Same(word(i + 3), L"AND")))
             throw EngineError{3075};
         const std::wstring text = word(i + 2);
-        conditions.emplace_back(table.Column(word(i), 3061), text.substr(1, text.size() - 2));
+        conditions.emplace_back(column, text.substr(1, text.size() - 2));
     }
     std::vector<std::size_t> chosen;
     for (std::size_t i = 0; i < table.rows.size(); ++i)
@@ -192,7 +203,9 @@ private:
     public:
         Field(Rows& rows, std::size_t column) : rows_(rows) {
             rows.AddRef();
-            On(L"Value", [this, column](const Arguments&) { return Text(rows_.Current()[column]); });
+            On(L"Value", [this, column](const Arguments&) {
+                return Typed(rows_.table_.columns[column], rows_.Current()[column]);
+            });
             On(L"Value=", [this, column](const Arguments& given) {
                 if (!rows_.changing_) throw EngineError{3020};
                 return (*rows_.changing_)[column] = given.at(0), Nothing();

@@ -12,16 +12,20 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <string_view>
 
 namespace korlan {
 namespace {
 
 constexpr std::uint64_t kMostBytes = 64u << 20;
-constexpr std::uint64_t kLargestObject = 16u << 20;
+constexpr std::uint64_t kLeastRoom = 1u << 20, kMostPacked = 32; // a file unpacks to that many times its size
+constexpr rlim_t kLibraryBytes = 8u << 20;                       // what the unpacking itself may take
 constexpr std::uint32_t kMostObjects = 20000;
 constexpr rlim_t kMostSeconds = 10;
 constexpr const char* kSystemObject = "#system";
@@ -46,20 +50,20 @@ void WriteAll(int pipe, const void* bytes, std::size_t count) {
 
 struct Unpacking {
     int pipe;
-    std::uint64_t bytes = 0;
+    std::uint64_t room; // bytes left for objects
     std::uint32_t objects = 0;
 };
 
-// Hands over one object: two lengths, the path, the bytes. A damaged object is left out.
+// Hands over one object: two lengths, the path, the bytes. One that is damaged or too large is left out.
 int HandOver(chmFile* file, chmUnitInfo* unit, void* context) {
     auto& unpacking = *static_cast<Unpacking*>(context);
-    if (unpacking.bytes + unit->length > kMostBytes || ++unpacking.objects > kMostObjects) _exit(1);
-    if (unit->length == 0 || unit->length > kLargestObject) return CHM_ENUMERATOR_CONTINUE;
+    if (++unpacking.objects > kMostObjects) _exit(1);
+    if (unit->length == 0 || unit->length > unpacking.room) return CHM_ENUMERATOR_CONTINUE;
     std::string bytes(unit->length, '\0');
     const auto length = static_cast<LONGINT64>(bytes.size());
     if (chm_retrieve_object(file, unit, reinterpret_cast<unsigned char*>(bytes.data()), 0, length) != length)
         return CHM_ENUMERATOR_CONTINUE;
-    unpacking.bytes += bytes.size();
+    unpacking.room -= bytes.size();
     const std::uint64_t lengths[2] = {strnlen(unit->path, CHM_MAX_PATHLEN), bytes.size()};
     WriteAll(unpacking.pipe, lengths, sizeof lengths);
     WriteAll(unpacking.pipe, unit->path, lengths[0]);
@@ -67,15 +71,28 @@ int HandOver(chmFile* file, chmUnitInfo* unit, void* context) {
     return CHM_ENUMERATOR_CONTINUE;
 }
 
-[[noreturn]] void Unpack(const char* hostPath, int pipe) {
+// The file says how much memory the library asks for. What the program holds already counts in the limit.
+void LimitMemory(rlim_t bytes) {
+    unsigned long pages = 0;
+    if (std::FILE* sizes = std::fopen("/proc/self/statm", "r")) {
+        static_cast<void>(std::fscanf(sizes, "%lu", &pages));
+        std::fclose(sizes);
+    }
+    const rlim_t most = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + bytes;
+    const rlimit memory{most, most};
+    if (pages > 0) setrlimit(RLIMIT_AS, &memory);
+}
+
+[[noreturn]] void Unpack(const char* hostPath, std::uint64_t room, int pipe) {
     for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGILL, SIGPIPE, SIGXCPU}) std::signal(signal, SIG_DFL);
     const rlimit seconds{kMostSeconds, kMostSeconds}, noDump{0, 0};
     setrlimit(RLIMIT_CPU, &seconds);
     setrlimit(RLIMIT_CORE, &noDump);
     const int nowhere = open("/dev/null", O_WRONLY);
     if (nowhere >= 0) dup2(nowhere, STDERR_FILENO); // the C library reports a spoilt heap there
+    LimitMemory(kLibraryBytes + room);
     chmFile* file = chm_open(hostPath);
-    Unpacking unpacking{pipe};
+    Unpacking unpacking{pipe, room};
     if (!file || !chm_enumerate(file, CHM_ENUMERATE_ALL, HandOver, &unpacking)) _exit(1);
     _exit(0);
 }
@@ -94,10 +111,11 @@ bool ReadAll(int pipe, void* bytes, std::size_t count) {
     return true;
 }
 
-void TakeObjects(int pipe, std::map<std::string, std::string>& objects) {
+void TakeObjects(int pipe, std::uint64_t room, std::map<std::string, std::string>& objects) {
     std::uint64_t lengths[2];
     while (ReadAll(pipe, lengths, sizeof lengths)) {
-        if (lengths[0] > CHM_MAX_PATHLEN || lengths[1] > kLargestObject) return;
+        if (lengths[0] > CHM_MAX_PATHLEN || lengths[1] > room) return;
+        room -= lengths[1];
         std::string path(lengths[0], '\0'), bytes(lengths[1], '\0');
         if (!ReadAll(pipe, path.data(), path.size()) || !ReadAll(pipe, bytes.data(), bytes.size())) return;
         objects.emplace(Key(TextFromBytes(path)), std::move(bytes));
@@ -105,15 +123,19 @@ void TakeObjects(int pipe, std::map<std::string, std::string>& objects) {
 }
 
 bool UnpackApart(const std::string& hostPath, std::map<std::string, std::string>& objects) {
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(hostPath, error);
+    if (error) return false;
+    const std::uint64_t room = std::clamp(kMostPacked * size, kLeastRoom, kMostBytes);
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return false;
     const pid_t process = fork();
     if (process == 0) {
         close(ends[0]);
-        Unpack(hostPath.c_str(), ends[1]);
+        Unpack(hostPath.c_str(), room, ends[1]);
     }
     close(ends[1]);
-    if (process > 0) TakeObjects(ends[0], objects);
+    if (process > 0) TakeObjects(ends[0], room, objects);
     close(ends[0]);
     int state = 1;
     while (process > 0 && waitpid(process, &state, 0) < 0 && errno == EINTR) {

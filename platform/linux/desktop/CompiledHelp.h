@@ -26,8 +26,8 @@ struct CompiledHelp {
     const std::string* Find(const std::string& path) const;
 };
 
-// Reads the file of that host path. Nothing when it is missing, damaged, has no page, or holds more than a manual ever
-// does (64 MB unpacked, 20,000 objects).
+// Reads the file of that host path. Nothing when it is missing, damaged, has no page, or holds more than 20,000
+// objects. Objects beyond 32 times the size of the file (at least 1 MB, at most 64 MB) are left out.
 std::optional<CompiledHelp> ReadCompiledHelp(const std::string& hostPath);
 
 // The topics of a contents file: nested lists of objects, each with a name and a page. Tolerates any text; `html` is

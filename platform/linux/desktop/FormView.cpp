@@ -142,7 +142,7 @@ void FormView::ShowReminderPage() {
     bool shown = false;
     for (const Control* control : form_.Controls())
         shown = shown || (control->Kind() == ControlKind::OptionButton && control->Visible());
-    reminderPage_->setVisible(shown);
+    if (reminderPage_->isHidden() == shown) reminderPage_->setVisible(shown); // each time it would be laid out anew
 }
 
 // Shows the window and waits until it is on the screen, so that the program's first repaint is seen. What the user does

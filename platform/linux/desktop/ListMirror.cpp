@@ -12,7 +12,6 @@
 #include <QStyledItemDelegate>
 #include <QToolTip>
 #include <algorithm>
-#include <numeric>
 
 namespace korlan {
 
@@ -123,7 +122,9 @@ ListMirror::ListMirror(ListView& list, QWidget* parent) : QTreeView(parent), lis
 
 void ListMirror::Changed(Aspect aspect, std::int32_t row) {
     switch (aspect) {
-    case Aspect::RowAdded: model_.RowAdded(row); break;
+    case Aspect::RowAdded:
+        if (isVisible()) model_.RowAdded(row); // else all at once, when it is shown
+        break;
     case Aspect::RowChanged: PaintRow(row); break;
     case Aspect::RowChecked:
         PaintRow(row);
@@ -168,29 +169,18 @@ int ListMirror::NarrowestWidth(int column) const {
     return qMax(header()->sectionSizeHint(column), before + text + 2 * margin);
 }
 
-// A column whose share would be too narrow takes what it needs; the others share what is left.
 void ListMirror::ShareWidth() {
     if (sizedByUser_) return;
-    std::int64_t room = viewport()->width(), all = 0;
-    std::vector<int> sharing(static_cast<std::size_t>(model_.columnCount()));
-    std::iota(sharing.begin(), sharing.end(), 0);
-    for (const int column : sharing) all += model_.Column(column).width;
-    const auto share = [&](int column) { return static_cast<int>(room * model_.Column(column).width / all); };
-    sharing_ = true;
-    for (std::size_t i = 0; i < sharing.size();) {
-        const int column = sharing[i];
-        const int narrowest = NarrowestWidth(column);
-        if (share(column) >= narrowest) {
-            ++i;
-            continue;
-        }
-        header()->resizeSection(column, narrowest);
-        room = qMax<std::int64_t>(0, room - narrowest);
-        all -= model_.Column(column).width;
-        sharing.erase(sharing.begin() + static_cast<std::ptrdiff_t>(i));
-        i = 0;
+    std::vector<ListColumn> columns;
+    std::vector<int> narrowest;
+    for (int column = 0; column < model_.columnCount(); ++column) {
+        columns.push_back(model_.Column(column));
+        narrowest.push_back(NarrowestWidth(column));
     }
-    for (const int column : sharing) header()->resizeSection(column, share(column));
+    sharing_ = true;
+    int column = 0;
+    for (const int width : ColumnWidths(columns, narrowest, viewport()->width()))
+        header()->resizeSection(column++, width);
     sharing_ = false;
 }
 
@@ -215,6 +205,11 @@ void ListMirror::ToggleChosenRows() {
     if (rows.empty() && currentIndex().isValid()) rows.push_back(currentIndex().row() + 1);
     std::sort(rows.begin(), rows.end());
     RunGesture([&] { list_.UserToggleRows(rows); });
+}
+
+void ListMirror::showEvent(QShowEvent* event) {
+    if (model_.rowCount() != list_.Count()) model_.Reset();
+    QTreeView::showEvent(event);
 }
 
 void ListMirror::resizeEvent(QResizeEvent* event) {

@@ -49,7 +49,7 @@ WindowKind KindOf(const Control& control) {
     case ControlKind::Label:
         return {WC_STATICW, SS_NOPREFIX | (control.Place().lines > 1 ? DWORD{SS_EDITCONTROL} : DWORD{SS_ENDELLIPSIS})};
     case ControlKind::Button: return {WC_BUTTONW, BS_PUSHBUTTON | WS_TABSTOP | WS_GROUP};
-    case ControlKind::OptionButton: return {WC_BUTTONW, BS_AUTORADIOBUTTON | BS_NOTIFY};
+    case ControlKind::OptionButton: return {WC_BUTTONW, BS_AUTORADIOBUTTON | BS_NOTIFY | BS_MULTILINE};
     case ControlKind::ProgressBar: return {PROGRESS_CLASSW, PBS_SMOOTH};
     case ControlKind::PictureBox: return {WC_STATICW, SS_OWNERDRAW};
     default: return {nullptr, 0}; // the list makes its own; the others are never seen
@@ -70,6 +70,7 @@ FormView::FormView(Form& form) : form_(form) {
         for (const Aspect aspect : {Aspect::Font, Aspect::Columns, Aspect::RowAdded, Aspect::Caption, Aspect::Enabled,
                                     Aspect::Value, Aspect::Visible})
             ChildChanged(*child, aspect, 0);
+    FormChanged(Aspect::Caption);
     mirroring_ = false;
     RECT outer{}, client{};
     GetWindowRect(window_, &outer);
@@ -97,7 +98,7 @@ void FormView::MakeChild(Control& control, int identifier) {
     } else if (WindowKind kind = KindOf(control); kind.className) {
         const bool firstOption = control.Kind() == ControlKind::OptionButton &&
                                  (children_.empty() || children_.back()->control->Kind() != control.Kind());
-        if (firstOption) kind.style |= WS_GROUP | WS_TABSTOP; // the arrow keys stay among the options
+        if (firstOption) kind.style |= WS_GROUP; // the arrow keys stay among the options
         child->window = CreateWindowExW(0, kind.className, L"", WS_CHILD | kind.style, 0, 0, 0, 0, window_,
                                         reinterpret_cast<HMENU>(static_cast<std::intptr_t>(identifier)),
                                         GetModuleHandleW(nullptr), nullptr);
@@ -124,8 +125,8 @@ void FormView::FormChanged(Aspect aspect) {
     switch (aspect) {
     case Aspect::Caption:
         SetWindowTextW(window_, Wide(form_.Caption()).c_str());
-        for (const auto& child : children_) // the picture belongs to the window as a whole
-            if (child->control->Kind() == ControlKind::PictureBox)
+        for (const auto& child : children_) // for a screen reader, what has no caption is called as the window is
+            if (!dynamic_cast<const CaptionedControl*>(child->control))
                 SetWindowTextW(child->window, Wide(form_.Caption()).c_str());
         break;
     case Aspect::Visible:
@@ -173,10 +174,20 @@ void FormView::ChildChanged(Child& child, Aspect aspect, std::int32_t row) {
         SendMessageW(child.window, PBM_SETRANGE32, 0, bar.Maximum());
         SendMessageW(child.window, PBM_SETPOS, static_cast<WPARAM>(bar.Value()), 0);
     }
-    if (control.Kind() == ControlKind::OptionButton && aspect == Aspect::Value) {
-        const bool value = static_cast<const OptionButton&>(control).Value();
-        Button_SetCheck(child.window, value ? BST_CHECKED : BST_UNCHECKED);
+    if (control.Kind() == ControlKind::OptionButton && aspect == Aspect::Value) ShowOptions();
+}
+
+// As the records say, whatever was clicked. They are one stop of the Tab key: the selected one, else the first; the
+// toolkit makes one that it unchecks none.
+void FormView::ShowOptions() {
+    HWND stop = nullptr;
+    for (const auto& child : children_) {
+        if (child->control->Kind() != ControlKind::OptionButton) continue;
+        const bool value = static_cast<const OptionButton*>(child->control)->Value();
+        Button_SetCheck(child->window, value ? BST_CHECKED : BST_UNCHECKED);
+        if (!stop || value) stop = child->window;
     }
+    if (stop) SetWindowLongW(stop, GWL_STYLE, GetWindowLongW(stop, GWL_STYLE) | WS_TABSTOP);
 }
 
 void FormView::SetCaption(Child& child) {
@@ -300,7 +311,10 @@ void FormView::Command(WORD identifier, WORD code) {
     } else if (control->Kind() == ControlKind::OptionButton) {
         auto* const option = static_cast<OptionButton*>(control);
         const bool byTab = code == BN_SETFOCUS && GetKeyState(VK_TAB) < 0;
-        if (code == BN_CLICKED) RunGesture([option] { option->UserClick(); });
+        if (code == BN_CLICKED) {
+            RunGesture([option] { option->UserClick(); });
+            ShowOptions(); // it may have been dropped
+        }
         if (byTab) RunGesture([option] { option->SetFocus(); }); // which selects it
     }
 }
@@ -327,6 +341,7 @@ LRESULT CALLBACK FormView::Procedure(HWND window, UINT message, WPARAM wide, LPA
     return view ? view->Answer(message, wide, parameter) : DefWindowProcW(window, message, wide, parameter);
 }
 
+// NOLINTNEXTLINE(readability-function-size): one case a message
 LRESULT FormView::Answer(UINT message, WPARAM wide, LPARAM parameter) {
     switch (message) {
     case WM_CLOSE: RunGesture([this] { form_.UserClose(); }); return 0; // the record decides
@@ -339,8 +354,13 @@ LRESULT FormView::Answer(UINT message, WPARAM wide, LPARAM parameter) {
         break;
     case WM_SETFOCUS: FocusFirst(); return 0;
     case WM_GETMINMAXINFO: {
-        auto& limits = *reinterpret_cast<MINMAXINFO*>(parameter);
-        limits.ptMinTrackSize = {Scaled(520, dpi_), Scaled(360, dpi_)};
+        RECT outer{}, client{};
+        GetWindowRect(window_, &outer);
+        GetClientRect(window_, &client);
+        const SIZE needed = RoomNeeded(static_cast<int>(client.right));
+        reinterpret_cast<MINMAXINFO*>(parameter)->ptMinTrackSize = {
+            std::max<LONG>(Scaled(520, dpi_), outer.right - outer.left - client.right + needed.cx),
+            std::max<LONG>(Scaled(360, dpi_), outer.bottom - outer.top - client.bottom + needed.cy)};
         return 0;
     }
     case WM_SETCURSOR:

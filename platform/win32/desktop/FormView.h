@@ -45,6 +45,7 @@ private:
     void ChildChanged(Child& child, Aspect aspect, std::int32_t row);
     void SetCaption(Child& child);
     void FormChanged(Aspect aspect);
+    void ShowOptions();
     void SetFont(Child& child);
     void DpiChanged();
     void ShowForm();
@@ -58,12 +59,15 @@ private:
 
     void LayOut();
     int PlaceColumn(Region region, RECT room); // from the top of `room`; returns where it ends
-    int ColumnHeight(Region region) const;
-    int HeightOf(const Child& child) const;
+    bool HasPlaceIn(const Child& child, Region region) const;
+    int ColumnHeight(Region region, int width) const;
+    int HeightOf(const Child& child, int width) const;
     void PlaceButtons(const RECT& row);
     int ButtonHeight() const;
+    int ButtonWidth(const Child& button) const;
+    SIZE RoomNeeded(int width) const;
     void PaintHairline(HDC target) const;
-    SIZE TextSize(const Child& child) const;
+    SIZE TextSize(const Child& child, int width = 0) const;
 
     Form& form_;
     HWND window_ = nullptr;

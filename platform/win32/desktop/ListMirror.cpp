@@ -6,12 +6,11 @@
 #include "platform/win32/desktop/Pictures.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace korlan {
 namespace {
 
-constexpr int kIconSide = 16; // pixels at 96 dots per inch
+constexpr int kIconSide = 16, kMargins = 12; // pixels at 96 dots per inch
 constexpr UINT kUnchecked = INDEXTOSTATEIMAGEMASK(1), kChecked = INDEXTOSTATEIMAGEMASK(2);
 
 bool Answers(const NMHDR& header, UINT code) {
@@ -68,6 +67,7 @@ void ListMirror::SetDpi(int dpi) {
     icons_ = MakeListIcons(record_.SmallIcons().Count(), Scaled(kIconSide, dpi));
     ListView_SetImageList(list_, icons_, LVSIL_SMALL);
     ImageList_Destroy(before);
+    dpi_ = dpi;
     sizedByUser_ = false;
     ShareWidth();
 }
@@ -90,21 +90,37 @@ void ListMirror::ColumnsChanged() {
     ShareWidth();
 }
 
-// The visible columns fill the list in the ratio of their own widths, until the user has drawn one.
+// Wide enough for the title, and for the text that the record wants to fit; 0 for a hidden one.
+int ListMirror::NarrowestWidth(const ListColumn& column) const {
+    if (column.width == 0) return 0;
+    const HDC device = GetDC(list_);
+    const HGDIOBJ before = SelectObject(device, bold_);
+    LONG text = 0;
+    for (const std::string* one : {&column.title, &column.fits}) {
+        const std::wstring wide = Wide(*one);
+        SIZE size{};
+        GetTextExtentPoint32W(device, wide.c_str(), static_cast<int>(wide.size()), &size);
+        text = std::max(text, size.cx);
+    }
+    SelectObject(device, before);
+    ReleaseDC(list_, device);
+    const bool isFirst = &column == &record_.Columns().front(); // a check box and a picture stand before its text
+    return static_cast<int>(text) + Scaled(isFirst ? kMargins + 2 * kIconSide + kMargins / 2 : kMargins, dpi_);
+}
+
+// Until the user has drawn one.
 void ListMirror::ShareWidth() {
     if (sizedByUser_) return;
-    const std::vector<ListColumn>& columns = record_.Columns();
-    const std::int64_t all = std::accumulate(columns.begin(), columns.end(), std::int64_t{0},
-                                             [](std::int64_t sum, const ListColumn& c) { return sum + c.width; });
     RECT client{};
     GetClientRect(list_, &client);
-    const int room =
-        client.right - ((GetWindowLongW(list_, GWL_STYLE) & WS_VSCROLL) != 0 ? 0 : GetSystemMetrics(SM_CXVSCROLL));
+    const bool hasBar = (GetWindowLongW(list_, GWL_STYLE) & WS_VSCROLL) != 0;
+    const int room = static_cast<int>(client.right) - (hasBar ? 0 : GetSystemMetrics(SM_CXVSCROLL));
+    std::vector<int> narrowest;
+    for (const ListColumn& column : record_.Columns()) narrowest.push_back(NarrowestWidth(column));
     sharing_ = true;
-    for (std::size_t i = 0; i < columns.size(); ++i)
-        ListView_SetColumnWidth(list_, static_cast<int>(i),
-                                all == 0 ? 0
-                                         : static_cast<int>(std::max(room, 0) * std::int64_t{columns[i].width} / all));
+    int column = 0;
+    for (const int width : ColumnWidths(record_.Columns(), narrowest, std::max(room, 0)))
+        ListView_SetColumnWidth(list_, column++, width);
     sharing_ = false;
 }
 
@@ -117,7 +133,7 @@ void ListMirror::GiveItem(NMLVDISPINFOW& info) const {
     if ((item.mask & LVIF_TEXT) != 0 && item.cchTextMax > 0) {
         constexpr std::size_t kLongest = 1000; // nobody reads a longer one
         const auto sub = static_cast<std::size_t>(item.iSubItem);
-        const std::string text = sub == 0 ? row.text : sub <= row.subItems.size() ? row.subItems[sub - 1] : "";
+        const std::string text = sub == 0 ? row.text : sub <= row.subItems.size() ? *row.subItems[sub - 1] : "";
         lstrcpynW(item.pszText, Wide(text.substr(0, kLongest)).c_str(), item.cchTextMax);
     }
     if ((item.mask & LVIF_IMAGE) != 0) item.iImage = row.smallIcon - 1;
@@ -170,8 +186,13 @@ LRESULT ListMirror::Notified(NMHDR& header, bool& answered) {
         ListView_HitTest(list_, &hit);
         if ((hit.flags & LVHT_ONITEMSTATEICON) != 0 && (hit.flags & LVHT_ONITEMLABEL) == 0) Toggle(hit.iItem + 1);
         return 0;
-    } else if (Answers(header, LVN_KEYDOWN) && reinterpret_cast<NMLVKEYDOWN&>(header).wVKey == VK_SPACE) {
-        ToggleSelected();
+    } else if (Answers(header, NM_SETFOCUS) && ListView_GetNextItem(list_, -1, LVNI_FOCUSED) < 0) {
+        ListView_SetItemState(list_, 0, LVIS_FOCUSED, LVIS_FOCUSED); // the space bar is for some row
+    } else if (Answers(header, LVN_KEYDOWN)) {
+        const WORD key = reinterpret_cast<NMLVKEYDOWN&>(header).wVKey;
+        const bool withControl = GetKeyState(VK_CONTROL) < 0;
+        if (key == VK_SPACE && !withControl) ToggleSelected();
+        if (key == 'A' && withControl) ListView_SetItemState(list_, -1, LVIS_SELECTED, LVIS_SELECTED);
         return TRUE;
     }
     answered = false;

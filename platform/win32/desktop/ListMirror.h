@@ -25,6 +25,7 @@ public:
 
 private:
     void ColumnsChanged();
+    int NarrowestWidth(const ListColumn& column) const;
     void GiveItem(NMLVDISPINFOW& info) const;
     LRESULT Paint(NMLVCUSTOMDRAW& draw) const;
     void Toggle(std::int32_t row);
@@ -34,6 +35,7 @@ private:
     HWND list_;
     HIMAGELIST icons_ = nullptr;
     HFONT bold_ = nullptr;
+    int dpi_ = 96;
     bool sizedByUser_ = false, sharing_ = false;
 };
 

@@ -122,6 +122,7 @@ std::int32_t ShowMsgBox(const std::string& text, std::int32_t style, const std::
     Wait wait(EndTopmostBox);
     const int answer = MessageBoxW(Owner(), Wide(text).c_str(), TitleOf(title).c_str(), SystemStyle(style));
     wait.Rethrow();
+    if (CountOf(ButtonsOf(style)) == 1) return kAnswerOk; // by the close box too
     return answer != 0 ? answer : kAnswerCancel;
 }
 

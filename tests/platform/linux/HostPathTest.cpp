@@ -20,7 +20,7 @@ TEST(HostPath, FindsFilesWhateverTheCaseOfTheirLetters) {
     const TempDrive drive;
     for (const char* file : {"SYS/MiXed.Txt", "Größe/Éa.txt", "both/a.txt", "both/A.TXT"}) drive.Write(file, "x");
     std::filesystem::create_symlink("nowhere", drive.HostPathOf("SYS/Dangling"));
-    ChangeCurrentFolder("C:\\both");
+    std::filesystem::current_path(drive.HostPathOf("both"));
 
     const std::pair<std::string, std::vector<std::string>> rows[] = {
         {"<C>/SYS/MiXed.Txt",
@@ -126,9 +126,8 @@ TEST(WindowsPath, TakesTheDriveThatSaysMost) {
     };
     for (const auto& [expected, hosts] : rows)
         for (const std::string& host : hosts) EXPECT_EQ(WindowsPath(host), expected) << host;
-    ChangeCurrentFolder("C:\\KORLAN\\SYS");
+    std::filesystem::current_path(drive.HostPathOf("KORLAN/SYS"));
     EXPECT_EQ(WindowsPath("x"), "K:\\SYS\\x");
-    EXPECT_EQ(CurrentFolder(), "K:\\SYS");
 }
 
 } // namespace
