@@ -42,7 +42,7 @@ void ReadMasterCatalogue(const std::string& path) {
     const auto rows = OpenCatalogue(path);
     Tables.FileArraySP.Clear();
     for (; !rows->Eof(); rows->MoveNext()) {
-        DoEvents();
+        GiveWay();
         const std::string name = rows->Text("FileName");
         if (applied.contains(Trim(UpperCase(name)))) continue;
         if (StaysInFolder(name))
@@ -108,7 +108,7 @@ void GetFilesInsideSP(const std::string& spCataloguePath, std::int32_t spIndex) 
     const auto rows = OpenCatalogue(spCataloguePath);
     for (; !rows->Eof(); rows->MoveNext()) {
         LiveUpdateStatus();
-        DoEvents();
+        GiveWay();
         const std::string archive = rows->Text("FileZipName");
         if (rows->Text("FilePath") == "NEWFOLDER") {
             MergeFolderRow(*rows, archive);

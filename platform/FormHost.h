@@ -4,7 +4,11 @@
 
 #include "platform/Controls.h"
 
+#include <chrono>
+
 namespace korlan {
+
+inline constexpr std::chrono::milliseconds kDisplayFrame{16}; // nothing is painted more often
 
 // Makes the (still hidden) window for the form and all its controls. The form must outlive the host.
 void OpenFormHost(Form& form);
@@ -16,6 +20,10 @@ void ControlChanged(const Control& control, Aspect aspect, std::int32_t row);
 
 // Handles what is waiting (gestures, paints) and returns; never waits.
 void DoEvents();
+
+// DoEvents for a loop that yields at every row or block, most of which find nothing waiting: the first call in a display
+// frame is one, the others return at once.
+void GiveWay();
 
 // Handles events until the window has gone.
 void RunMessageLoop();

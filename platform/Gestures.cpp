@@ -1,5 +1,8 @@
 #include "platform/Gestures.h"
 
+#include "platform/FormHost.h"
+
+#include <chrono>
 #include <exception>
 #include <utility>
 
@@ -30,6 +33,14 @@ Wait::~Wait() {
 
 void Wait::Rethrow() {
     if (thrown) std::rethrow_exception(std::exchange(thrown, nullptr));
+}
+
+void GiveWay() {
+    using Clock = std::chrono::steady_clock;
+    static Clock::time_point next;
+    if (Clock::now() < next) return;
+    DoEvents();
+    next = Clock::now() + kDisplayFrame;
 }
 
 } // namespace korlan

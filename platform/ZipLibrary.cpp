@@ -3,7 +3,6 @@
 #include "platform/zip/ZipHost.h"
 #include "platform/zip/ZipRules.h"
 
-#include <chrono>
 #include <ctime>
 
 namespace korlan {
@@ -29,7 +28,9 @@ private:
     ZipOutcome WriteMember(const ZipMember& member, NewFile& file);
     ZipOutcome WriteEncrypted(const ZipMember& member, NewFile& file);
     void LeaveOut(const ZipMember& member, ZipOutcome outcome, const char* reason);
-    void GiveWay();
+    void GiveWay() {
+        if (functions_.service) functions_.service();
+    }
     void Print(const std::string& text) {
         if (functions_.print) functions_.print(text);
     }
@@ -37,7 +38,6 @@ private:
     ZipArchive& archive_;
     USERFUNCTIONS& functions_;
     ZipQuestions questions_;
-    std::chrono::steady_clock::time_point yielded_ = std::chrono::steady_clock::now();
     ZipOutcome outcome_ = ZipOutcome::Well;
 };
 
@@ -106,14 +106,6 @@ ZipOutcome Extraction::WriteMember(const ZipMember& member, NewFile& file) {
 void Extraction::LeaveOut(const ZipMember& member, ZipOutcome outcome, const char* reason) {
     Print("   skipping: " + member.name + "  " + reason + "\n");
     outcome_ = Graver(outcome_, outcome);
-}
-
-void Extraction::GiveWay() {
-    constexpr std::chrono::milliseconds kBetween{20};
-    const auto now = std::chrono::steady_clock::now();
-    if (!functions_.service || now - yielded_ < kBetween) return;
-    functions_.service();
-    yielded_ = std::chrono::steady_clock::now();
 }
 
 } // namespace

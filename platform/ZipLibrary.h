@@ -47,7 +47,7 @@ struct USERFUNCTIONS {
     // Fills `password` (at most maxLength characters); one of the kPassword answers.
     std::function<std::int32_t(std::string& password, std::size_t maxLength, const std::string& member)> password;
     std::function<void(const ListedMember& member)> message; // before a member is extracted
-    std::function<void()> service; // at least every 50 ms of the work; what it throws ends the extraction
+    std::function<void()> service; // after every block written and every member; what it throws ends the extraction
 };
 
 // Extracts the whole archive: this library takes no lists of names, both counts are 0. A callback that is not there

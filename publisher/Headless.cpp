@@ -21,6 +21,7 @@ std::string& WizardPath() {
 
 void ControlChanged(const Control&, Aspect, std::int32_t) {}
 void DoEvents() {}
+void GiveWay() {}
 
 std::int32_t ShowMsgBox(const std::string&, std::int32_t, const std::string&) {
     return kAnswerOk;

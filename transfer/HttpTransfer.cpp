@@ -33,7 +33,7 @@ std::string ShownUrl(const std::string& url) {
 }
 
 bool YieldUnlessCancelled() {
-    DoEvents();
+    GiveWay();
     return Flags.CancelRequested == 0;
 }
 
@@ -98,7 +98,7 @@ void ReadToFile(HttpBody& body, OutputFile& file, Progress& progress, std::int32
         file.Write({block.data(), read});
         progress.Add(read);
         if (showStatus != 0) LiveUpdateStatus();
-        DoEvents();
+        GiveWay();
     } while (end == HttpBody::End::None && Flags.CancelRequested == 0);
     if (Flags.CancelRequested == 0) {
         file.Close(); // a disk that is full now is an error like one that was full before
@@ -132,7 +132,7 @@ std::int32_t GetWebFileInformation(const std::string& url, std::int32_t& size, b
     TransferControl inet(kAgent);
     inet.SetUrl(EscapedUrl(url));
     inet.ExecuteGet();
-    while (inet.StillExecuting()) DoEvents();
+    while (inet.StillExecuting()) GiveWay();
 
     const std::string code = Left(Mid(inet.GetHeader(), 10), 3); // of "HTTP/1.1 404 Not Found"
     const std::string refusal = code == "401"   ? "Unauthorized Access, Download Terminated!"

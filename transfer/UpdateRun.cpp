@@ -192,7 +192,7 @@ void InstallPass(std::int32_t& index) {
     for (index = 1; index <= Tables.FileArray.UpperBound(); ++index) {
         const FileRecord& record = Tables.FileArray[index];
         if (record.Row == 0 || record.TransferState != 1) continue;
-        DoEvents(); // Cancel is answered between two files, too
+        GiveWay(); // Cancel is answered between two files, too
         frmUpdate.lvwFilesList.EnsureVisible(record.Row);
         EditMsgline(GetLocalText("Uncompressing : ", "991878") + record.FileName);
         if (UpperCase(record.FileName) == "KLNUPDTA.EXE") Flags.NewUpdaterLoaded = 1;

@@ -76,7 +76,7 @@ USERFUNCTIONS MakeCallbacks() {
         return AnswerPassword(password, maxLength);
     };
     functions.message = CollectListing;
-    functions.service = DoEvents; // Cancel is answered while a large member is written
+    functions.service = GiveWay; // Cancel is answered while a large member is written
     return functions;
 }
 

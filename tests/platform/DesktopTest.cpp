@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <thread>
 
 namespace korlan {
 namespace {
@@ -132,7 +133,7 @@ TEST_F(Desktop, ALabelPaintsByTheFrameAndMovesNothing) {
     const Area place = User::Place(lblMsgline);
     for (std::size_t i = 0; i < 5000; ++i) {
         lblMsgline.SetCaption(std::string(i % 90, 'm'));
-        DoEvents();
+        GiveWay();
     }
     paints += User::PaintsOf(lblMsgline);
     EXPECT_LE(paints, (Clock::now() - begun) / std::chrono::milliseconds(16) + 2);
@@ -141,6 +142,11 @@ TEST_F(Desktop, ALabelPaintsByTheFrameAndMovesNothing) {
     EXPECT_GT(User::PaintsOf(lblMsgline), 0) << "the last text is painted";
     EXPECT_EQ(User::Place(lblMsgline), place);
     EXPECT_EQ(User::NameOf(lblMsgline), "last & only");
+    bool handled = false;
+    User::Soon([&] { handled = true; });
+    std::this_thread::sleep_for(2 * kDisplayFrame);
+    GiveWay();
+    EXPECT_TRUE(handled) << "a frame later a yield answers the user";
 }
 
 TEST_F(Desktop, KeysReachEveryControl) {

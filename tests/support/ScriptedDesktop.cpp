@@ -41,6 +41,10 @@ void DoEvents() {
     if (Desktop().onDoEvents) Desktop().onDoEvents();
 }
 
+void GiveWay() {
+    DoEvents();
+}
+
 void RunMessageLoop() {
     if (Desktop().onMessageLoop) Desktop().onMessageLoop();
 }

@@ -1,23 +1,28 @@
 // Stands in for the user of the whole program: starts it and drives its window by messages.
 //   Driver.exe update PROGRAM    waits for the list, presses Update, Next and Finish
 //   Driver.exe nothing PROGRAM   expects that no update is found, presses Finish
-// Ends with 0 when every page came, else with 1 and what the window showed.
+// A transfer that failed is tried again once. Ends with 0 when every page came, else with 1, what the window showed and
+// the program ended.
 #include <windows.h>
 
 #include <chrono>
 #include <cstdio>
 #include <string>
 #include <thread>
+#include <utility>
 
 namespace {
 
 DWORD program = 0;
+HANDLE programHandle = nullptr;
+bool retried = false;
 std::string shown; // all texts of the window as they were last
 
 struct Search {
     std::wstring caption; // of an enabled, visible control; without "&"
     HWND found = nullptr;
-    HWND yes = nullptr; // a question about a library in use: it may be replaced
+    HWND yes = nullptr;   // a question about a library in use: it may be replaced
+    HWND retry = nullptr; // a transfer failed, for instance because it stood still for a minute
 };
 
 std::wstring TextOf(HWND window) {
@@ -33,6 +38,7 @@ BOOL CALLBACK LookAtChild(HWND child, LPARAM search) {
     const std::wstring text = TextOf(child);
     if (IsWindowVisible(child) && !text.empty()) shown += std::string(text.begin(), text.end()) + " | ";
     if (text == L"Yes") wanted.yes = child;
+    if (text == L"Retry" && IsWindowVisible(child) && IsWindowEnabled(child)) wanted.retry = child;
     if (text == wanted.caption && IsWindowVisible(child) && IsWindowEnabled(child)) wanted.found = child;
     return TRUE;
 }
@@ -46,15 +52,20 @@ BOOL CALLBACK LookAtWindow(HWND window, LPARAM search) {
 
 HWND WaitFor(const std::wstring& caption) {
     using Clock = std::chrono::steady_clock;
-    for (const auto end = Clock::now() + std::chrono::seconds(60); Clock::now() < end;) {
+    for (const auto end = Clock::now() + std::chrono::seconds(100); Clock::now() < end;) {
         Search search{caption};
         shown.clear();
         EnumWindows(LookAtWindow, reinterpret_cast<LPARAM>(&search));
         if (search.yes) PostMessageW(search.yes, BM_CLICK, 0, 0);
         if (search.found) return search.found;
+        if (search.retry && !std::exchange(retried, true)) {
+            std::printf("a transfer failed, Retry\n");
+            PostMessageW(search.retry, BM_CLICK, 0, 0);
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     std::printf("never came: %ls; shown: %s\n", caption.c_str(), shown.c_str());
+    TerminateProcess(programHandle, 1);
     std::exit(1);
 }
 
@@ -77,6 +88,7 @@ int main(int argc, char** argv) {
     const auto begun = std::chrono::steady_clock::now();
     if (!CreateProcessA(nullptr, argv[2], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process)) return 2;
     program = process.dwProcessId;
+    programHandle = process.hProcess;
     if (std::string(argv[1]) == "update") {
         WaitFor(L"Cancel");
         const auto passed = std::chrono::steady_clock::now() - begun;

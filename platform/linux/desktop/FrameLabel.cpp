@@ -1,5 +1,7 @@
 #include "platform/linux/desktop/FrameLabel.h"
 
+#include "platform/FormHost.h"
+
 #include <QHelpEvent>
 #include <QPainter>
 #include <QStyle>
@@ -7,12 +9,6 @@
 #include <QToolTip>
 
 namespace korlan {
-
-namespace {
-
-constexpr qint64 kFrameMilliseconds = 16;
-
-} // namespace
 
 FrameLabel::FrameLabel(int lines, QWidget* parent) : QLabel(parent), lines_(lines) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
@@ -30,11 +26,11 @@ void FrameLabel::SetText(const QString& text) {
 
 void FrameLabel::Present() {
     if (text_ == painted_ && isVisible()) return;
-    const qint64 age = sincePaint_.isValid() ? sincePaint_.elapsed() : kFrameMilliseconds;
-    if (age >= kFrameMilliseconds)
+    const qint64 age = sincePaint_.isValid() ? sincePaint_.elapsed() : kDisplayFrame.count();
+    if (age >= kDisplayFrame.count())
         PresentNow();
     else if (!nextFrame_.isActive())
-        nextFrame_.start(static_cast<int>(kFrameMilliseconds - age));
+        nextFrame_.start(static_cast<int>(kDisplayFrame.count() - age));
 }
 
 void FrameLabel::PresentNow() {

@@ -1,5 +1,6 @@
 #include "platform/win32/desktop/FormView.h"
 
+#include "platform/FormHost.h"
 #include "platform/Gestures.h"
 #include "platform/win32/Wide.h"
 #include "platform/win32/desktop/Dpi.h"
@@ -18,7 +19,6 @@ namespace {
 constexpr const wchar_t* kClass = L"KlnUpdtForm";
 constexpr int kFirstIdentifier = 100; // below it are the identifiers of Enter and Escape
 constexpr UINT_PTR kFrameTimer = 1;
-constexpr std::chrono::milliseconds kFrame{16};
 
 // A text as it is shown: names and sizes come from the server and may be of any length.
 std::wstring ShownText(const std::string& utf8) {
@@ -227,10 +227,10 @@ void FormView::DpiChanged() {
 
 void FormView::Present(Child& child) {
     if (child.text == child.shown) return;
-    if (Clock::now() - child.painted >= kFrame) {
+    if (Clock::now() - child.painted >= kDisplayFrame) {
         PresentNow(child);
     } else if (!std::exchange(timerRuns_, true)) {
-        SetTimer(window_, kFrameTimer, static_cast<UINT>(kFrame.count()), nullptr);
+        SetTimer(window_, kFrameTimer, static_cast<UINT>(kDisplayFrame.count()), nullptr);
     }
 }
 
