@@ -66,7 +66,6 @@ void BuildWindow() {
     SetTempFolder();
     ApplyLanguageToForm();
     FormFill();
-    Flags.StatusSpinner = "|";
     frmUpdate.form.Show();
     frmUpdate.form.Refresh();
 }

@@ -21,8 +21,8 @@ void ControlChanged(const Control& control, Aspect aspect, std::int32_t row);
 // Handles what is waiting (gestures, paints) and returns; never waits.
 void DoEvents();
 
-// DoEvents for a loop that yields at every row or block, most of which find nothing waiting: the first call in a display
-// frame is one, the others return at once.
+// DoEvents for a loop that yields at every row or block, where most calls find nothing waiting: at most once a display
+// frame; the other calls return at once.
 void GiveWay();
 
 // Handles events until the window has gone.

@@ -50,7 +50,7 @@ struct RunFlags {
     std::int32_t NewUpdaterLoaded = 0; // a run installed KLNUPDTA.EXE
     std::int32_t DownloadFailed = 0;
     std::int16_t HelpShown = 0;
-    std::string StatusSpinner;       // "|", "/", "-" or "\"
+    std::string StatusSpinner = "|"; // "|", "/", "-" or "\"
     std::int32_t LibElementKind = 0; // 2 symbol, 3 package, 4 padstack, 0 none of them
 };
 

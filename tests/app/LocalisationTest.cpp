@@ -38,13 +38,13 @@ TEST_F(LocalisationTest, TheFormIsDressedInTextsAndFonts) {
     WriteIni("[COUNTRY]\r\n1=Deutsch,GERMAN,1\r\n");
     drive.Write("KORLAN\\COUNTRY\\GERMAN\\KLNLOCAL.TXT", "9989 = A&ktualisieren\r\n991867 = Aktualisierung\r\n");
     drive.Write("KORLAN\\COUNTRY\\GERMAN\\KLW32VFONT.EVF",
-                "[Font]\r\nName=Verdana\r\nSize=10\r\nCharSet=238\r\n[HeadFont]\r\nSize=500\r\nCharSet=-4\r\nBold=0\r\n"
+                "[Font]\r\nName=Verdana\r\nSize=6\r\nCharSet=238\r\n[HeadFont]\r\nSize=37\r\nCharSet=-4\r\nBold=0\r\n"
                 "[ControlFont]\r\nName=  \r\nSize=big\r\nBold=1\r\n");
     Desktop().charset = 204;
     LoadLocalisation();
     EXPECT_EQ(frmUpdate.cmdUpdate.Caption(), "A&ktualisieren");
     EXPECT_EQ(frmUpdate.form.Caption(), " Aktualisierung");
-    EXPECT_EQ(frmUpdate.lblMsgline.Font(), (FontSpec{"Verdana", 10, 238, false}));
+    EXPECT_EQ(frmUpdate.lblMsgline.Font(), (FontSpec{"Verdana", 6, 238, false}));
     EXPECT_EQ(frmUpdate.lblMainHead.Font(), (FontSpec{"Arial", 14, 0, false}));
     EXPECT_EQ(frmUpdate.cmdCancel.Font(), (FontSpec{"MS Sans Serif", 9, 204, true}));
 

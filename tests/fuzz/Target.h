@@ -30,7 +30,6 @@ inline void StartFresh() {
     ResetDesktop();
     ResetProcess();
     Process().programPath = "C:\\KORLAN\\KlnUpdt.EXE";
-    Flags.StatusSpinner = "|";
     Settings.IniFilePath = "C:\\KORLAN\\SYS\\TESSARY.INI";
     Settings.TempFolder = "C:\\KORLAN\\Temp";
     for (std::string* folder : {&Settings.JobDir, &Settings.LibDir, &Settings.SysDir, &Settings.KDScml,
