@@ -111,6 +111,7 @@ TEST_F(UpdateRunTest, AFailedTransferStopsBeforeTheInstallPassAndRetryResumesThe
     EXPECT_EQ(UpdateFilesFromWeb(), 0);
     EXPECT_EQ(Flags.DownloadFailed, 0);
     EXPECT_EQ(Asked("A.DLL"), 3u); // not fetched again
+    EXPECT_EQ(Flags.NewUpdaterLoaded, 0);
     for (const char* name : {"KORLAN/A.DLL", "KORLAN/B.DLL", "KORLAN/C.DLL"}) EXPECT_TRUE(drive.Exists(name)) << name;
 }
 
