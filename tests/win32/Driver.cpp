@@ -13,8 +13,7 @@
 
 namespace {
 
-DWORD program = 0;
-HANDLE programHandle = nullptr;
+HANDLE program = nullptr;
 bool retried = false;
 std::string shown; // all texts of the window as they were last
 
@@ -46,7 +45,7 @@ BOOL CALLBACK LookAtChild(HWND child, LPARAM search) {
 BOOL CALLBACK LookAtWindow(HWND window, LPARAM search) {
     DWORD owner = 0;
     GetWindowThreadProcessId(window, &owner);
-    if (owner == program && IsWindowVisible(window)) EnumChildWindows(window, LookAtChild, search);
+    if (owner == GetProcessId(program) && IsWindowVisible(window)) EnumChildWindows(window, LookAtChild, search);
     return TRUE;
 }
 
@@ -65,7 +64,7 @@ HWND WaitFor(const std::wstring& caption) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     std::printf("never came: %ls; shown: %s\n", caption.c_str(), shown.c_str());
-    TerminateProcess(programHandle, 1);
+    TerminateProcess(program, 1);
     std::exit(1);
 }
 
@@ -87,8 +86,7 @@ int main(int argc, char** argv) {
     PROCESS_INFORMATION process{};
     const auto begun = std::chrono::steady_clock::now();
     if (!CreateProcessA(nullptr, argv[2], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process)) return 2;
-    program = process.dwProcessId;
-    programHandle = process.hProcess;
+    program = process.hProcess;
     if (std::string(argv[1]) == "update") {
         WaitFor(L"Cancel");
         const auto passed = std::chrono::steady_clock::now() - begun;
@@ -100,7 +98,7 @@ int main(int argc, char** argv) {
         WaitFor(L"No updates found");
     }
     Press(L"Finish");
-    const bool ended = WaitForSingleObject(process.hProcess, 30'000) == WAIT_OBJECT_0;
+    const bool ended = WaitForSingleObject(program, 30'000) == WAIT_OBJECT_0;
     std::printf("%s; last shown: %s\n", ended ? "ended" : "did not end", shown.c_str());
     return ended ? 0 : 1;
 }
