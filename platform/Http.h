@@ -45,7 +45,8 @@ public:
 // `agent` is the User-Agent text. Never blocks. Null when the host gives no session.
 std::unique_ptr<HttpSession> OpenHttpSession(const std::string& agent, WaitSlice wait);
 
-// One GET whose body is never read: it ends, connection included, when the headers of the final answer are in.
+// One GET whose body is never read: it ends when the headers of the final answer are in, and so does its connection,
+// unless the body has come whole with them.
 class TransferControl {
 public:
     explicit TransferControl(const std::string& agent);

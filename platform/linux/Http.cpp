@@ -1,4 +1,5 @@
-// platform/Http.h on libcurl's multi interface: one CURLM a session, turned by the caller's own reads.
+// platform/Http.h on libcurl's multi interface, turned by the caller's own reads. All sessions share one CURLM, and with
+// it the connections: that of an answer which has come whole serves the next request.
 #include "platform/Http.h"
 
 #include "platform/AsciiText.h"
@@ -72,13 +73,18 @@ struct MultiCleanup {
     void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
 };
 
+CURLM* Multi() {
+    StartLibrary();
+    static const std::unique_ptr<CURLM, MultiCleanup> multi(curl_multi_init());
+    return multi.get();
+}
+
 class Transfer;
 
 // What a session and its transfers share, so that either may be closed first.
 struct Network {
     std::string agent;
     WaitSlice wait;
-    std::unique_ptr<CURLM, MultiCleanup> multi;
     std::set<Transfer*> transfers;
     bool closed = false;
 };
@@ -86,9 +92,7 @@ struct Network {
 // One GET.
 class Transfer {
 public:
-    enum class Want { Body, HeadersOnly };
-
-    Transfer(std::shared_ptr<Network> network, Want want) : network_(std::move(network)), want_(want) {}
+    explicit Transfer(std::shared_ptr<Network> network) : network_(std::move(network)) {}
     ~Transfer() { Stop(); }
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
@@ -122,7 +126,6 @@ private:
     void Log() const;
 
     std::shared_ptr<Network> network_;
-    Want want_;
     CURL* easy_ = nullptr;
     std::string headers_; // of the answer that is coming in
     std::vector<char> body_;
@@ -169,7 +172,7 @@ bool Transfer::Start(const std::string& url) {
     RestartClock();
     watched_ = lastByte_;
     network_->transfers.insert(this);
-    finished_ = curl_multi_add_handle(network_->multi.get(), easy_) != CURLM_OK;
+    finished_ = curl_multi_add_handle(Multi(), easy_) != CURLM_OK;
     return !finished_;
 }
 
@@ -177,7 +180,7 @@ void Transfer::Stop() {
     if (!easy_) return;
     Log();
     network_->transfers.erase(this);
-    curl_multi_remove_handle(network_->multi.get(), easy_);
+    curl_multi_remove_handle(Multi(), easy_);
     curl_easy_cleanup(easy_);
     easy_ = nullptr;
     finished_ = true;
@@ -195,7 +198,7 @@ void Transfer::Turn() {
     if (finished_) return;
     SkipUnwatchedTime();
     int running = 0;
-    const bool well = curl_multi_perform(network_->multi.get(), &running) == CURLM_OK;
+    const bool well = curl_multi_perform(Multi(), &running) == CURLM_OK;
     CollectFinished();
     watched_ = SteadyClock::now();
     if (finished_) return;
@@ -213,7 +216,7 @@ void Transfer::SkipUnwatchedTime() {
 
 void Transfer::CollectFinished() {
     int left = 0;
-    while (const CURLMsg* message = curl_multi_info_read(network_->multi.get(), &left)) {
+    while (const CURLMsg* message = curl_multi_info_read(Multi(), &left)) {
         if (message->msg != CURLMSG_DONE) continue;
         void* transfer = nullptr;
         curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
@@ -225,7 +228,7 @@ void Transfer::CollectFinished() {
 }
 
 bool Transfer::Wait() {
-    curl_multi_poll(network_->multi.get(), nullptr, 0U, static_cast<int>(kHttpSlice.count()), nullptr);
+    curl_multi_poll(Multi(), nullptr, 0U, static_cast<int>(kHttpSlice.count()), nullptr);
     watched_ = SteadyClock::now();
     if (network_->wait && !network_->wait()) return false;
     return !network_->closed;
@@ -276,7 +279,7 @@ bool Transfer::AddHeaderLine(std::string_view line) {
     if (!headersComplete_) return true;
     const long status = Status();
     answered_ = status >= 200 && RedirectLocation(status, headers_).empty();
-    return !answered_ || want_ == Want::Body;
+    return true;
 }
 
 std::size_t Transfer::BodyBytes(char* data, std::size_t size, std::size_t count, void* self) {
@@ -294,17 +297,15 @@ std::size_t Transfer::BodyBytes(char* data, std::size_t size, std::size_t count,
 }
 
 std::shared_ptr<Network> NewNetwork(const std::string& agent, WaitSlice wait) {
-    StartLibrary();
     auto network = std::make_shared<Network>();
     network->agent = agent;
     network->wait = std::move(wait);
-    network->multi.reset(curl_multi_init());
     return network;
 }
 
 class CurlBody : public HttpBody {
 public:
-    explicit CurlBody(std::shared_ptr<Network> network) : transfer_(std::move(network), Transfer::Want::Body) {}
+    explicit CurlBody(std::shared_ptr<Network> network) : transfer_(std::move(network)) {}
 
     bool Open(const std::string& url) {
         if (!transfer_.Start(url)) return false;
@@ -334,7 +335,6 @@ public:
     ~CurlSession() override {
         network_->closed = true;
         while (!network_->transfers.empty()) (*network_->transfers.begin())->Stop();
-        network_->multi.reset();
     }
     CurlSession(const CurlSession&) = delete;
     CurlSession& operator=(const CurlSession&) = delete;
@@ -352,9 +352,8 @@ private:
 } // namespace
 
 std::unique_ptr<HttpSession> OpenHttpSession(const std::string& agent, WaitSlice wait) {
-    auto network = NewNetwork(agent, std::move(wait));
-    if (!network->multi) return nullptr;
-    return std::make_unique<CurlSession>(std::move(network));
+    if (!Multi()) return nullptr;
+    return std::make_unique<CurlSession>(NewNetwork(agent, std::move(wait)));
 }
 
 struct TransferControl::Impl {
@@ -375,19 +374,21 @@ void TransferControl::SetUrl(const std::string& url) {
 
 void TransferControl::ExecuteGet() {
     impl_->transfer.reset();
-    if (!impl_->network->multi) return;
-    impl_->transfer = std::make_unique<Transfer>(impl_->network, Transfer::Want::HeadersOnly);
+    if (!Multi()) return;
+    impl_->transfer = std::make_unique<Transfer>(impl_->network);
     impl_->transfer->Start(impl_->url);
 }
 
 bool TransferControl::StillExecuting() {
     if (!impl_->transfer || impl_->transfer->Finished()) return false;
-    impl_->transfer->Turn();
-    if (!impl_->transfer->Finished()) {
-        impl_->transfer->Wait();
+    const auto underWay = [this] {
         impl_->transfer->Turn();
+        return !impl_->transfer->Finished() && !impl_->transfer->Answered();
+    };
+    if (underWay()) {
+        impl_->transfer->Wait();
+        if (underWay()) return true;
     }
-    if (!impl_->transfer->Finished()) return true;
     impl_->transfer->Stop();
     return false;
 }

@@ -96,14 +96,14 @@ std::uint64_t HttpServer::BytesSent(const std::string& target) const {
     return found == bytesSent_.end() ? 0 : found->second;
 }
 
-int HttpServer::MostConnectionsAtOnce() const {
+std::size_t HttpServer::Connections() const {
     const std::lock_guard lock(mutex_);
-    return mostAtOnce_;
+    return connections_.size();
 }
 
-bool HttpServer::AllConnectionsClosed() const {
+bool HttpServer::AllAnswersEnded() const {
     std::unique_lock lock(mutex_);
-    return closed_.wait_for(lock, std::chrono::seconds(10), [this] { return open_ == 0; });
+    return ended_.wait_for(lock, std::chrono::seconds(10), [this] { return underWay_ == 0; });
 }
 
 // Waits for one of the events; false when the server ends.
@@ -121,28 +121,29 @@ void HttpServer::AcceptLoop() {
         const int on = 1;
         setsockopt(Handle(socket), IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&on), sizeof on);
         const std::lock_guard lock(mutex_);
-        mostAtOnce_ = std::max(mostAtOnce_, ++open_);
         connections_.emplace_back([this, socket] { Serve(socket); });
     }
 }
 
 void HttpServer::Serve(int socket) {
     std::string head;
-    while (ReadHead(socket, head)) {
+    bool goesOn = true;
+    while (goesOn && ReadHead(socket, head)) {
         const std::size_t from = head.find(' ') + 1;
         const std::string target = head.substr(from, head.find(' ', from) - from);
         HttpAnswer answer{.status = 404, .reason = "Not Found", .body = "no such page"};
         {
             const std::lock_guard lock(mutex_);
+            ++underWay_;
             requests_.push_back({target, head});
             if (const auto found = answers_.find(target); found != answers_.end()) answer = found->second;
         }
-        if (!SendAnswer(socket, target, answer)) break;
+        goesOn = SendAnswer(socket, target, answer);
+        const std::lock_guard lock(mutex_);
+        --underWay_;
+        ended_.notify_all();
     }
     CloseSocket(socket);
-    const std::lock_guard lock(mutex_);
-    --open_;
-    closed_.notify_all();
 }
 
 bool HttpServer::ReadHead(int socket, std::string& head) const {

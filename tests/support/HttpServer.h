@@ -53,9 +53,9 @@ public:
     std::vector<HttpRequest> Requests() const;
     std::vector<std::string> Targets() const;
     std::uint64_t BytesSent(const std::string& target) const; // of bodies
-    int MostConnectionsAtOnce() const;
-    // Waits until every client has hung up; false when one has not after ten seconds.
-    bool AllConnectionsClosed() const;
+    std::size_t Connections() const; // accepted so far
+    // Waits until each answer has gone out whole or its client has hung up; false when one has not after ten seconds.
+    bool AllAnswersEnded() const;
 
 private:
     void AcceptLoop();
@@ -71,12 +71,11 @@ private:
     std::string base_; // of every address
     int stop_ = -1;    // readable once the server ends
     mutable std::mutex mutex_;
-    mutable std::condition_variable closed_;
+    mutable std::condition_variable ended_;
     std::map<std::string, HttpAnswer> answers_;
     std::map<std::string, std::uint64_t> bytesSent_;
     std::vector<HttpRequest> requests_;
-    int open_ = 0;
-    int mostAtOnce_ = 0;
+    int underWay_ = 0; // answers
     std::vector<std::thread> connections_;
     std::thread acceptor_;
 };

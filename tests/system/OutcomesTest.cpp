@@ -101,7 +101,7 @@ TEST_F(OutcomesTest, CancelDuringASearchThatHangs) {
     EXPECT_EQ(people.boxes, (std::vector{question, question}));
     EXPECT_EQ(GetSetting("Korlan", "Setup", "LiveDay", "-"), "0");
     EXPECT_EQ(GetSetting("Korlan", "Setup", "LiveUpd", "-"), "-");
-    EXPECT_TRUE(silent.AllConnectionsClosed());
+    EXPECT_TRUE(silent.AllAnswersEnded());
 }
 
 TEST_F(OutcomesTest, ClosingTheWindowStartsTheCompanionAfterARunThatBroughtANewUpdater) {

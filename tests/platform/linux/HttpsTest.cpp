@@ -94,7 +94,7 @@ TEST(Https, IsAnsweredByWhoeverItsCertificateNamesAndNeverGoesOnInThePlain) {
     for (const std::string& url : {server.Url() + "/down", plain.Url("/chain")}) EXPECT_EQ(Answered(url), "") << url;
     EXPECT_THAT(plain.Targets(), testing::Not(testing::Contains("/plain")));
     issuer.clear();
-    EXPECT_EQ(Answered(server.Url() + "/a"), "") << "an issuer that the system does not know";
+    EXPECT_EQ(Answered(TlsServer(folder, "good").Url() + "/a"), "") << "an issuer that the system does not know";
 }
 
 TEST(HttpRoutes, GoThroughTheProxyOfTheEnvironmentButForItsExceptionsAndTellNobodyItsPassword) {
