@@ -109,7 +109,8 @@ TEST_F(Desktop, ARunShowsItsRowAndHowFarItIs) {
     lvwFilesList.SetSubItem(150, 3, "Copied from web");
     lvwFilesList.SetBold(150, true);
     EXPECT_FALSE(User::SeesRow(150));
-    lvwFilesList.EnsureVisible(150);
+    for (const std::int32_t row : {9, 150}) lvwFilesList.EnsureVisible(row);
+    DoEvents();
     EXPECT_TRUE(User::SeesRow(150));
     EXPECT_TRUE(User::IsBold(150));
     EXPECT_FALSE(User::IsBold(149));

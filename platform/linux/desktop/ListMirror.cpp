@@ -12,6 +12,7 @@
 #include <QStyledItemDelegate>
 #include <QToolTip>
 #include <algorithm>
+#include <utility>
 
 namespace korlan {
 
@@ -130,7 +131,7 @@ void ListMirror::Changed(Aspect aspect, std::int32_t row) {
         PaintRow(row);
         TellReaders(row);
         break;
-    case Aspect::RowShown: scrollTo(model_.index(row - 1, 0)); break;
+    case Aspect::RowShown: ShowSoon(row); break;
     case Aspect::Cleared: model_.Reset(); break;
     case Aspect::Columns:
         model_.Reset();
@@ -138,6 +139,12 @@ void ListMirror::Changed(Aspect aspect, std::int32_t row) {
         break;
     default: viewport()->update(); break;
     }
+}
+
+// The last such row, at the next DoEvents: the view asks the screen where the pointer is each time it scrolls.
+void ListMirror::ShowSoon(std::int32_t row) {
+    const auto show = [this] { scrollTo(model_.index(std::exchange(toShow_, 0) - 1, 0)); };
+    if (std::exchange(toShow_, row) == 0) QMetaObject::invokeMethod(this, show, Qt::QueuedConnection);
 }
 
 // The view keeps nothing of a row, so it need not be told what of it is new.

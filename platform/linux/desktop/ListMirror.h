@@ -45,6 +45,7 @@ protected:
     QSize minimumSizeHint() const override;
 
 private:
+    void ShowSoon(std::int32_t row);
     void PaintRow(std::int32_t row);
     void TellReaders(std::int32_t row); // that its check mark has changed
     void ToggleChosenRows();
@@ -54,6 +55,7 @@ private:
     ListView& list_;
     ListModel model_;
     bool sharing_ = false;
+    std::int32_t toShow_ = 0; // the row that has to be in view; 0 = as it is
     bool sizedByUser_ = false;
 };
 
