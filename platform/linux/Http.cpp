@@ -1,5 +1,5 @@
-// platform/Http.h on libcurl's multi interface, turned by the caller's own reads. All sessions share one CURLM, and with
-// it the connections: that of an answer which has come whole serves the next request.
+// platform/Http.h on libcurl's multi interface, turned by the caller's own reads. All sessions share one CURLM, and
+// with it the connections: that of an answer which has come whole serves the next request.
 #include "platform/Http.h"
 
 #include "platform/AsciiText.h"

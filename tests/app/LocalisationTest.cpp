@@ -50,6 +50,7 @@ TEST_F(LocalisationTest, TheFormIsDressedInTextsAndFonts) {
 
     WriteIni(""); // and back to English without any file
     LoadLocalisation();
+    EXPECT_EQ(Language.countries.entries[1].number, 65535);
     EXPECT_EQ(frmUpdate.cmdUpdate.Caption(), "&Update");
     EXPECT_EQ(frmUpdate.lblUpdate.Font(), (FontSpec{"MS Sans Serif", 9, 204, false}));
 }

@@ -46,6 +46,9 @@ TEST_F(PartDatabaseTest, TakesADescriptorApart) {
         {"DIL14 Quad NAND|b|c|d|e|f|g|0|None|j", "DIL14|Quad NAND|0|NONE|-"},
         {"P a|b|c|d|e|f|g|||j", "P|a|0|NONE|-"},
         {"P a|b|c|d|e|f|g|0, 0|none,NONE|j", "P|a|0, 0|none,NONE|-"},
+        {"P a|b|c|d|e|f|g|0,0,0,0,0|None,None,None,None,None|j", "P|a|0|NONE|-"},
+        {"P a|b|c|d|e|f|g|0,0,0,0,0,0|None,None,None,None,None,None|j",
+         "P|a|0,0,0,0,0,0|None,None,None,None,None,None|N"},
         {"P a|b|c|d|e|f|g|M1|  \374ber|j", "P|a|M1|  über|Ü"},
     };
     for (const auto& [descriptor, row] : cases) {

@@ -53,7 +53,7 @@ public:
     std::vector<HttpRequest> Requests() const;
     std::vector<std::string> Targets() const;
     std::uint64_t BytesSent(const std::string& target) const; // of bodies
-    std::size_t Connections() const; // accepted so far
+    std::size_t Connections() const;                          // accepted so far
     // Waits until each answer has gone out whole or its client has hung up; false when one has not after ten seconds.
     bool AllAnswersEnded() const;
 

@@ -1,5 +1,9 @@
 #include "tests/system/WizardFixture.h"
 
+#include <gmock/gmock.h>
+
+#include <regex>
+
 namespace korlan {
 namespace {
 
@@ -84,6 +88,25 @@ TEST_F(WizardTest, ASecondSearchOverTheSameCatalogueFindsNothingInAnyTimeZone) {
         EXPECT_EQ(frmUpdate.lvwFilesList.Count(), 0) << zone;
     }
     EXPECT_TRUE(people.boxes.empty());
+}
+
+// A wrong number shows another text, or English, to whoever has another language.
+TEST(Texts, EachNumberStandsInTheGermanSample) {
+    const auto read = [](const fs::path& path) {
+        std::ifstream file(path);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    const std::string german = read(fs::path(KLN_SOURCE) / "sample/installation/COUNTRY/GERMAN/KLNLOCAL.TXT");
+    const std::regex numbered("\"\\s*,\\s*\"(\\d{3,6})\"");
+    std::size_t found = 0;
+    for (const char* folder : {"app", "catalogue", "transfer", "library"})
+        for (const auto& entry : fs::recursive_directory_iterator(fs::path(KLN_SOURCE) / folder)) {
+            const std::string source = entry.is_regular_file() ? read(entry.path()) : "";
+            for (std::sregex_iterator match(source.begin(), source.end(), numbered), end; match != end;
+                 ++match, ++found)
+                EXPECT_THAT(german, testing::HasSubstr("\n" + match->str(1) + " = ")) << entry.path();
+        }
+    EXPECT_GT(found, 90u);
 }
 
 } // namespace

@@ -14,7 +14,7 @@ TEST(CacheCleanUp, PurgesTheCacheAndPassesOverWhatItMayNot) {
     const test::TempDrive drive;
     const test::ScopedVariable cache("XDG_CACHE_HOME", drive.HostPathOf("cache"));
     drive.Write("cache/korlan/klnupdt/sub/a", "12345");
-    TemporaryIntenetFilesCleanUp();
+    EXPECT_EQ(TemporaryIntenetFilesCleanUp(), 0);
     EXPECT_THAT(drive.Names("cache/korlan/klnupdt"), testing::IsEmpty());
 
     drive.Write("cache/korlan/klnupdt/a", "12345");
