@@ -257,7 +257,7 @@ TEST_F(HttpTest, TheProbeBringsTheFinalHeadersAndNoBody) {
         EXPECT_EQ("104857600", control.GetHeader("content-LENGTH"));
         EXPECT_EQ("two words", control.GetHeader("X-Two"));
         EXPECT_EQ("", control.GetHeader("X-Empty") + control.GetHeader("Content"));
-        EXPECT_TRUE(server_.AllAnswersEnded()) << target;
+        EXPECT_TRUE(kOnWindows || server_.AllAnswersEnded()) << target;
     }
     if (!kOnWindows) {                                      // whose layer empties a connection that it keeps
         EXPECT_LT(server_.BytesSent("/a"), 32 * kMegabyte); // two probes: what the system's own buffers hold
@@ -272,7 +272,7 @@ TEST_F(HttpTest, TheProbeBringsTheFinalHeadersAndNoBody) {
     while (server_.Targets().back() != "/headers") EXPECT_TRUE(control.StillExecuting());
     control.Cancel();
     EXPECT_FALSE(control.StillExecuting());
-    EXPECT_TRUE(server_.AllAnswersEnded());
+    EXPECT_TRUE(kOnWindows || server_.AllAnswersEnded());
 }
 
 } // namespace
