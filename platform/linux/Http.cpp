@@ -122,7 +122,8 @@ private:
     static std::size_t BodyBytes(char* data, std::size_t size, std::size_t count, void* self);
     static int RequestStarts(void* self, char*, char*, int, int);
     bool AddHeaderLine(std::string_view line);
-    void CollectFinished();
+    static void CollectFinished();
+    bool StartsAgain(CURLcode code);
     void Log() const;
 
     std::shared_ptr<Network> network_;
@@ -221,10 +222,23 @@ void Transfer::CollectFinished() {
         void* transfer = nullptr;
         curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
         auto& ended = *static_cast<Transfer*>(transfer);
-        ended.finished_ = true;
         const CURLcode code = message->data.result;
+        if (ended.StartsAgain(code)) continue;
+        ended.finished_ = true;
         if (code != CURLE_OK && !ended.answered_) ended.failure_ = curl_easy_strerror(code);
     }
+}
+
+// What a body holds beyond its declared length stays in the connection that it came by, and is no answer to the request
+// that uses it next: that one is sent once more, by a connection of its own.
+bool Transfer::StartsAgain(CURLcode code) {
+    long connected = 0;
+    curl_easy_getinfo(easy_, CURLINFO_NUM_CONNECTS, &connected);
+    if (code != CURLE_UNSUPPORTED_PROTOCOL || answered_ || connected != 0) return false;
+    headers_.clear();
+    curl_easy_setopt(easy_, CURLOPT_FRESH_CONNECT, 1L);
+    curl_multi_remove_handle(Multi(), easy_);
+    return curl_multi_add_handle(Multi(), easy_) == CURLM_OK;
 }
 
 bool Transfer::Wait() {

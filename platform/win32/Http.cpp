@@ -123,11 +123,13 @@ bool Transfer::Publish(HINTERNET handle) {
 void Transfer::Run(std::string url) {
     constexpr DWORD kFlags = INTERNET_FLAG_RELOAD | INTERNET_FLAG_NO_CACHE_WRITE | INTERNET_FLAG_NO_AUTO_REDIRECT |
                              INTERNET_FLAG_NO_COOKIES | INTERNET_FLAG_NO_UI;
+    bool again = false;
     for (int redirects = 0; redirects <= kRedirectLimit; ++redirects) {
         if (!Publish(InternetOpenUrlA(net->Get(), url.c_str(), nullptr, 0, kFlags, 0))) break;
         const std::string text = HeadersOf(request->Get());
         const DWORD code = StatusOf(request->Get());
-        // The rest of a body longer than declared comes here as an answer without headers: the layer makes one up.
+        // The rest of a body longer than declared comes here as an answer without headers, which the layer makes up.
+        if (text.find(':') == std::string::npos && !std::exchange(again, true)) continue;
         if (text.size() > kHeaderBytes || text.find(':') == std::string::npos) break;
         const std::string target = RedirectTarget(code, text, url);
         if (target.empty()) {

@@ -109,6 +109,7 @@ TEST_F(ComparisonTest, GetFileStampTellsUtcAndItsFailures) {
     }
     tzset();
     EXPECT_EQ(GetFileStamp("C:\\KORLAN\\SYS\\NONE.DLL"), "");
+    EXPECT_EQ(test::Desktop().boxes, std::vector{(test::ShownBox{"Can't find the file", kBoxExclamation, ""})});
 }
 
 } // namespace

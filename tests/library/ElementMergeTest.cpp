@@ -103,4 +103,19 @@ TEST_F(ElementMergeTest, FailingStepsAreReported) {
     }
 }
 
+TEST_F(ElementMergeTest, EachCodeOfTheSuiteHasItsText) {
+    std::string codes, withoutName;
+    for (std::int32_t code = -1; code <= 301; ++code) {
+        Desktop().boxes.clear();
+        ShowLibError(code, "<NAND>");
+        const ShownBox unknown{"Unknown Error", kBoxCritical, kTitle}, &shown = Desktop().boxes.at(0);
+        if (shown == unknown) continue;
+        codes += std::to_string(code) + " ";
+        if (shown.text.find("<NAND>") == std::string::npos) withoutName += std::to_string(code) + " ";
+        EXPECT_EQ(shown.style, kBoxExclamation);
+    }
+    EXPECT_EQ(codes, "1 2 5 6 7 8 10 13 14 15 17 18 19 20 21 70 76 77 78 79 80 120 122 200 300 ");
+    EXPECT_EQ(withoutName, "2 8 70 76 120 122 300 ");
+}
+
 } // namespace korlan::test
