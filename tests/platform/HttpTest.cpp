@@ -151,7 +151,8 @@ TEST_F(HttpTest, FillsBlocksUntilTheBodyEnds) {
     server_.Answer("/more", {.body = Pattern(150'000), .declaredLength = "100000"});
     for (const char* longer : {"/a", "/more"}) {
         EXPECT_THAT(ReadAll(*Session()->OpenUrl(server_.Url(longer))).bytes.size(), testing::AnyOf(1500, 100'000));
-        const auto next = Session()->OpenUrl(server_.Url("/b"));
+        const auto session = Session();
+        const auto next = session->OpenUrl(server_.Url("/b"));
         ASSERT_TRUE(next) << "what is more than declared is nobody's answer";
         EXPECT_EQ("good", ReadAll(*next).bytes);
     }
