@@ -74,8 +74,7 @@ void FetchArchive(FileRecord& record, const std::string& url, std::int32_t size,
     const std::string archive = Replace(record.FileZipName, "/", "\\");
     CreateFoldersBelow(Settings.TempFolder, Left(archive, std::max<std::int64_t>(InStrRev(archive, "\\") - 1, 0)));
     std::int32_t done = 0;
-    std::string label = record.FileName;
-    DownloadFile(url, record.TempZipFile(), done, size, label, showStatus);
+    DownloadFile(url, record.TempZipFile(), done, size, record.FileName, showStatus);
     if (done == 0 && Flags.CancelRequested == 0) Flags.DownloadFailed = 1; // it never began, or could not be written
     if (Flags.DownloadFailed != 1 && done != 0) record.TransferState = 1;
 }

@@ -60,22 +60,18 @@ KLN_LATE(curl_multi_cleanup);
 
 constexpr long kReceiveBytes = 64L * 1024; // one receive of the socket
 
-void StartLibrary() {
-    [[maybe_unused]] static const bool started = [] {
-        // A server that hangs up while TLS says goodbye must not end the program.
-        struct sigaction current {};
-        if (sigaction(SIGPIPE, nullptr, &current) == 0 && current.sa_handler == SIG_DFL) std::signal(SIGPIPE, SIG_IGN);
-        return curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
-    }();
-}
-
 struct MultiCleanup {
     void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
 };
 
-CURLM* Multi() {
-    StartLibrary();
-    static const std::unique_ptr<CURLM, MultiCleanup> multi(curl_multi_init());
+CURLM* Multi() { // null when the library does not start
+    static const auto multi = [] {
+        // A server that hangs up while TLS says goodbye must not end the program.
+        struct sigaction current {};
+        if (sigaction(SIGPIPE, nullptr, &current) == 0 && current.sa_handler == SIG_DFL) std::signal(SIGPIPE, SIG_IGN);
+        curl_global_init(CURL_GLOBAL_DEFAULT);
+        return std::unique_ptr<CURLM, MultiCleanup>(curl_multi_init());
+    }();
     return multi.get();
 }
 
@@ -99,7 +95,7 @@ public:
 
     bool Start(const std::string& url);
     void Stop();
-    // Moves every transfer of the session on, then looks at this one's time limit.
+    // Moves every transfer on, then looks at this one's time limit.
     void Turn();
     // Leaves out of the time limits what has passed while nobody waited: a handler may have asked the user a question.
     void SkipUnwatchedTime();
@@ -310,13 +306,6 @@ std::size_t Transfer::BodyBytes(char* data, std::size_t size, std::size_t count,
     return size * count;
 }
 
-std::shared_ptr<Network> NewNetwork(const std::string& agent, WaitSlice wait) {
-    auto network = std::make_shared<Network>();
-    network->agent = agent;
-    network->wait = std::move(wait);
-    return network;
-}
-
 class CurlBody : public HttpBody {
 public:
     explicit CurlBody(std::shared_ptr<Network> network) : transfer_(std::move(network)) {}
@@ -367,7 +356,7 @@ private:
 
 std::unique_ptr<HttpSession> OpenHttpSession(const std::string& agent, WaitSlice wait) {
     if (!Multi()) return nullptr;
-    return std::make_unique<CurlSession>(NewNetwork(agent, std::move(wait)));
+    return std::make_unique<CurlSession>(std::make_shared<Network>(Network{agent, std::move(wait), {}}));
 }
 
 struct TransferControl::Impl {
@@ -377,7 +366,7 @@ struct TransferControl::Impl {
 };
 
 TransferControl::TransferControl(const std::string& agent) : impl_(std::make_unique<Impl>()) {
-    impl_->network = NewNetwork(agent, {});
+    impl_->network = std::make_shared<Network>(Network{agent, {}, {}});
 }
 
 TransferControl::~TransferControl() = default;

@@ -39,10 +39,9 @@ protected:
     Outcome Download(const std::string& url, std::int32_t size, const std::string& saveAs = "C:\\a.zip",
                      std::int32_t showStatus = 0) {
         Outcome outcome = kLeftAlone;
-        std::string label = "PARTS.ZIP";
         lines_.clear();
         Flags.DownloadFailed = outcome.second;
-        DownloadFile(url, saveAs, outcome.first, size, label, showStatus);
+        DownloadFile(url, saveAs, outcome.first, size, "PARTS.ZIP", showStatus);
         outcome.second = Flags.DownloadFailed;
         return outcome;
     }
