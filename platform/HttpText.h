@@ -18,7 +18,7 @@ std::string_view HeaderValue(std::string_view headers, std::string_view name);
 // Where an answer leads on; "" when it is no redirect.
 std::string_view RedirectLocation(long status, std::string_view headers);
 
-inline constexpr std::chrono::milliseconds kHttpSlice{50}; // of any wait
+inline constexpr std::chrono::milliseconds kHttpSlice{25}; // of any wait
 inline constexpr int kRedirectLimit = 20;
 inline constexpr std::size_t kKeptBytes = 256UL * 1024;   // an unread body waits from here on
 inline constexpr std::size_t kHeaderBytes = 256UL * 1024; // more header text than this is no honest answer
