@@ -12,7 +12,6 @@
 #include <QStyledItemDelegate>
 #include <QToolTip>
 #include <algorithm>
-#include <utility>
 
 namespace korlan {
 
@@ -102,6 +101,8 @@ void ListModel::Reset() {
 
 ListMirror::ListMirror(ListView& list, QWidget* parent) : QTreeView(parent), list_(list), model_(list) {
     setModel(&model_);
+    show_.setSingleShot(true);
+    connect(&show_, &QTimer::timeout, this, [this] { scrollTo(model_.index(toShow_ - 1, 0)); });
     setItemDelegate(new RowDelegate(this));
     OutlineIndicators(*this);
     setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -131,7 +132,11 @@ void ListMirror::Changed(Aspect aspect, std::int32_t row) {
         PaintRow(row);
         TellReaders(row);
         break;
-    case Aspect::RowShown: ShowSoon(row); break;
+    case Aspect::RowShown: // the last one, at the next DoEvents: each time it scrolls, a view asks the screen for the
+                           // pointer
+        toShow_ = row;
+        show_.start();
+        break;
     case Aspect::Cleared: model_.Reset(); break;
     case Aspect::Columns:
         model_.Reset();
@@ -139,12 +144,6 @@ void ListMirror::Changed(Aspect aspect, std::int32_t row) {
         break;
     default: viewport()->update(); break;
     }
-}
-
-// The last such row, at the next DoEvents: the view asks the screen where the pointer is each time it scrolls.
-void ListMirror::ShowSoon(std::int32_t row) {
-    const auto show = [this] { scrollTo(model_.index(std::exchange(toShow_, 0) - 1, 0)); };
-    if (std::exchange(toShow_, row) == 0) QMetaObject::invokeMethod(this, show, Qt::QueuedConnection);
 }
 
 // The view keeps nothing of a row, so it need not be told what of it is new.

@@ -6,6 +6,7 @@
 #include "platform/Controls.h"
 
 #include <QAbstractTableModel>
+#include <QTimer>
 #include <QTreeView>
 
 namespace korlan {
@@ -45,7 +46,6 @@ protected:
     QSize minimumSizeHint() const override;
 
 private:
-    void ShowSoon(std::int32_t row);
     void PaintRow(std::int32_t row);
     void TellReaders(std::int32_t row); // that its check mark has changed
     void ToggleChosenRows();
@@ -55,7 +55,8 @@ private:
     ListView& list_;
     ListModel model_;
     bool sharing_ = false;
-    std::int32_t toShow_ = 0; // the row that has to be in view; 0 = as it is
+    QTimer show_; // brings toShow_ into view
+    std::int32_t toShow_ = 0;
     bool sizedByUser_ = false;
 };
 
