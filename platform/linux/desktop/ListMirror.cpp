@@ -132,8 +132,7 @@ void ListMirror::Changed(Aspect aspect, std::int32_t row) {
         PaintRow(row);
         TellReaders(row);
         break;
-    case Aspect::RowShown: // the last one, at the next DoEvents: each time it scrolls, a view asks the screen for the
-                           // pointer
+    case Aspect::RowShown: // at the next DoEvents: each time it scrolls, a view asks the screen for the pointer
         toShow_ = row;
         show_.start();
         break;
