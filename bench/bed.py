@@ -1,4 +1,5 @@
 """What a run needs: an installation of the wizard, the update server's files, and the server."""
+import os
 import random
 import shutil
 import socket
@@ -72,12 +73,15 @@ class Case:
         return f"http://127.0.0.1:{self.bed.port}/files/{self.files.name}/{file}"
 
     def renew(self, folder=None):
-        """As before any run, but for what is installed elsewhere than in that folder."""
+        """As before any run, but for what is installed elsewhere than in that folder. Nobody pays for another's writes,
+        or for memory that the host of a virtual machine takes back where it is not in use and gives again slowly."""
         put(self.program / "SYS" / "TESSARY.INI", SETTINGS.format(url=self.url("")[:-1]).encode())
         for name in filter(None, ("Temp", folder)):
             if (self.program / name).exists():  # kept aside: a file system takes long to use again what has just gone
                 (self.program / name).rename(tempfile.mkdtemp(dir=self.program))
             (self.program / name).mkdir()
+        os.sync()
+        b"\1" * 1_000_000_000  # each page is touched, then free
 
     def start(self, screen, **more):
         return Program(self.program / "KlnUpdt.EXE", screen, {**self.bed.environment, **more})
