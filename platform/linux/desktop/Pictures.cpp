@@ -73,6 +73,8 @@ class DrawnIcon : public QIconEngine {
 public:
     explicit DrawnIcon(std::int32_t image) : image_(image) {}
     QIconEngine* clone() const override { return new DrawnIcon(image_); }
+    // As a window manager shows them: without these it is sent, and draws, one of 128 x 128, before the window is seen.
+    QList<QSize> availableSizes(QIcon::Mode, QIcon::State) override { return {{16, 16}, {32, 32}, {64, 64}}; }
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
         const int side = qMin(rect.width(), rect.height());
