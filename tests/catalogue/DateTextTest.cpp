@@ -32,7 +32,7 @@ TEST(CompareDates, RaisesOnWhatIsNoDate) {
         {"x", kErrInvalidCall},        {"5-3-99999999999,9:7:00", kErrOverflow},
         {"5-3,9:7:00", kErrSubscript}, {"5-3-2004 9:7:00", kErrSubscript},
         {"5-3-2004,9", kErrSubscript}, {"<html><body>", kErrSubscript},
-        {"éé", kErrInvalidCall}, // characters count, not bytes
+        {"éé", kErrInvalidCall},       {"1-2", kErrSubscript}, // three characters count, not bytes
     };
     std::int32_t result = 0;
     for (const auto& [date, error] : cases) {

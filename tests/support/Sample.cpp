@@ -43,6 +43,11 @@ bool Answers(int port) {
     return close(client), refused == 0;
 }
 
+std::string Read(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 int Shell(const std::string& command) {
     return std::system(command.c_str());
 }
@@ -82,8 +87,11 @@ Sample::~Sample() {
 }
 
 std::string Sample::Ini() const {
-    std::ifstream file(Program() / "SYS" / "TESSARY.INI", std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return Read(Program() / "SYS" / "TESSARY.INI");
+}
+
+bool Sample::Logged(const std::string& text) const {
+    return Read(out_ / "state" / "korlan" / "klnupdt.log").find(text) != std::string::npos;
 }
 
 int Sample::Compare(const std::string& command) const {

@@ -23,6 +23,7 @@ public:
     std::filesystem::path Served() const { return out_ / "www" / "files"; }       // what the server holds
     std::filesystem::path Out() const { return out_; }
     std::string Ini() const;
+    bool Logged(const std::string& text) const; // by the last start
     void StopServer();
     // What `sample/compare.py report` says: 0 when every promise of the catalogue is kept.
     int Compare(const std::string& command) const;

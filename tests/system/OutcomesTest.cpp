@@ -30,6 +30,7 @@ TEST_F(OutcomesTest, SecondInstance) {
     EXPECT_THROW(Form_Load(), ProcessEnded);
     EXPECT_FALSE(ShownToAnybody());
     EXPECT_EQ(sample.Ini(), before);
+    EXPECT_TRUE(sample.Logged("another copy is running"));
 }
 
 TEST_F(OutcomesTest, SuiteRunning) {
@@ -40,7 +41,7 @@ TEST_F(OutcomesTest, SuiteRunning) {
     Prepare();
     EXPECT_THROW(Form_Load(), ProcessEnded);
     EXPECT_EQ(people.boxes, std::vector<std::string>{"Close Korlan before running Live Update"});
-    EXPECT_EQ(frmUpdate.lvwFilesList.Count(), 0);
+    EXPECT_TRUE(sample.Logged("the suite is running") && sample.Logged("ends: at its start"));
 }
 
 TEST_F(OutcomesTest, SelfUpdate) {
@@ -50,6 +51,7 @@ TEST_F(OutcomesTest, SelfUpdate) {
     const std::vector<StartedProgram> expected{{"C:\\KORLAN\\KLNUPSLF.EXE", WindowStyle::NormalFocus}};
     EXPECT_EQ(Process().started, expected);
     EXPECT_TRUE(people.boxes.empty());
+    EXPECT_TRUE(sample.Logged("the server's of 1-1-2200,0:0:0") && sample.Logged("error 9999 in Form_Load"));
 }
 
 TEST_F(OutcomesTest, NoUpdatesOffersTheReminderAndFinishStoresIt) {
@@ -58,6 +60,7 @@ TEST_F(OutcomesTest, NoUpdatesOffersTheReminderAndFinishStoresIt) {
     Start();
     EXPECT_EQ(frmUpdate.lblUpdate.Caption(), "No updates found");
     EXPECT_EQ(frmUpdate.WizardState, 1);
+    EXPECT_TRUE(sample.Logged("catalogue: 0 packs besides the 3 recorded") && sample.Logged("shown: no updates found"));
     EXPECT_FALSE(Find<QPushButton>("cmdUpdate")->isVisible());
     auto* third = Find<QRadioButton>("Option4");
     ASSERT_TRUE(third->isVisible());
@@ -78,6 +81,7 @@ TEST_F(OutcomesTest, ConnectionError) {
     EXPECT_TRUE(Find<QRadioButton>("Option2")->isChecked());
     EXPECT_TRUE(Ends("cmdCancel"));
     EXPECT_EQ(GetSetting("Korlan", "Setup", "NoUpdt", "-"), "0");
+    EXPECT_TRUE(sample.Logged("shown: connection error") && sample.Logged("Update.mdb: status 0, 0 bytes"));
 }
 
 // The server takes the question and never answers. No goes on waiting; Yes ends the process from within the wait.
@@ -102,6 +106,7 @@ TEST_F(OutcomesTest, CancelDuringASearchThatHangs) {
     EXPECT_EQ(GetSetting("Korlan", "Setup", "LiveDay", "-"), "0");
     EXPECT_EQ(GetSetting("Korlan", "Setup", "LiveUpd", "-"), "-");
     EXPECT_TRUE(silent.AllAnswersEnded());
+    EXPECT_TRUE(sample.Logged("ends: cancelled at work"));
 }
 
 TEST_F(OutcomesTest, ClosingTheWindowStartsTheCompanionAfterARunThatBroughtANewUpdater) {
@@ -119,6 +124,7 @@ TEST_F(OutcomesTest, ClosingTheListStartsNothing) {
     Start();
     EXPECT_THROW(CloseByTitleBar(), ProcessEnded);
     EXPECT_TRUE(Process().started.empty());
+    EXPECT_TRUE(sample.Logged("ends: the window was closed"));
 }
 
 TEST_F(OutcomesTest, GermanWindow) {

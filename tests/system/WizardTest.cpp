@@ -48,6 +48,12 @@ TEST_F(WizardTest, FromTheSearchToAnUpdatedInstallation) {
     EXPECT_FALSE(Find<QAbstractItemView>("lvwFilesList")->isVisible());
     EXPECT_TRUE(Ends("cmdCancel"));
     EXPECT_EQ(sample.Compare("report"), 0);
+    for (const char* line :
+         {"program C:\\KORLAN\\KlnUpdt.EXE", "TESSARY.INI: server http", "pack SP3.mdb: 12 files",
+          "marked C:\\KORLAN\\TESSARY.EXE: here ", "shown: a list of ", "update of ", "KLWUPDTDOTTDLL.zip: status 404",
+          "box: File Not Found : ", "shown: LiveUpdate Failed", "retry", "installed C:\\KORLAN\\TESSARY.EXE",
+          "index: ", "shown: Live Update completed", "ends: by the button Finish"})
+        EXPECT_TRUE(sample.Logged(line)) << line;
 
     Start(); // every pack is recorded: nothing is fetched
     EXPECT_EQ(frmUpdate.lblUpdate.Caption(), "No updates found");

@@ -82,6 +82,10 @@ TEST_F(HttpTransferTest, FailuresBeforeTheFirstBlockLeaveEverythingAlone) {
     for (const char* saveAs : {"", "C:\\NOWHERE\\a.zip", "C:\\"})
         EXPECT_EQ(kLeftAlone, Download(server_.Url("/a"), 3, saveAs)) << saveAs;
     EXPECT_EQ("old", drive_.Read("a.zip"));
+
+    std::filesystem::create_hard_link(drive_.HostPathOf("a.zip"), drive_.HostPathOf("linked.zip"));
+    EXPECT_EQ(kGood, Download(server_.Url("/a"), 3));
+    EXPECT_EQ("new old", drive_.Read("a.zip") + " " + drive_.Read("linked.zip")) << "not written through";
 }
 
 TEST_F(HttpTransferTest, ShowsTheProgressOfEveryBlock) {
