@@ -16,6 +16,7 @@ constexpr int kSearches = 500, kRuns = 50;
 #endif
 constexpr int kFirst = 10;
 constexpr std::size_t kNoise = 1024; // bytes a round: what caches of the toolkit take and give for some hundred rounds
+constexpr std::ptrdiff_t kConnections = 3; // the three requests of a file: as many as happen to be idle are kept
 
 struct Held {
     std::size_t heap = mallinfo2().uordblks + mallinfo2().hblkhd;
@@ -42,7 +43,7 @@ protected:
         }
         const Held last;
         EXPECT_LE(last.heap, first.heap + kNoise * static_cast<std::size_t>(rounds));
-        EXPECT_LE(last.files, first.files);
+        EXPECT_LE(last.files, first.files + kConnections);
         EXPECT_LE(last.threads, first.threads);
         EXPECT_EQ(last.children, first.children);
         std::cout << rounds << " rounds, the heap has grown by " << static_cast<long>(last.heap - first.heap)
