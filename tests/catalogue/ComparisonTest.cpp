@@ -94,10 +94,11 @@ TEST_F(ComparisonTest, AnErrorEndsThePassAndLeavesThePacksUnmarked) {
 TEST_F(ComparisonTest, ARefusedRecordCostsNoOther) {
     for (const char* name : {"..\\B.DLL", "C:B.DLL", "SUB\\B.DLL"}) Add(name, "\\SYS", "1-1-2004,0:0:0", "b.zip");
     Add("B.DLL", "\\SYS", "1-1-2004,0:0:0", "..\\b.zip");
+    Add("", "\\SYS", "1-1-2004,0:0:0", "none.zip"); // is never there
     Add("LAST.DLL", "\\SYS", "1-1-2004,0:0:0");
-    Tables.FileArraySP.Append({}).Files.Append({5, 0});
+    Tables.FileArraySP.Append({}).Files.Append({6, 0});
     CompareUpdatableFiles();
-    EXPECT_EQ(Marks(), "00001");
+    EXPECT_EQ(Marks(), "000011");
     EXPECT_EQ(Tables.FileArraySP[1].Files[1].UpdateFlag, 1);
 }
 

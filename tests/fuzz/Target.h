@@ -52,9 +52,9 @@ inline void Require(bool holds, const std::string& what) {
     std::abort();
 }
 
-// Whether the path leads to something in the installation.
+// Whether the path leads to the installation's folder or to something in it.
 inline bool IsInside(const std::string& windowsPath) {
-    return HostPath(windowsPath).starts_with(Drive().HostPathOf("KORLAN") + "/");
+    return (HostPath(windowsPath) + "/").starts_with(Drive().HostPathOf("KORLAN") + "/");
 }
 
 inline std::string_view Bytes(const std::uint8_t* data, std::size_t size) {
