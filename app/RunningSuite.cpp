@@ -13,7 +13,7 @@ void FindKorlanRunning(bool& found) {
     for (WindowHandle h = window.GetChildWindow(window.DesktopWindow()); h != 0; h = window.NextWindow(h)) {
         window.Handle = h;
         const std::string title = Trim(window.GetText());
-        if (title.empty() || title == frmUpdate.form.Caption() || !Contains(title, Settings.SysName + ":")) continue;
+        if (title == frmUpdate.form.Caption() || !Contains(title, Settings.SysName + ":")) continue;
         window.Flash();
         window.BringToTop();
         found = true;

@@ -72,7 +72,7 @@ bool ArchiveIsCurrent(const FileRecord& record) {
 
 void FetchArchive(FileRecord& record, const std::string& url, std::int32_t size, std::int32_t showStatus) {
     const std::string archive = Replace(record.FileZipName, "/", "\\");
-    CreateFoldersBelow(Settings.TempFolder, Left(archive, std::max<std::int64_t>(InStrRev(archive, "\\") - 1, 0)));
+    CreateFoldersBelow(Settings.TempFolder, Left(archive, InStrRev(archive, "\\")));
     std::int32_t done = 0;
     DownloadFile(url, record.TempZipFile(), done, size, record.FileName, showStatus);
     if (done == 0 && Flags.CancelRequested == 0) Flags.DownloadFailed = 1; // it never began, or could not be written

@@ -25,6 +25,7 @@ TEST_F(LocalisationTest, TheCountryTableChoosesTheLanguageFolder) {
         {"Number=2" + both, "EN"},                              // no "Default"
         {"Number=2\r\nDefault=2\r\n1=English,EN,1", "English"}, // entry 2 is missing
         {"Number=1\r\nDefault=1\r\n1=Deutsch", "English"},      // without a folder
+        {"Number=12\r\nDefault=12,7\r\n12=Deutsch", "English"},
         {"Number=2000000000\r\nDefault=2,7\r\n2=Deutsch,GERMAN,1031", "GERMAN"},
     };
     for (const auto& [section, folder] : rows) {
@@ -38,14 +39,14 @@ TEST_F(LocalisationTest, TheFormIsDressedInTextsAndFonts) {
     WriteIni("[COUNTRY]\r\n1=Deutsch,GERMAN,1\r\n");
     drive.Write("KORLAN\\COUNTRY\\GERMAN\\KLNLOCAL.TXT", "9989 = A&ktualisieren\r\n991867 = Aktualisierung\r\n");
     drive.Write("KORLAN\\COUNTRY\\GERMAN\\KLW32VFONT.EVF",
-                "[Font]\r\nName=Verdana\r\nSize=6\r\nCharSet=238\r\n[HeadFont]\r\nSize=37\r\nCharSet=-4\r\nBold=0\r\n"
-                "[ControlFont]\r\nName=  \r\nSize=big\r\nBold=1\r\n");
+                "[Font]\r\nName=Verdana\r\nSize=6\r\nCharSet=238\r\n[HeadFont]\r\nSize=36\r\nCharSet=-4\r\nBold=0\r\n"
+                "[ControlFont]\r\nName=  \r\nSize=37\r\nBold=1\r\n");
     Desktop().charset = 204;
     LoadLocalisation();
     EXPECT_EQ(frmUpdate.cmdUpdate.Caption(), "A&ktualisieren");
     EXPECT_EQ(frmUpdate.form.Caption(), " Aktualisierung");
     EXPECT_EQ(frmUpdate.lblMsgline.Font(), (FontSpec{"Verdana", 6, 238, false}));
-    EXPECT_EQ(frmUpdate.lblMainHead.Font(), (FontSpec{"Arial", 14, 0, false}));
+    EXPECT_EQ(frmUpdate.lblMainHead.Font(), (FontSpec{"Arial", 36, 0, false}));
     EXPECT_EQ(frmUpdate.cmdCancel.Font(), (FontSpec{"MS Sans Serif", 9, 204, true}));
 
     WriteIni(""); // and back to English without any file

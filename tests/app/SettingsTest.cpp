@@ -55,6 +55,7 @@ TEST_F(SettingsTest, DesignationsBecomeInstallationFolders) {
     EXPECT_EQ(all, "1234567");
     EXPECT_EQ(folderOf("\\lib\\user\\a"), "D:\\Parts\\USER\\A");
     EXPECT_EQ(folderOf("\\LIBRARY") + folderOf("\\"), "C:\\KORLAN\\LIBRARYC:\\KORLAN\\");
+    EXPECT_EQ(folderOf("\\Help\\ROOT"), "C:\\KORLAN\\Help\\ROOT");
     EXPECT_EQ(folderOf("ROOT"), "9");
     for (const char* designation : {"\\LIB\\..\\..\\Windows", "\\LIB\\.. \\x", "\\LIB\\..../x", "\\D:\\x", "2\\x"})
         EXPECT_EQ(folderOf(designation), "76") << designation;

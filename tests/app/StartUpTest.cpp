@@ -1,4 +1,5 @@
 #include "app/base/Settings.h"
+#include "app/localise/UpdtFONT.h"
 #include "platform/SuiteLibrary.h"
 #include "tests/app/SearchFixture.h"
 #include "tests/support/ResetProgram.h"
@@ -30,21 +31,21 @@ TEST_F(StartUp, TheWindowIsCompleteBeforeTheSearchBegins) {
     Desktop().onControlChanged = [&](const Control& control, Aspect aspect, std::int32_t) {
         if (&control != &frmUpdate.form || aspect != Aspect::Visible || !frmUpdate.form.Visible()) return;
         shown = frmUpdate.form.Caption() + "|" + frmUpdate.lblMainHead.Caption() + "|" + State();
-        EXPECT_EQ(frmUpdate.form.Left(), 2280) << "centred";
+        EXPECT_EQ(frmUpdate.form.Left() + frmUpdate.form.Top(), 4440) << "centred";
         EXPECT_EQ(Flags.StatusSpinner, "|");
         EXPECT_FALSE(frmUpdate.lvwFilesList.Visible() || frmUpdate.LblLive.Visible() || frmUpdate.Option4.Visible());
         EXPECT_TRUE(server.Targets().empty() && Desktop().pointers.empty());
     };
     Desktop().onDoEvents = [&] {
         if (!searching.empty()) return;
-        searching = State();
+        searching = Flags.StatusSpinner + State();
         EXPECT_FALSE(std::filesystem::exists(stale)) << "the cache is emptied before";
         EXPECT_EQ(Desktop().pointers, std::vector{MousePointer::Hourglass});
         EXPECT_FALSE(CloseWindow()) << "refused during the search";
     };
     EXPECT_FALSE(Start());
     EXPECT_EQ(shown, "Korlan Live Update|Korlan Live Update|0 0: (&Update) C&ancel (&Help)");
-    EXPECT_EQ(searching, "0 1: (&Update) C&ancel (&Help)");
+    EXPECT_EQ(searching, "-0 1: (&Update) C&ancel (&Help)");
     EXPECT_EQ(State(), "0 0: &Update C&ancel &Help");
     EXPECT_EQ(Desktop().pointers, (std::vector{MousePointer::Hourglass, MousePointer::Default}));
     EXPECT_TRUE(frmUpdate.lvwFilesList.Visible() && !frmUpdate.LblLive.Visible());
@@ -132,6 +133,7 @@ TEST_F(StartUp, TheCompanionStartsAfterASuccessThatBroughtANewUpdater) {
 
 TEST_F(StartUp, HelpOpensTheCompiledFileAndClosesWithTheWindow) {
     EXPECT_FALSE(Start());
+    EXPECT_EQ(State(), "1 0: &Close &Help");
     EXPECT_FALSE(Click(frmUpdate.cmdHelp));
     frmUpdate.IsBusy = 1;
     EXPECT_FALSE(CloseWindow());
@@ -148,6 +150,9 @@ TEST_F(StartUp, TheSuiteLibraryMayNameAnotherIniFile) {
     drive.Write("KORLAN\\IniFile.txt", "C:\\Elsewhere\\SUITE.INI\n");
     InitLibraryInterface();
     EXPECT_EQ(Settings.IniFilePath, "C:\\Elsewhere\\SUITE.INI");
+    FormFill();
+    LoadLocalisation();
+    EXPECT_EQ(E_GetString("ServerPath") + E_GetString("LANGUAGEPATH"), "C:\\KORLANC:\\KORLAN\\COUNTRY\\English");
     D_Device();
     EXPECT_GT(OM_SearchName(DB_DeviceMap(), ""), 0);
     InitLibraryInterface();

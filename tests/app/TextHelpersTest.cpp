@@ -27,8 +27,13 @@ TEST(TextHelpers, TextAsNumber) {
 }
 
 TEST(TextHelpers, RoundingIsHalfToEven) {
-    for (const auto& [value, rounded] :
-         {std::pair{0.5, 0}, {1.5, 2}, {2.5, 2}, {-0.5, 0}, {-1.5, -2}, {2147483647.4, INT32_MAX}})
+    for (const auto& [value, rounded] : {std::pair{0.5, 0},
+                                         {1.5, 2},
+                                         {2.5, 2},
+                                         {-0.5, 0},
+                                         {-1.5, -2},
+                                         {2147483647.4, INT32_MAX},
+                                         {-2147483648.4, INT32_MIN}})
         EXPECT_EQ(RoundHalfEven(value), rounded) << value;
     for (const double value : {2147483647.5, -2147483649.0, 1e300, 0.0 / 0.0 * 1})
         EXPECT_EQ(ErrorOf([&] { RoundHalfEven(value); }), 6) << value;

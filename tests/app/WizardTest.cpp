@@ -93,6 +93,8 @@ TEST_F(Wizard, AFailedRunStaysBusyUntilRetrySucceeds) {
 
 TEST_F(Wizard, CancelOnTheListAndDuringARun) {
     OfferOneFile();
+    drive.Write("KORLAN\\SYS\\NEW.TXT", "old");
+    drive.Touch("KORLAN\\SYS\\NEW.TXT", 2003, 1, 1, 0, 0, 0);
     EXPECT_FALSE(Start());
     EXPECT_TRUE(Click(frmUpdate.cmdCancel)); // on the list: at once, and nothing is stored
     EXPECT_EQ(Reminder(), "- - - -");
@@ -107,7 +109,7 @@ TEST_F(Wizard, CancelOnTheListAndDuringARun) {
     };
     EXPECT_TRUE(Click(frmUpdate.cmdUpdate));
     EXPECT_EQ(Reminder(), "- - 0 0");
-    EXPECT_FALSE(drive.Exists("KORLAN\\SYS\\NEW.TXT"));
+    EXPECT_EQ(drive.Read("KORLAN\\SYS\\NEW.TXT"), "old");
 
     ResetProgram();
     Desktop().onDoEvents = {};

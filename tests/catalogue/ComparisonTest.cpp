@@ -43,25 +43,6 @@ TEST_F(ComparisonTest, MarksWhatIsMissingOrOlder) {
     EXPECT_EQ(Tables.FileArray[2].LocalFile(), "C:\\KORLAN\\SYS\\SUB\\MISSING.DLL");
 }
 
-TEST_F(ComparisonTest, ResolvesDesignations) {
-    const struct {
-        const char* designation;
-        const char* folder;
-    } cases[] = {
-        {"Root", "C:\\KORLAN\\"},
-        {"\\lib", "C:\\KORLAN\\LIB\\"},
-        {"\\KDS_CML\\x\\y", "C:\\KORLAN\\KDS_CML\\X\\Y\\"},
-        {"\\Help\\Main", "C:\\KORLAN\\Help\\Main\\"},
-        {"\\ROOT", "C:\\KORLAN\\ROOT\\"},
-    };
-    for (const auto& c : cases) {
-        Tables = {};
-        Add("X.DLL", c.designation, "1-1-2004,0:0:0");
-        CompareUpdatableFiles();
-        EXPECT_EQ(Tables.FileArray[1].LocalFolder, c.folder) << c.designation;
-    }
-}
-
 TEST_F(ComparisonTest, JudgesOnePathOnceAndModelArchivesByTheirList) {
     for (const char* applied : {"M.SPC.zip", "X.DLL.zip"}) Tables.AppliedSPCList.Append(applied);
     Add("M.SPC", "\\KDS_CML", "1-1-2004,0:0:0");

@@ -25,7 +25,7 @@ TEST_F(SearchSequenceTest, AddsWhatIsNotListed) {
          1},
         {"a gap ends the list", kAsked, "N.PART", "[DEVLIBS]\r\n1=A.PART\r\n2=\r\n3=C.PART\r\n",
          "[DEVLIBS]\r\n1=A.PART\r\n2=N.PART\r\n3=C.PART\r\n[KLN_DEVLIBS]\r\n1=N.PART,1\r\n", 2},
-        {"listed without a flag", 3, "P.PACKAGE", "[LAYLIBS]\r\n1=p.package\r\n", "[LAYLIBS]\r\n1=p.package\r\n", 0},
+        {"listed without a flag", 4, "P.PADSTACK", "[PADLIBS]\r\n1=p.padstack\r\n", "[PADLIBS]\r\n1=p.padstack\r\n", 0},
         {"parts are not added so", 1, "A.PART", "[X]\r\n", "[X]\r\n", 0},
     };
     for (const auto& [what, kind, name, before, after, expected] : cases) {

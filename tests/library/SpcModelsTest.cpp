@@ -45,6 +45,7 @@ TEST_F(SpcModelsTest, AppendsTheBytesAndRecordsTheArchive) {
     EXPECT_EQ(drive.Read(kInstalled), own + kAppended);
     EXPECT_FALSE(drive.Exists("KORLAN/Temp/M.SPC"));
     EXPECT_EQ(Update(), 1); // once more in the same run
+    EXPECT_EQ(frmUpdate.lblMsgline.Caption(), "SPC Files are updated...-");
     EXPECT_EQ(drive.Read(kInstalled), own + kAppended + kAppended);
     EXPECT_EQ(drive.Read(kIni), "[X]\r\n[LIVEUPDATESPCFROMWEB]\r\nSPCFILEMDB=1\r\n"
                                 "[LIVEUPDATESPCFILEFROMWEB]\r\nnumber=2\r\n1=sp/M.zip\r\n2=sp/M.zip\r\n");

@@ -28,7 +28,6 @@ protected:
         Settings.LibDir = "C:\\KORLAN\\LIB";
         Settings.SysDir = "C:\\KORLAN\\SYS";
         Settings.KDScml = "C:\\KORLAN\\KDS_CML";
-        frmUpdate.lvwFilesList.SetVisible(false);
         for (const char* title : {"File Name", "File Path", "File Size", "Status", "Invisible"})
             frmUpdate.lvwFilesList.AddColumn(title, 1440);
     }

@@ -111,6 +111,7 @@ TEST_F(LibrariesTest, AModelArchiveInstalledOnceIsNeverOfferedAgain) {
     Start();
     ASSERT_EQ(frmUpdate.lvwFilesList.Count(), 1);
     EXPECT_EQ(frmUpdate.lvwFilesList.Row(1).text, "TESSARY.EXE");
+    EXPECT_TRUE(sample.Logged("unmarked: "));
 }
 
 // The folder of the models comes from KDScml here and is compared with SysDir: a replaced file minds the case, a new

@@ -109,17 +109,6 @@ TEST_F(OutcomesTest, CancelDuringASearchThatHangs) {
     EXPECT_TRUE(sample.Logged("ends: cancelled at work"));
 }
 
-TEST_F(OutcomesTest, ClosingTheWindowStartsTheCompanionAfterARunThatBroughtANewUpdater) {
-    Start();
-    EXPECT_EQ(frmUpdate.WizardState, 0);
-    Press("cmdUpdate");
-    EXPECT_EQ(Caption("cmdCancel"), "Next");
-    EXPECT_THROW(CloseByTitleBar(), ProcessEnded);
-    const StartedProgram companion{"C:\\KORLAN\\KLNUPDTR.exe KEMO274", WindowStyle::MinimizedFocus};
-    ASSERT_FALSE(Process().started.empty());
-    EXPECT_EQ(Process().started.back(), companion);
-}
-
 TEST_F(OutcomesTest, ClosingTheListStartsNothing) {
     Start();
     EXPECT_THROW(CloseByTitleBar(), ProcessEnded);

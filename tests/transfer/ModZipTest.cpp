@@ -60,6 +60,7 @@ TEST_F(ModZipTest, AnEmptyPasswordIsNotAskedForAgain) {
         EXPECT_EQ(Extract("C:\\LOCKED.ZIP", "C:\\OUT" + std::to_string(extraction)), Outcome(1, 82));
         EXPECT_EQ(modZip.SkipPassword, 1);
         ASSERT_EQ(Desktop().inputBoxes.size(), extraction);
+        EXPECT_EQ(Desktop().inputBoxes.back(), (ShownInputBox{"Please Enter The Password!", "", true}));
     }
     EXPECT_THAT(drive_.Names("OUT1"), testing::ElementsAre("plain.txt"));
     Desktop().inputs = {std::string(300, 'p'), "right"};
@@ -83,6 +84,7 @@ TEST_F(ModZipTest, CancelIsAnsweredWhileItWrites) {
 
 TEST_F(ModZipTest, ListsWhatItExtracts) {
     const ScopedVariable zone("TZ", "UTC");
+    EXPECT_EQ(Extract("C:\\A.ZIP", "C:\\ELSE"), Outcome(1, 0));
     EXPECT_EQ(Extract("C:\\A.ZIP"), Outcome(1, 0));
     EXPECT_EQ(modZip.ListText, "Filename:" + std::string(42, ' ') + "Size       Date       Time\n" + "sub/A.TXT" +
                                    std::string(42, ' ') + "3          2003-06-15 12:30\n" + "B.TXT" +

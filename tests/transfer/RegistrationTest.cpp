@@ -37,7 +37,7 @@ std::string CommandOf(Operation operation, const std::string& name, const std::s
     FileRecord& record = Tables.FileArray.Append({});
     record.FileName = name;
     record.LocalFolder = folder;
-    operation(Tables.FileArray.UpperBound());
+    EXPECT_EQ(operation(Tables.FileArray.UpperBound()), 0);
     if (Process().started.empty()) return {};
     EXPECT_EQ(Process().started.size(), 1u);
     EXPECT_EQ(Process().started[0].style, WindowStyle::MinimizedFocus);
